@@ -1,0 +1,62 @@
+// A page's item records drawn as a vertical list of controls, with page
+// split, toggles, drop-down lists, pop-up form buttons and adjustment buttons.
+#pragma once
+
+#include "platform/efi.h"
+#include "setup_data/setup_item.h"
+
+constexpr UINTN kMaxItemPages = 100;
+
+void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused, UINT8 ScrollBar,
+                            UINT64 ScrollSize, UINT64 ScrollPosition);
+void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused);
+
+// Range [First, End) of the list page that holds the first selected item.
+// Returns the number of list pages.
+UINT64 Quorvex_Item_Pages(const SetupItem* Items, UINT64 Count, UINT64* First, UINT64* End,
+                          UINT64* PageStarts /* kMaxItemPages entries */);
+// The row under the point, among the visible rows of the shown list page;
+// returns Count when none.
+UINT64 Quorvex_Item_HitTest(const SetupItem* Items, UINT64 Count, UINT64 X, UINT64 Y);
+// Top y of row Index on its list page (50 + heights and gaps of the visible
+// rows before it on that page).
+UINT64 Quorvex_Item_Top(const SetupItem* Items, UINT64 Count, UINT64 Index);
+
+EFI_STATUS Quorvex_Toggle_Item_Control(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
+                                       const CHAR16* Label, const CHAR16* Option, UINT64 Value);
+EFI_STATUS Quorvex_Selected_Toggle_Item_Control(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
+                                                const CHAR16* Label, const CHAR16* Option,
+                                                UINT64 Value);
+EFI_STATUS Quorvex_Grayout_Toggle_Item_Control(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
+                                               const CHAR16* Label, const CHAR16* Option,
+                                               UINT64 Value);
+
+EFI_STATUS Quorvex_DropDownList_Control(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
+                                        const CHAR16* Label, const CHAR16* const* Options,
+                                        UINT64 Index);
+EFI_STATUS Quorvex_Selected_DropDownList_Control(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
+                                                 const CHAR16* Label,
+                                                 const CHAR16* const* Options, UINT64 Index);
+EFI_STATUS Quorvex_Grayout_DropDownList_Control(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
+                                                const CHAR16* Label,
+                                                const CHAR16* const* Options, UINT64 Index);
+EFI_STATUS Quorvex_ItemSelected_Label_DropDownList_Control(UINT64 X, UINT64 Y, UINT64 Width,
+                                                           UINT64 Height, const CHAR16* Label,
+                                                           const CHAR16* const* Options,
+                                                           UINT64 Highlighted);
+
+EFI_STATUS Quorvex_Button_Control_PopUpForm(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
+                                            const CHAR16* Caption);
+EFI_STATUS Quorvex_Selected_Button_Control_PopUpForm(UINT64 X, UINT64 Y, UINT64 Width,
+                                                     UINT64 Height, const CHAR16* Caption);
+EFI_STATUS Quorvex_Grayout_Button_Control_PopUpForm(UINT64 X, UINT64 Y, UINT64 Width,
+                                                    UINT64 Height, const CHAR16* Caption);
+
+EFI_STATUS Quorvex_Adjustment_Button(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
+                                     const CHAR16* Label, UINT64 Value);
+EFI_STATUS Quorvex_Selected_Adjustment_Button(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
+                                              const CHAR16* Label, UINT64 Value);
+EFI_STATUS Quorvex_Grayout_Adjustment_Button(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
+                                             const CHAR16* Label, UINT64 Value);
+
+void Quorvex_Draw_Page_ScrollBar(UINT64 SizePercent, UINT64 PositionPercent);

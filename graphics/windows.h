@@ -1,0 +1,29 @@
+// Modal windows: the choice window, the error message window and the paged
+// general help.
+#pragma once
+
+#include "platform/efi.h"
+
+// Set while a choice window is open; a pointer click on one of its buttons
+// stores ChoiceWindowChoice and clears the flag, which ends the window.
+extern UINT8 ChoiceWindowOpen;
+extern UINT64 ChoiceWindowChoice;
+extern UINT8 GeneralHelpOpen;
+
+// "    Yes" / "    No": callers overwrite with the current language's texts.
+extern const CHAR16* YesNoCaptions[3];
+
+EFI_STATUS Quorvex_Choice_Window(UINT64 Width, UINT64 Height, UINT64 LeftMargin,
+                                 UINT64 TopMargin, const CHAR16* Message,
+                                 const CHAR16* const* Captions, UINT64 InitialChoice,
+                                 UINT64* Choice);
+void Quorvex_PopUp_Button_Row(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
+                              const CHAR16* const* Captions, UINT64 Highlighted);
+EFI_STATUS Quorvex_ErrorMessageWindow(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
+                                      const CHAR16* Line1, const CHAR16* Line2,
+                                      const CHAR16* Line3, const CHAR16* ButtonCaption);
+EFI_STATUS Quorvex_GeneralHelp();
+void Quorvex_GeneralHelp_PageUp();
+void Quorvex_GeneralHelp_PageDown();
+void Quorvex_Draw_ScrollBar(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height, UINT64 PageCount,
+                            UINT64 CurrentPage);

@@ -1,0 +1,46 @@
+// The routine set every page module offers. Start-up runs preparation,
+// set-up, refresh and layout in fixed orders; the main loop calls the
+// selected draw (tab highlighted), the not-selected draw (tab only) and the
+// enter routine (the page's own key loop); the Exit page's actions save,
+// discard or load the defaults through every page's store and refresh.
+#pragma once
+
+#include "platform/efi.h"
+#include "setup_data/setup_item.h"
+
+#define QUORVEX_PAGE_ROUTINES(Page)                                                                \
+  void Quorvex_##Page##_Prepare();                                                                 \
+  void Quorvex_##Page##_Init();                                                                    \
+  void Quorvex_##Page##_Refresh();                                                                 \
+  void Quorvex_##Page##_Layout();                                                                  \
+  void Quorvex_##Page##_Store();                                                                   \
+  void Quorvex_##Page##Selected_Draw();                                                            \
+  void Quorvex_##Page##NotSelected_Draw();                                                         \
+  void Quorvex_##Page##_Enter();                                                                   \
+  EFI_STATUS Quorvex_##Page##_MouseClick(INT64 X, INT64 Y);
+
+QUORVEX_PAGE_ROUTINES(MainPage)
+QUORVEX_PAGE_ROUTINES(SecurityPage)
+QUORVEX_PAGE_ROUTINES(PowerManagementPage)
+QUORVEX_PAGE_ROUTINES(AdvancedPage)
+QUORVEX_PAGE_ROUTINES(SystemConfigurationPage)
+QUORVEX_PAGE_ROUTINES(ExitPage)
+
+// The Advanced page's second set-up and layout routines (boot order), and the
+// Exit page's second set-up routine (access level).
+void Quorvex_AdvancedPage_Init2();
+void Quorvex_AdvancedPage_Layout2();
+void Quorvex_ExitPage_Init2();
+
+// Access level: 0 or 1 full access, 2 or 3 restricted (initially 4).
+extern UINT64 AccessLevel;
+
+// The global actions, reachable from every page by F9, F10 and Esc.
+void Quorvex_ExitSavingChanges();
+void Quorvex_ExitDiscardingChanges();
+void Quorvex_LoadSetupDefaults();
+void Quorvex_DisableBatteryAndPowerOff();
+// Every page's store routine, in the save order.
+void Quorvex_StoreAllPages();
+// Every page's refresh routine, in the start-up order.
+void Quorvex_RefreshAllPages();
