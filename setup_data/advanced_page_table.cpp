@@ -1,0 +1,171 @@
+// The Advanced page's item table. Widths are those of a 1024-pixel screen;
+// the page's layout routine recomputes them from the screen width.
+//
+// Option arrays hold text references; the item list resolves them in the
+// current language each time it draws.
+#include "setup_data/advanced_page_table.h"
+
+#include "pages/page_actions.h"
+#include "setup_data/text_table.h"
+
+// Rows name only the fields they set; every other field is zero.
+#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
+
+namespace {
+
+const CHAR16* const OnOffOptions[] = {TEXT(CommonOptionDisabled), TEXT(CommonOptionEnabled),
+                                      nullptr};
+const CHAR16* const AvailabilityOptions[] = {TEXT(AdvancedOptionNotAvailable),
+                                             TEXT(AdvancedOptionAvailable), nullptr};
+const CHAR16* const BeepOptions[] = {TEXT(AdvancedOptionOff), TEXT(AdvancedOptionOn), nullptr};
+const CHAR16* const BootSpeedOptions[] = {TEXT(AdvancedBootSpeedFast),
+                                          TEXT(AdvancedBootSpeedNormal), nullptr};
+const CHAR16* const VirtualizationOptions[] = {TEXT(AdvancedOptionListDisabled),
+                                               TEXT(AdvancedVtxOnly), nullptr};
+
+} // namespace
+
+const CHAR16* const AdvancedSleepChargeModeTexts[SleepChargeModeCount] = {
+    TEXT(AdvancedOptionListDisabled), TEXT(AdvancedAutoMode), TEXT(AdvancedTypicalMode),
+    TEXT(AdvancedAlternateMode)};
+
+const CHAR16* AdvancedSleepChargeOptions[kAdvancedSleepChargeSlots] = {
+    TEXT(AdvancedOptionListDisabled), TEXT(AdvancedAutoMode), TEXT(AdvancedTypicalMode),
+    TEXT(AdvancedAlternateMode), nullptr};
+
+SetupItem AdvancedPageItems[AdvancedPageRowCount] = {
+    {.Present = 1,
+     .Selected = 1,
+     .Kind = ItemDropDown,
+     .Width = kAdvancedRowWidth,
+     .Height = kAdvancedListHeight,
+     .Gap = kAdvancedRowGap,
+     .Help = TEXT(AdvancedBootSpeedHelp),
+     .Action = Quorvex_Page_OpenDropDown,
+     .Label = TEXT(AdvancedBootSpeed),
+     .Options = BootSpeedOptions},
+    {.Present = 1,
+     .Kind = ItemOptionCycle,
+     .Width = kAdvancedRowWidth,
+     .Height = kAdvancedRowHeight,
+     .Gap = kAdvancedRowGap,
+     .Help = TEXT(AdvancedExecuteDisableBitHelp),
+     .Action = Quorvex_Page_ToggleOption,
+     .Label = TEXT(AdvancedExecuteDisableBit),
+     .Data = reinterpret_cast<UINT64>(AvailabilityOptions)},
+    {.Present = 1,
+     .Kind = ItemDropDown,
+     .Width = kAdvancedRowWidth,
+     .Height = kAdvancedListHeight,
+     .Gap = kAdvancedRowGap,
+     .Help = TEXT(AdvancedVirtualizationHelp),
+     .Action = Quorvex_Page_OpenDropDown,
+     .Label = TEXT(AdvancedVirtualization),
+     .Options = VirtualizationOptions},
+    {.Present = 1,
+     .Kind = ItemOptionCycle,
+     .Width = kAdvancedRowWidth,
+     .Height = kAdvancedRowHeight,
+     .Gap = kAdvancedRowGap,
+     .Help = TEXT(AdvancedBeepSoundHelp),
+     .Action = Quorvex_Page_ToggleOption,
+     .Label = TEXT(AdvancedBeepSound),
+     .Data = reinterpret_cast<UINT64>(BeepOptions)},
+    {.Present = 1,
+     .Kind = ItemOptionCycle,
+     .Width = kAdvancedRowWidth,
+     .Height = kAdvancedRowHeight,
+     .Gap = kAdvancedRowGap,
+     .Help = TEXT(AdvancedIntelAtHelp),
+     .Action = Quorvex_Page_ToggleOption,
+     .Label = TEXT(AdvancedIntelAt),
+     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
+    {.Present = 1,
+     .Kind = ItemOptionCycle,
+     .Width = kAdvancedRowWidth,
+     .Height = kAdvancedRowHeight,
+     .Gap = kAdvancedRowGap,
+     .Help = TEXT(AdvancedIntelAtSuspendHelp),
+     .Action = Quorvex_Page_ToggleOption,
+     .Label = TEXT(AdvancedIntelAtSuspend),
+     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
+    {.Present = 1,
+     .Kind = ItemOptionCycle,
+     .Width = kAdvancedRowWidth,
+     .Height = kAdvancedRowHeight,
+     .Gap = kAdvancedRowGap,
+     .Help = TEXT(AdvancedRapidStartHelp),
+     .Action = Quorvex_Page_ToggleOption,
+     .Label = TEXT(AdvancedRapidStart),
+     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
+    {.Present = 1,
+     .Kind = ItemDropDown,
+     .Width = kAdvancedRowWidth,
+     .Height = kAdvancedListHeight,
+     .Gap = kAdvancedRowGap,
+     .Help = TEXT(AdvancedSleepAndChargeHelp),
+     .Action = Quorvex_Page_OpenDropDown,
+     .Label = TEXT(AdvancedSleepAndCharge),
+     .Options = AdvancedSleepChargeOptions},
+    {.Present = 1,
+     .Kind = ItemOptionCycle,
+     .Width = kAdvancedRowWidth,
+     .Height = kAdvancedRowHeight,
+     .Gap = kAdvancedRowGap,
+     .Help = TEXT(AdvancedCdpChargeModeHelp),
+     .Action = Quorvex_Page_ToggleOption,
+     .Label = TEXT(AdvancedCdpChargeMode),
+     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
+    {.Present = 1,
+     .Kind = ItemOptionCycle,
+     .Width = kAdvancedRowWidth,
+     .Height = kAdvancedRowHeight,
+     .Gap = kAdvancedRowGap,
+     .Help = TEXT(AdvancedUsbPowerInSleepHelp),
+     .Action = Quorvex_Page_ToggleOption,
+     .Label = TEXT(AdvancedUsbPowerInSleep),
+     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
+    {.Present = 1,
+     .Kind = ItemOptionCycle,
+     .Width = kAdvancedRowWidth,
+     .Height = kAdvancedRowHeight,
+     .Gap = kAdvancedRowGap,
+     .Help = TEXT(AdvancedSleepAndMusicHelp),
+     .Action = Quorvex_Page_ToggleOption,
+     .Label = TEXT(AdvancedSleepAndMusic),
+     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
+    {.Present = 1,
+     .Kind = ItemOptionCycle,
+     .Width = kAdvancedRowWidth,
+     .Height = kAdvancedRowHeight,
+     .Gap = kAdvancedRowGap,
+     .Help = TEXT(AdvancedUsbLegacyEmulationHelp),
+     .Action = Quorvex_Page_ToggleOption,
+     .Label = TEXT(AdvancedUsbLegacyEmulation),
+     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
+    {.Present = 1,
+     .Kind = ItemButton,
+     .Width = kAdvancedRowWidth,
+     .Height = kAdvancedRowHeight,
+     .Gap = kAdvancedRowGap,
+     .Help = TEXT(AdvancedChangeBootOrderHelp),
+     .Action = Quorvex_AdvancedPage_ChangeBootOrder,
+     .Label = TEXT(AdvancedChangeBootOrder)},
+    // No help text of its own: the help box stays empty on this row.
+    {.Present = 1,
+     .Kind = ItemButton,
+     .Width = kAdvancedRowWidth,
+     .Height = kAdvancedRowHeight,
+     .Gap = kAdvancedRowGap,
+     .Action = Quorvex_AdvancedPage_SystemConfiguration,
+     .Label = TEXT(AdvancedSystemConfiguration)},
+    {.Present = 1,
+     .Kind = ItemButton,
+     .Width = kAdvancedRowWidth,
+     .Height = kAdvancedRowHeight,
+     .Gap = kAdvancedRowGap,
+     .Help = TEXT(AdvancedBootUpLogoHelp),
+     .Action = Quorvex_AdvancedPage_BootLogo,
+     .Label = TEXT(AdvancedBootUpLogo)},
+};
+UINT64 AdvancedPageItemCount = AdvancedPageRowCount;

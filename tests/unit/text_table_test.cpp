@@ -1,0 +1,114 @@
+// The text table: slot lookup by language, no fallback between languages,
+// and the expansion of the packed table into the entries.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "core/startup.h"
+#include "setup_data/text_table.h"
+
+namespace {
+
+std::u16string Slot(const CHAR16* Text) {
+  return Text == nullptr ? u"<null>" : Text;
+}
+
+// Restores the display language whatever a test sets.
+class TextTableTest : public ::testing::Test {
+protected:
+  void SetUp() override {
+    SavedLanguage = Language;
+    Quorvex_TextTable_Init();
+  }
+  void TearDown() override { Language = SavedLanguage; }
+  UINT64 SavedLanguage = 0;
+};
+
+TEST_F(TextTableTest, GetTextPicksTheSlotAtTheFixedOffsetsAndKeepsOutForUnknownLanguages) {
+  const CHAR16* Reference = TEXT(MainSystemTime);
+  const auto* Bytes = reinterpret_cast<const UINT8*>(Reference);
+  const CHAR16* Expected[] = {Reference, reinterpret_cast<const CHAR16*>(Bytes + 1800),
+                              reinterpret_cast<const CHAR16*>(Bytes + 3600)};
+  for (UINT64 Lang = 0; Lang < 3; ++Lang) {
+    Language = Lang;
+    const CHAR16* Out = nullptr;
+    GetText(Reference, &Out);
+    EXPECT_EQ(Out, Expected[Lang]) << "language " << Lang;
+    EXPECT_EQ(TextOf(Reference), Expected[Lang]);
+  }
+  EXPECT_EQ(Expected[1], MainSystemTime.Japanese);
+  EXPECT_EQ(Expected[2], MainSystemTime.French);
+
+  const CHAR16 Sentinel[] = u"unchanged";
+  for (UINT64 Lang : {UINT64{3}, UINT64{255}, ~UINT64{0}}) {
+    Language = Lang;
+    const CHAR16* Out = Sentinel;
+    GetText(Reference, &Out);
+    EXPECT_EQ(Out, Sentinel) << "language " << Lang;
+    // The convenience lookup falls back to the reference itself.
+    EXPECT_EQ(TextOf(Reference), Reference);
+  }
+}
+
+TEST_F(TextTableTest, AnEmptySlotStaysEmptyAndNullReferencesGiveNoText) {
+  static TextEntry EnglishOnly;
+  const CHAR16 Text[] = u"Only English";
+  for (UINTN i = 0; Text[i] != 0; ++i) EnglishOnly.English[i] = Text[i];
+
+  Language = 1;
+  EXPECT_EQ(Slot(TextOf(TEXT(EnglishOnly))), u"");
+  Language = 2;
+  EXPECT_EQ(Slot(TextOf(TEXT(EnglishOnly))), u"");
+  Language = 0;
+  EXPECT_EQ(Slot(TextOf(TEXT(EnglishOnly))), u"Only English");
+
+  EXPECT_EQ(Slot(TextOf(nullptr)), u"");
+  const CHAR16* Out = u"x";
+  GetText(nullptr, &Out);
+  EXPECT_EQ(Out, nullptr);
+}
+
+TEST_F(TextTableTest, ExpansionRestoresEverySlotAndIsIdempotent) {
+  // Spoil an entry completely, then expand again: the texts come back and
+  // the rest of every slot is zero.
+  for (UINTN i = 0; i < kTextSlotUnits; ++i) {
+    CommonGeneralHelp.English[i] = u'#';
+    CommonGeneralHelp.Japanese[i] = u'#';
+    CommonItemHelpTitle.French[i] = u'#';
+  }
+  Quorvex_TextTable_Init();
+  Quorvex_TextTable_Init();
+
+  const TextEntry* Entries[] = {&CommonGeneralHelp, &CommonItemHelpTitle, &MainSystemTime};
+  for (const TextEntry* Entry : Entries) {
+    for (const CHAR16* S : {Entry->English, Entry->Japanese, Entry->French}) {
+      UINTN Length = 0;
+      while (Length < kTextSlotUnits && S[Length] != 0) ++Length;
+      ASSERT_LT(Length, kTextSlotUnits);
+      for (UINTN i = Length; i < kTextSlotUnits; ++i) ASSERT_EQ(S[i], 0) << "unit " << i;
+    }
+  }
+  EXPECT_EQ(Slot(CommonItemHelpTitle.English), u"     Item Specific Help");
+  EXPECT_EQ(Slot(CommonItemHelpTitle.Japanese), u" ");
+  EXPECT_EQ(Slot(CommonItemHelpTitle.French), u"     Aide contextuelle");
+  EXPECT_EQ(Slot(CommonGeneralHelp.English).rfind(u"QUORVEX Setup Utility%x1000", 0), 0u);
+  EXPECT_EQ(Slot(CommonGeneralHelp.Japanese).rfind(u"QUORVEX セットアップ", 0), 0u);
+}
+
+TEST_F(TextTableTest, ExpandedTextsMatchTheirSourcesCharacterForCharacter) {
+  // Quotes, kana and accents survive the packing; neighbouring entries do
+  // not bleed into each other (the pack has no terminators).
+  EXPECT_EQ(Slot(MainSystemTimeHelp.English),
+            u"<Tab> selects field.%x1000\"+\" or \"-\" changes the system %x0time.");
+  EXPECT_EQ(Slot(MainSystemTime.Japanese), u"システム時刻");
+  EXPECT_EQ(Slot(MainSystemTime.French), u"Heure système");
+  EXPECT_EQ(Slot(MainSystemDate.English), u"System Date");
+  EXPECT_EQ(Slot(SecurityModeHelp.English).substr(Slot(SecurityModeHelp.English).size() - 38),
+            u"You can’t delete only a User Password.");
+  EXPECT_EQ(Slot(ExitDiscardingChanges.French), u"Quittez sans enregistrez");
+  EXPECT_EQ(Slot(ExitDisableBatteryConfirm.Japanese),
+            u"変更を保存して電源OFFします。%x1000進めますか？");
+  EXPECT_GT(kTextTableEntryCount, 0u);
+}
+
+} // namespace
