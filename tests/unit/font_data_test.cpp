@@ -1,0 +1,187 @@
+// The embedded fonts as the font services read them: record order and
+// packing, every glyph box inside its character cell, the line heights the
+// layout relies on, and coverage of every character the texts can show.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "reference_platform/font_data.h"
+
+namespace {
+
+const FontGlyphRecord* Find(const FontData& Font, uint32_t CodePoint) {
+  const FontGlyphRecord* End = Font.Glyphs + Font.GlyphCount;
+  const FontGlyphRecord* It =
+      std::lower_bound(Font.Glyphs, End, CodePoint,
+                       [](const FontGlyphRecord& R, uint32_t Cp) { return R.CodePoint < Cp; });
+  return (It != End && It->CodePoint == CodePoint) ? It : nullptr;
+}
+
+int MaxCoverage(const FontData& Font, const FontGlyphRecord& G) {
+  int Max = 0;
+  for (int I = 0; I < G.Width * G.Height; ++I) Max = std::max<int>(Max, Font.Bitmaps[G.Offset + I]);
+  return Max;
+}
+
+bool IsBlank(uint32_t Cp) {
+  return Cp == 0x20 || Cp == 0xA0 || Cp == 0x3000;
+}
+
+// Code points of a UTF-8 string (the sources are checked valid by the
+// generators; this only has to read them).
+std::vector<uint32_t> Utf8(const std::string& S) {
+  std::vector<uint32_t> Out;
+  for (size_t I = 0; I < S.size();) {
+    const unsigned char B = static_cast<unsigned char>(S[I]);
+    const int N = B < 0x80 ? 0 : B < 0xE0 ? 1 : B < 0xF0 ? 2 : 3;
+    uint32_t Cp = N == 0 ? B : (B & (0x3F >> N));
+    for (int K = 1; K <= N && I + K < S.size(); ++K) Cp = (Cp << 6) | (S[I + K] & 0x3F);
+    Out.push_back(Cp);
+    I += N + 1;
+  }
+  return Out;
+}
+
+const FontData* const kFonts[] = {&kGlyphFontData, &kLargeDigitFontData};
+
+TEST(FontData, RecordsAreSortedAndCoverageIsPacked) {
+  for (const FontData* Font : kFonts) {
+    ASSERT_GT(Font->GlyphCount, 0u);
+    UINT32 Expected = 0;
+    for (UINT32 I = 0; I < Font->GlyphCount; ++I) {
+      const FontGlyphRecord& G = Font->Glyphs[I];
+      if (I > 0) {
+        EXPECT_LT(Font->Glyphs[I - 1].CodePoint, G.CodePoint) << "record " << I;
+      }
+      // Boxes follow each other without gaps or overlaps, in record order.
+      EXPECT_EQ(G.Offset, Expected) << "U+" << std::hex << G.CodePoint;
+      Expected += G.Width * G.Height;
+    }
+  }
+}
+
+TEST(FontData, EveryBoxLiesInsideItsCell) {
+  for (const FontData* Font : kFonts) {
+    for (UINT32 I = 0; I < Font->GlyphCount; ++I) {
+      const FontGlyphRecord& G = Font->Glyphs[I];
+      SCOPED_TRACE(testing::Message() << "U+" << std::hex << G.CodePoint);
+      EXPECT_GT(G.Advance, 0);
+      EXPECT_GE(G.Left, 0);
+      EXPECT_GE(G.Top, 0);
+      EXPECT_LE(G.Left + G.Width, G.Advance);
+      EXPECT_LE(G.Top + G.Height, Font->LineHeight);
+      if (IsBlank(G.CodePoint)) {
+        EXPECT_EQ(G.Width * G.Height, 0);
+      } else {
+        // A glyph that rendered empty or only faintly means the outlines were
+        // not read (a collection face or outline format the rasteriser missed).
+        ASSERT_GT(G.Width * G.Height, 0);
+        EXPECT_GE(MaxCoverage(*Font, G), 96);
+      }
+    }
+  }
+}
+
+TEST(FontData, LineHeightsBaselinesAndDigits) {
+  EXPECT_EQ(kGlyphFontData.LineHeight, 20);
+  EXPECT_GE(kLargeDigitFontData.LineHeight, 48);
+  EXPECT_LE(kLargeDigitFontData.LineHeight, 56);
+
+  for (const FontData* Font : kFonts) {
+    EXPECT_GT(Font->Ascent, Font->LineHeight / 2);
+    EXPECT_LT(Font->Ascent, Font->LineHeight);
+    const FontGlyphRecord* H = Find(*Font, 'H');
+    const FontGlyphRecord* X = Find(*Font, 'x');
+    const FontGlyphRecord* G = Find(*Font, 'g');
+    ASSERT_TRUE(H && X && G);
+    // Capitals and lower case stand on the baseline, descenders go below it.
+    EXPECT_NEAR(H->Top + H->Height, Font->Ascent, 1);
+    EXPECT_NEAR(X->Top + X->Height, Font->Ascent, 1);
+    EXPECT_GT(G->Top + G->Height, Font->Ascent + 1);
+    EXPECT_LT(H->Top, X->Top);
+
+    // Digits share one advance, so clock and date fields do not jitter.
+    const FontGlyphRecord* Zero = Find(*Font, '0');
+    ASSERT_NE(Zero, nullptr);
+    for (char D = '1'; D <= '9'; ++D) {
+      ASSERT_NE(Find(*Font, D), nullptr);
+      EXPECT_EQ(Find(*Font, D)->Advance, Zero->Advance) << D;
+    }
+  }
+
+  // A four-digit year fits the date editor's field (about 110 pixels), and
+  // the large digits are clearly larger than the text's.
+  const FontGlyphRecord* BigZero = Find(kLargeDigitFontData, '0');
+  const FontGlyphRecord* SmallZero = Find(kGlyphFontData, '0');
+  EXPECT_LE(4 * BigZero->Advance, 100);
+  EXPECT_GE(BigZero->Height, 2 * SmallZero->Height);
+}
+
+TEST(FontData, JapaneseGlyphsAreFullWidthAndBalanced) {
+  const FontData& F = kGlyphFontData;
+  const FontGlyphRecord* Kanji = Find(F, 0x65E5); // 日
+  const FontGlyphRecord* Kana = Find(F, 0x3042);  // あ
+  const FontGlyphRecord* Stop = Find(F, 0x3002);  // 。
+  const FontGlyphRecord* Narrow = Find(F, 'i');
+  const FontGlyphRecord* Wide = Find(F, 'm');
+  ASSERT_TRUE(Kanji && Kana && Stop && Narrow && Wide);
+  EXPECT_EQ(Kanji->Advance, Kana->Advance);
+  EXPECT_EQ(Kanji->Advance, Stop->Advance);
+  EXPECT_GE(Kanji->Advance, 14);
+  EXPECT_LT(Narrow->Advance, Wide->Advance);
+  EXPECT_LT(Wide->Advance, Kanji->Advance);
+  // The ideograph is centred in the line: neither margin is more than two
+  // pixels larger than the other.
+  const int Above = Kanji->Top, Below = F.LineHeight - (Kanji->Top + Kanji->Height);
+  EXPECT_LE(std::abs(Above - Below), 2) << Above << " above, " << Below << " below";
+}
+
+TEST(FontData, CoversEveryCharacterTheUtilityDraws) {
+  for (uint32_t Cp = 0x20; Cp <= 0x7E; ++Cp) {
+    EXPECT_NE(Find(kGlyphFontData, Cp), nullptr) << "U+" << std::hex << Cp;
+    EXPECT_NE(Find(kLargeDigitFontData, Cp), nullptr) << "U+" << std::hex << Cp;
+  }
+  for (uint32_t Cp = 0xA0; Cp <= 0xFF; ++Cp) {
+    EXPECT_NE(Find(kGlyphFontData, Cp), nullptr) << "U+" << std::hex << Cp;
+  }
+  EXPECT_NE(Find(kGlyphFontData, 0xFFFD), nullptr);
+
+  // Every character of every text source and of the fixed strings, read here
+  // independently of the rasteriser: any non-ASCII character on a line that
+  // is not a comment.
+  const std::filesystem::path Root =
+      std::filesystem::path(__FILE__).parent_path().parent_path().parent_path();
+  std::vector<std::filesystem::path> Sources = {Root / "tools" / "fixed_strings.txt"};
+  for (const auto& Entry : std::filesystem::directory_iterator(Root / "setup_data" / "texts"))
+    if (Entry.path().extension() == ".txt") Sources.push_back(Entry.path());
+  ASSERT_GT(Sources.size(), 1u) << "no text sources under " << Root;
+
+  std::set<uint32_t> Missing;
+  size_t Checked = 0;
+  for (const auto& Path : Sources) {
+    std::ifstream In(Path);
+    ASSERT_TRUE(In) << Path;
+    std::string Line;
+    while (std::getline(In, Line)) {
+      const size_t First = Line.find_first_not_of(" \t");
+      if (First == std::string::npos || Line[First] == '#') continue;
+      for (uint32_t Cp : Utf8(Line)) {
+        if (Cp < 0x80 || Cp == 0xFEFF) continue;
+        ++Checked;
+        if (!Find(kGlyphFontData, Cp)) Missing.insert(Cp);
+      }
+    }
+  }
+  EXPECT_GT(Checked, 100u);
+  std::string List;
+  for (uint32_t Cp : Missing) List += " U+" + std::to_string(Cp);
+  EXPECT_TRUE(Missing.empty()) << "characters without a glyph (decimal):" << List;
+}
+
+} // namespace
