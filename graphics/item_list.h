@@ -7,6 +7,13 @@
 
 constexpr UINTN kMaxItemPages = 100;
 
+// Draws the list page that holds the first selected row (rows from y 50 at
+// x W/4 + 50) in one double-buffered region, the open drop-down last, then,
+// when Focused, the item help of the selected row. Text fields of the rows
+// are text references (English slots) resolved here to the current
+// language: Label, Help, the option arrays of kinds 3 (Data) and 4
+// (Options). Value texts of kinds 1 and 2 (Data) are drawn as they are.
+// Kind 6 shows the number in Data.
 void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused, UINT8 ScrollBar,
                             UINT64 ScrollSize, UINT64 ScrollPosition);
 void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused);
@@ -15,13 +22,16 @@ void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused);
 // Returns the number of list pages.
 UINT64 Quorvex_Item_Pages(const SetupItem* Items, UINT64 Count, UINT64* First, UINT64* End,
                           UINT64* PageStarts /* kMaxItemPages entries */);
-// The row under the point, among the visible rows of the shown list page;
+// The row under the point (a row covers its Height, not its Gap, across the
+// page area W/4 to 3W/4), among the rows of the shown list page as drawn;
 // returns Count when none.
 UINT64 Quorvex_Item_HitTest(const SetupItem* Items, UINT64 Count, UINT64 X, UINT64 Y);
 // Top y of row Index on its list page (50 + heights and gaps of the visible
 // rows before it on that page).
 UINT64 Quorvex_Item_Top(const SetupItem* Items, UINT64 Count, UINT64 Index);
 
+// The controls take texts ready to draw (current language) and only draw:
+// callers take the cursor down around them.
 EFI_STATUS Quorvex_Toggle_Item_Control(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
                                        const CHAR16* Label, const CHAR16* Option, UINT64 Value);
 EFI_STATUS Quorvex_Selected_Toggle_Item_Control(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,

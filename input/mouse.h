@@ -14,6 +14,19 @@ void Quorvex_MouseDrain();
 bool Quorvex_PointInRect(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height);
 bool Quorvex_CursorOverlapsRect(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height);
 
+// Pointer state shown or hidden, and the key-reading wrappers that turn
+// help-bar clicks into F1, F9, F10 and Esc.
+extern UINT8 CursorVisible;
+EFI_STATUS EFIAPI Quorvex_MouseReadKeyStroke(EFI_SIMPLE_TEXT_INPUT_PROTOCOL* This,
+                                             EFI_INPUT_KEY* Key);
+void Quorvex_HelpBarClick();
+// The screen under the cursor was rebuilt (restart): the saved pixels no
+// longer belong to it.
+void Quorvex_Mouse_ForgetScreen();
+// Host tests: every pointer global back to its power-on value (the firmware
+// that held the lists is gone; nothing is freed).
+void Quorvex_Mouse_Reset();
+
 // Takes the cursor down for the life of a drawing routine and puts it back at
 // the end. Only inside drawing routines, never around a polling loop.
 class CursorHidden {

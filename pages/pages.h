@@ -26,11 +26,20 @@ QUORVEX_PAGE_ROUTINES(AdvancedPage)
 QUORVEX_PAGE_ROUTINES(SystemConfigurationPage)
 QUORVEX_PAGE_ROUTINES(ExitPage)
 
-// The Advanced page's second set-up and layout routines (boot order), and the
-// Exit page's second set-up routine (access level).
+// The Advanced page's second set-up, layout and store routines (boot order),
+// and the Exit page's second set-up routine (access level).
 void Quorvex_AdvancedPage_Init2();
 void Quorvex_AdvancedPage_Layout2();
+void Quorvex_AdvancedPage_Store2();
 void Quorvex_ExitPage_Init2();
+
+// The settings part of the set-up routines, run again after the defaults are
+// loaded so that the records show the store's new values.
+void Quorvex_SecurityPage_LoadValues();
+void Quorvex_PowerManagementPage_LoadValues();
+void Quorvex_AdvancedPage_LoadValues();
+void Quorvex_AdvancedPage_LoadValues2();
+void Quorvex_SystemConfigurationPage_LoadValues();
 
 // Access level: 0 or 1 full access, 2 or 3 restricted (initially 4).
 extern UINT64 AccessLevel;

@@ -1,0 +1,69 @@
+# Quorvex Setup: the commands people type. CMake does the work in two trees:
+# build/host (g++: simulator, unit tests, build-time generators) and
+# build/uefi (clang cross build: the UEFI images, build/esp).
+#
+#   make build                 everything: UEFI images, build/esp, simulator, tests
+#   make esp                   build/esp (EFI/BOOT/BOOTX64.EFI + QuorvexSetup.efi)
+#   make run [SCREENSHOT=f]    boot build/esp in QEMU (window, or VNC without a display);
+#                              with SCREENSHOT: headless, write the screen once drawn, stop
+#   make sim                   the utility in a desktop window (build/host/quorvex-sim)
+#   make test                  unit, scenario, image and end-to-end tests
+#
+# Every command first installs the Debian packages it needs (scripts/deps).
+
+ROOT      := $(CURDIR)
+HOST_DIR  := $(ROOT)/build/host
+UEFI_DIR  := $(ROOT)/build/uefi
+ESP_DIR   := $(ROOT)/build/esp
+JOBS      ?= $(shell nproc)
+CMAKE_ARGS ?=
+
+.PHONY: build host uefi esp run sim test unit-test e2e sizes clean
+
+build: esp host sizes
+
+host:
+	@$(ROOT)/scripts/deps build
+	@test -f $(HOST_DIR)/build.ninja || \
+	  cmake -S $(ROOT) -B $(HOST_DIR) -G Ninja $(CMAKE_ARGS)
+	@cmake --build $(HOST_DIR) -j $(JOBS)
+
+uefi: host
+	@test -f $(UEFI_DIR)/build.ninja || \
+	  cmake -S $(ROOT) -B $(UEFI_DIR) -G Ninja \
+	    -DCMAKE_TOOLCHAIN_FILE=$(ROOT)/cmake/uefi-toolchain.cmake \
+	    -DQUORVEX_GENERATED_DIR=$(HOST_DIR)/generated \
+	    -DQUORVEX_ESP_DIR=$(ESP_DIR) $(CMAKE_ARGS)
+	@cmake --build $(UEFI_DIR) -j $(JOBS)
+
+esp: uefi
+
+sizes:
+	@for f in $(UEFI_DIR)/QuorvexSetup.efi $(UEFI_DIR)/QuorvexPlatform.efi; do \
+	  test -f $$f && printf '%-22s %8d bytes\n' $$(basename $$f) $$(stat -c %s $$f); \
+	done; true
+
+run: esp
+	@$(ROOT)/scripts/deps run
+	@$(ROOT)/scripts/run-qemu $(if $(SCREENSHOT),--screenshot $(abspath $(SCREENSHOT)))
+
+sim: host
+	@$(ROOT)/scripts/deps sim
+	@$(HOST_DIR)/quorvex-sim --window
+
+# Host tests (unit, scenarios) in parallel; then the image checks and the
+# end-to-end tests, which boot QEMU one at a time.
+test: build
+	@$(ROOT)/scripts/deps test
+	@cd $(HOST_DIR) && ctest --output-on-failure -j $(JOBS)
+	@cd $(UEFI_DIR) && ctest --output-on-failure
+
+unit-test: host
+	@cd $(HOST_DIR) && ctest --output-on-failure -L unit
+
+e2e: esp
+	@$(ROOT)/scripts/deps run
+	@cd $(UEFI_DIR) && ctest --output-on-failure -L e2e
+
+clean:
+	rm -rf $(ROOT)/build

@@ -1,0 +1,118 @@
+# The UEFI tree: QuorvexSetup.efi and QuorvexPlatform.efi, cross-compiled with
+# clang and linked with lld-link. The generated sources come from the host
+# tree (QUORVEX_GENERATED_DIR), which the Makefile builds first.
+set(QUORVEX_GENERATED_DIR ${QUORVEX_SOURCE_DIR}/build/host/generated
+    CACHE PATH "Generated sources made by the host tree")
+set(QUORVEX_ESP_DIR ${QUORVEX_SOURCE_DIR}/build/esp CACHE PATH "EFI system partition directory")
+set(GEN ${QUORVEX_GENERATED_DIR})
+
+# The linker rule: lld-link straight from the objects, no C runtime.
+set(CMAKE_CXX_LINK_EXECUTABLE
+    "<CMAKE_LINKER> /nologo /subsystem:efi_application /nodefaultlib /machine:x64 /opt:ref /opt:icf <LINK_FLAGS> <OBJECTS> <LINK_LIBRARIES> /out:<TARGET>")
+set(CMAKE_EXECUTABLE_SUFFIX .efi)
+
+# stb headers without the rest of the host's /usr/include.
+set(stb_dir ${CMAKE_BINARY_DIR}/stb_include)
+file(MAKE_DIRECTORY ${stb_dir})
+if(EXISTS /usr/include/stb AND NOT EXISTS ${stb_dir}/stb)
+  file(CREATE_LINK /usr/include/stb ${stb_dir}/stb SYMBOLIC)
+endif()
+
+add_library(quorvex_uefi_flags INTERFACE)
+target_compile_options(quorvex_uefi_flags INTERFACE
+  --target=x86_64-unknown-windows
+  -ffreestanding -fno-stack-protector -mno-red-zone -mno-stack-arg-probe -fshort-wchar
+  -ffunction-sections -fdata-sections -O2
+  -Wall -Wextra -Werror -Wframe-larger-than=32768
+  $<$<COMPILE_LANGUAGE:CXX>:-std=c++20 -fno-exceptions -fno-rtti -fno-threadsafe-statics>)
+target_include_directories(quorvex_uefi_flags INTERFACE ${QUORVEX_SOURCE_DIR} ${GEN})
+target_include_directories(quorvex_uefi_flags SYSTEM INTERFACE ${stb_dir})
+
+quorvex_prefix(gen_utility ${GEN} ${QUORVEX_GENERATED_UTILITY_SOURCES})
+quorvex_prefix(gen_reference ${GEN} ${QUORVEX_GENERATED_REFERENCE_SOURCES})
+set_source_files_properties(${gen_utility} ${gen_reference} PROPERTIES GENERATED TRUE)
+quorvex_placeholder_text_header(${GEN})
+
+# The platform library, compiled once per image: the setup utility's copy
+# carries the allocation trace switch, the reference platform's never traces
+# (it has no debug trace binding of its own).
+add_library(quorvex_platform_lib_setup OBJECT ${QUORVEX_PLATFORM_LIB_SOURCES})
+target_link_libraries(quorvex_platform_lib_setup PUBLIC quorvex_uefi_flags)
+target_compile_definitions(quorvex_platform_lib_setup PRIVATE
+  QUORVEX_ALLOCATION_TRACE=$<BOOL:${QUORVEX_ALLOCATION_TRACE}>)
+add_library(quorvex_platform_lib_reference OBJECT ${QUORVEX_PLATFORM_LIB_SOURCES})
+target_link_libraries(quorvex_platform_lib_reference PUBLIC quorvex_uefi_flags)
+
+set(images)
+set(setup_sources ${QUORVEX_UTILITY_SOURCES} ${gen_utility})
+if(setup_sources)
+  add_library(quorvex_utility_objects OBJECT ${setup_sources})
+  target_link_libraries(quorvex_utility_objects PUBLIC quorvex_uefi_flags)
+  target_compile_definitions(quorvex_utility_objects PRIVATE
+    QUORVEX_ALLOCATION_TRACE=$<BOOL:${QUORVEX_ALLOCATION_TRACE}>)
+  add_executable(QuorvexSetup)
+  target_link_libraries(QuorvexSetup PRIVATE quorvex_utility_objects quorvex_platform_lib_setup)
+  set_target_properties(QuorvexSetup PROPERTIES LINK_FLAGS "/entry:_ModuleEntryPoint")
+  list(APPEND images QuorvexSetup)
+endif()
+
+set(reference_sources ${QUORVEX_REFERENCE_SOURCES} ${gen_reference})
+if(reference_sources)
+  add_library(quorvex_reference_objects OBJECT ${reference_sources})
+  target_link_libraries(quorvex_reference_objects PUBLIC quorvex_uefi_flags)
+  if(EXISTS ${QUORVEX_SOURCE_DIR}/reference_platform/freestanding)
+    # The C headers stb_image.h asks for, in freestanding form.
+    target_include_directories(quorvex_reference_objects SYSTEM BEFORE PRIVATE
+                               ${QUORVEX_SOURCE_DIR}/reference_platform/freestanding)
+  endif()
+  add_executable(QuorvexPlatform)
+  target_link_libraries(QuorvexPlatform PRIVATE quorvex_reference_objects
+                        quorvex_platform_lib_reference)
+  set_target_properties(QuorvexPlatform PROPERTIES LINK_FLAGS "/entry:QuorvexPlatform_EntryPoint")
+  list(APPEND images QuorvexPlatform)
+endif()
+
+# The EFI system partition: the launcher as the removable-media boot file and
+# the utility next to it.
+if(TARGET QuorvexSetup AND TARGET QuorvexPlatform)
+  add_custom_target(esp ALL
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${QUORVEX_ESP_DIR}/EFI/BOOT
+    COMMAND ${CMAKE_COMMAND} -E copy_if_different $<TARGET_FILE:QuorvexPlatform>
+            ${QUORVEX_ESP_DIR}/EFI/BOOT/BOOTX64.EFI
+    COMMAND ${CMAKE_COMMAND} -E copy_if_different $<TARGET_FILE:QuorvexSetup>
+            ${QUORVEX_ESP_DIR}/QuorvexSetup.efi
+    DEPENDS QuorvexSetup QuorvexPlatform
+    COMMENT "Laying out ${QUORVEX_ESP_DIR}"
+    VERBATIM)
+endif()
+
+# Image checks: no global constructors in any object, no imports, the right
+# subsystem; prints the sizes.
+find_program(QUORVEX_PYTHON NAMES python3 REQUIRED)
+find_program(QUORVEX_LLVM_OBJDUMP NAMES llvm-objdump-14 llvm-objdump REQUIRED)
+find_program(QUORVEX_LLVM_READOBJ NAMES llvm-readobj-14 llvm-readobj REQUIRED)
+foreach(image IN LISTS images)
+  if(image STREQUAL QuorvexSetup)
+    set(objects quorvex_utility_objects quorvex_platform_lib_setup)
+  else()
+    set(objects quorvex_reference_objects quorvex_platform_lib_reference)
+  endif()
+  set(object_args)
+  foreach(o IN LISTS objects)
+    list(APPEND object_args "$<TARGET_OBJECTS:${o}>")
+  endforeach()
+  add_test(NAME image-check-${image}
+           COMMAND ${QUORVEX_PYTHON} ${QUORVEX_SOURCE_DIR}/scripts/check_image.py
+                   --objdump ${QUORVEX_LLVM_OBJDUMP} --readobj ${QUORVEX_LLVM_READOBJ}
+                   --image $<TARGET_FILE:${image}> ${object_args})
+  set_tests_properties(image-check-${image} PROPERTIES LABELS image TIMEOUT 120)
+endforeach()
+
+# The end-to-end tests boot build/esp in QEMU, one at a time.
+if(TARGET esp)
+  add_test(NAME e2e
+           COMMAND ${QUORVEX_PYTHON} -m unittest discover -s ${QUORVEX_SOURCE_DIR}/tests/e2e
+                   -p "*_test.py" -v)
+  set_tests_properties(e2e PROPERTIES LABELS e2e TIMEOUT 1200 RUN_SERIAL TRUE
+                       ENVIRONMENT "QUORVEX_ESP=${QUORVEX_ESP_DIR};QUORVEX_BUILD=${CMAKE_BINARY_DIR}")
+endif()

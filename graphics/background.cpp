@@ -1,0 +1,239 @@
+// The fixed parts of the setup screen: the left band (picture stretched to the
+// band by repeating or dropping whole columns and rows, then the logos), the
+// empty page area, the right column with the help bar and the item help box,
+// and the grey-out that dims the screen behind a modal window.
+#include "graphics/background.h"
+
+#include "core/startup.h"
+#include "graphics/buttons.h"
+#include "graphics/double_buffer.h"
+#include "graphics/draw_util.h"
+#include "graphics/graphics_internal.h"
+#include "graphics/text_draw.h"
+#include "input/mouse.h"
+#include "pages/pages.h"
+#include "platform/lib.h"
+#include "setup_data/text_table.h"
+
+namespace {
+
+// The left band picture is drawn with its top-left corner here.
+constexpr UINT64 kBandPictureX = 3;
+// Source width read back from the picture; the band is stretched from it.
+constexpr UINT64 kBandSourceWidth = 256;
+constexpr UINT64 kBandSourceRows = 768;
+
+constinit EFI_GRAPHICS_OUTPUT_BLT_PIXEL* SavedScreen = nullptr;
+constinit UINT64 SavedWidth = 0;
+constinit UINT64 SavedHeight = 0;
+
+EFI_STATUS DrawBandJpeg() {
+  if (!ImageDisplay || !ImageDisplay->Operations || !ImageDisplay->Operations->DrawJpeg ||
+      !kLeftBandPicture.Data)
+    return EFI_NOT_FOUND;
+  return ImageDisplay->Operations->DrawJpeg(kLeftBandPicture.Data,
+                                            static_cast<UINT32>(kLeftBandPicture.Size),
+                                            kBandPictureX, 0);
+}
+
+// For every band column, the source column it shows: a column is repeated
+// after every Step source columns when the band is wider than the source,
+// and one is skipped after every Step columns when it is narrower.
+void BuildColumnMap(UINT16* Map, UINT64 Band) {
+  const INT64 dx = static_cast<INT64>(Band) - static_cast<INT64>(kBandSourceWidth);
+  const UINT64 magnitude = static_cast<UINT64>(dx < 0 ? -dx : dx);
+  UINT64 step = 0;
+  if (magnitude != 0) {
+    step = kBandSourceWidth / magnitude;
+    // A band more than twice the source repeats every column (and then the
+    // last column), rather than dividing by zero.
+    if (step == 0) step = 1;
+  }
+  const UINT64 last = kBandSourceWidth - 1;
+  UINT64 u = 0;
+  for (UINT64 c = 0; c < Band; ++c) {
+    Map[c] = static_cast<UINT16>(u < last ? u : last);
+    if (dx > 0 && (u + 1) % step == 0) {
+      if (c + 1 < Band) Map[c + 1] = static_cast<UINT16>(u < last ? u : last);
+      ++c;
+    }
+    if (dx < 0 && (u + 1) % step == 0 && u < kBandSourceWidth) {
+      ++u;
+      Map[c] = static_cast<UINT16>(u < last ? u : last);
+    }
+    if (u < kBandSourceWidth) ++u;
+  }
+}
+
+// Draws the band picture stretched to (W ÷ 4) × H through the double buffer.
+// Returns false when the arrays cannot be had (the caller then draws the
+// picture unstretched).
+bool DrawStretchedBand() {
+  const UINT64 band = ScreenWidth / 4;
+  const UINT64 height = ScreenHeight;
+  const UINT64 sourceRows = height < kBandSourceRows ? height : kBandSourceRows;
+  if (!DrawableExtent(band, height) || sourceRows == 0) return false;
+
+  QUORVEX_POOL_ARRAY(EFI_GRAPHICS_OUTPUT_BLT_PIXEL, source, kBandSourceWidth * sourceRows);
+  QUORVEX_POOL_ARRAY(EFI_GRAPHICS_OUTPUT_BLT_PIXEL, destination, band * height);
+  QUORVEX_POOL_ARRAY(UINT16, columns, band);
+  if (!source || !destination || !columns) return false;
+
+  Quorvex_DoubleBuffer_Start(4, 0, band, height);
+  if (Quorvex_DoubleBuffer_Active()) {
+    // The off-screen frame starts undefined: give the columns the picture
+    // does not cover a defined colour (they are never flushed to the band).
+    Quorvex_FillRect(0, 0, band + 4 <= ScreenWidth ? band + 4 : ScreenWidth, height,
+                     kColourPageArea);
+  } else {
+    MemFill32(source.get(), PixelWordOf(kColourPageArea), kBandSourceWidth * sourceRows);
+  }
+  DrawBandJpeg();
+  Quorvex_Blt(source.get(), EfiBltVideoToBltBuffer, 0, 0, 0, 0, kBandSourceWidth, sourceRows,
+              kBandSourceWidth * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
+
+  BuildColumnMap(columns.get(), band);
+  const UINT64 dy = height - sourceRows;
+  const UINT64 rowStep = dy == 0 ? 0 : height / dy;
+  // Source row of the current band row; a row repeats after every rowStep
+  // band rows.
+  INT64 s = 0;
+  for (UINT64 r = 0; r < height; ++r) {
+    const UINT64 row = static_cast<UINT64>(s) < sourceRows ? static_cast<UINT64>(s) : sourceRows - 1;
+    const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* from = source.get() + row * kBandSourceWidth;
+    EFI_GRAPHICS_OUTPUT_BLT_PIXEL* to = destination.get() + r * band;
+    for (UINT64 c = 0; c < band; ++c) to[c] = from[columns[c]];
+    if (dy > 0 && (r + 1) % rowStep == 0) --s;
+    if (s < static_cast<INT64>(sourceRows)) ++s;
+  }
+  Quorvex_Blt(destination.get(), EfiBltBufferToVideo, 0, 0, 0, 0, band, height,
+              band * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
+  Quorvex_DoubleBuffer_Flush();
+  Quorvex_DoubleBuffer_Stop();
+  return true;
+}
+
+}  // namespace
+
+void Quorvex_BackGround_Left() {
+  if (ScreenWidth == 1024 && ScreenHeight == 768) {
+    DrawBandJpeg();
+  } else if (!DrawStretchedBand()) {
+    DrawBandJpeg();
+  }
+  Quorvex_DrawPicture(kUpperLogo, 20, 20);
+  Quorvex_DrawPicture(Language == 2 ? kLowerLogoFrench : kLowerLogoEnglish, 20, 168);
+}
+
+void Quorvex_BackGround_Page() {
+  Quorvex_FillRect(ScreenWidth / 4, 0, 2 * ScreenWidth / 4, ScreenHeight, kColourPageArea);
+}
+
+void Quorvex_ItemHelp_DrawBody(const CHAR16* HelpText) {
+  const UINT64 x = 3 * ScreenWidth / 4 + 10;
+  const UINT64 width = SaturatingSub(ScreenWidth / 4, 20);
+  const UINT64 height = 3 * ScreenHeight / 5;
+  const UINT64 lineHeight = GlyphLineHeight;
+  const EFI_GRAPHICS_OUTPUT_BLT_PIXEL ink = Pixel(kColourDarkText);
+  const EFI_GRAPHICS_OUTPUT_BLT_PIXEL back = Pixel(kColourRightColumn);
+  Quorvex_DrawString(TextOf(TEXT(CommonItemHelpTitle)), ink, back, x, 10, width, height);
+  Quorvex_DrawString(HelpText, ink, back, x, 2 * lineHeight + 10, width,
+                     SaturatingSub(height, 2 * lineHeight));
+}
+
+void Quorvex_ItemHelp_Draw(const CHAR16* HelpText) {
+  CursorHiddenOver hidden(3 * ScreenWidth / 4 + 10, 10, SaturatingSub(ScreenWidth / 4, 20),
+                          3 * ScreenHeight / 5);
+  Quorvex_ItemHelp_DrawBody(HelpText);
+}
+
+void Quorvex_HelpBar_DrawBody() {
+  const UINT64 x = 3 * ScreenWidth / 4 + 10;
+  const UINT64 width = SaturatingSub(ScreenWidth / 4, 20);
+  const UINT64 top = 3 * ScreenHeight / 5;
+  Quorvex_FillRect(3 * ScreenWidth / 4, 0, ScreenWidth / 4, ScreenHeight, kColourRightColumn);
+  Quorvex_Help_Button_Control(x, top + 20, width, 50, TextOf(TEXT(CommonHelpBarHelp)), u"[F1]");
+  if (AccessLevel == 0 || AccessLevel == 1) {
+    Quorvex_Help_Button_Control(x, top + 80, width, 50, TextOf(TEXT(CommonHelpBarSetupDefaults)),
+                                u"[F9]");
+  } else {
+    Quorvex_Grayout_Help_Button_Control(x, top + 80, width, 50,
+                                        TextOf(TEXT(CommonHelpBarSetupDefaults)), u"[F9]");
+  }
+  Quorvex_Help_Button_Control(x, top + 140, width, 50, TextOf(TEXT(CommonHelpBarSaveAndExit)),
+                              u"[F10]");
+  Quorvex_Help_Button_Control(x, top + 200, width, 50, TextOf(TEXT(CommonHelpBarClose)),
+                              u"[ESC]");
+  Quorvex_ItemHelp_DrawBody(u"");
+}
+
+void Quorvex_HelpBar_Draw() {
+  CursorHidden hidden;
+  Quorvex_HelpBar_DrawBody();
+}
+
+void Quorvex_BackGround_Draw() {
+  {
+    CursorHidden hidden;
+    Quorvex_BackGround_Left();
+    Quorvex_BackGround_Page();
+  }
+  Quorvex_HelpBar_Draw();
+}
+
+void Quorvex_Grayout_All_Screen() {
+  const UINT64 width = ScreenWidth;
+  const UINT64 height = ScreenHeight;
+  if (!GraphicsOutput || !DrawableExtent(width, height)) return;
+  const UINT64 count = width * height;
+  bool fresh = false;
+  if (SavedScreen && (SavedWidth != width || SavedHeight != height)) {
+    Quorvex_FreePool(SavedScreen);
+    SavedScreen = nullptr;
+  }
+  if (!SavedScreen) {
+    SavedScreen = static_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(
+        Quorvex_AllocatePool(count * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL)));
+    if (!SavedScreen) return;
+    SavedWidth = width;
+    SavedHeight = height;
+    fresh = true;
+  }
+  QUORVEX_POOL_ARRAY(UINT32, dimmed, count);
+  if (!dimmed) {
+    // Nothing is dimmed, so nothing may be restored later either.
+    if (fresh) {
+      Quorvex_FreePool(SavedScreen);
+      SavedScreen = nullptr;
+    }
+    return;
+  }
+  const UINTN delta = width * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL);
+  Quorvex_Blt(SavedScreen, EfiBltVideoToBltBuffer, 0, 0, 0, 0, width, height, delta);
+  // Blue, green and red halved (truncating), the reserved byte kept: one
+  // shift and mask per pixel.
+  const UINT32* saved = reinterpret_cast<const UINT32*>(SavedScreen);
+  UINT32* out = dimmed.get();
+  for (UINT64 i = 0; i < count; ++i) {
+    const UINT32 p = saved[i];
+    out[i] = ((p >> 1) & 0x007F7F7Fu) | (p & 0xFF000000u);
+  }
+  Quorvex_Blt(reinterpret_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(out), EfiBltBufferToVideo, 0, 0,
+              0, 0, width, height, delta);
+}
+
+void Quorvex_Restore_All_Screen() {
+  if (!SavedScreen) return;
+  if (GraphicsOutput)
+    Quorvex_Blt(SavedScreen, EfiBltBufferToVideo, 0, 0, 0, 0, SavedWidth, SavedHeight,
+                SavedWidth * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
+  Quorvex_FreePool(SavedScreen);
+  SavedScreen = nullptr;
+}
+
+void Quorvex_BackGround_Reset() {
+  if (SavedScreen) Quorvex_FreePool(SavedScreen);
+  SavedScreen = nullptr;
+  SavedWidth = 0;
+  SavedHeight = 0;
+}

@@ -1,0 +1,54 @@
+// Small helpers shared by the drawing modules: the GOP Blt reached through the
+// bound instance (so it lands in the off-screen frame while buffering is on),
+// rectangle fills, pictures, and overflow-safe size arithmetic.
+#pragma once
+
+#include "assets/assets.h"
+#include "core/startup.h"
+#include "graphics/colours.h"
+
+// Largest width or height any drawing routine accepts for a temporary pixel
+// array; anything larger is a caller's mistake and is refused, so that
+// width × height × 4 can never overflow.
+constexpr UINT64 kMaxDrawExtent = 1u << 15;
+
+inline EFI_STATUS Quorvex_Blt(EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Buffer,
+                              EFI_GRAPHICS_OUTPUT_BLT_OPERATION Operation, UINTN SourceX,
+                              UINTN SourceY, UINTN DestinationX, UINTN DestinationY, UINTN Width,
+                              UINTN Height, UINTN Delta) {
+  if (!GraphicsOutput || !GraphicsOutput->Blt) return EFI_NOT_FOUND;
+  return GraphicsOutput->Blt(GraphicsOutput, Buffer, Operation, SourceX, SourceY, DestinationX,
+                             DestinationY, Width, Height, Delta);
+}
+
+// GOP video fill of a rectangle with one colour (0xRRGGBB).
+inline EFI_STATUS Quorvex_FillRect(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height, UINT32 Rgb) {
+  EFI_GRAPHICS_OUTPUT_BLT_PIXEL colour = Pixel(Rgb);
+  return Quorvex_Blt(&colour, EfiBltVideoFill, 0, 0, X, Y, Width, Height, 0);
+}
+
+// Draws a stored PNG with its top-left corner at (X, Y) through the image
+// protocol. Nothing happens without the protocol.
+inline EFI_STATUS Quorvex_DrawPicture(const Picture& Image, UINT64 X, UINT64 Y) {
+  if (!ImageDisplay || !ImageDisplay->Operations || !ImageDisplay->Operations->DrawPng ||
+      !Image.Data)
+    return EFI_NOT_FOUND;
+  return ImageDisplay->Operations->DrawPng(Image.Data, Image.Size, X, Y);
+}
+
+// a − b, or 0 when b > a.
+constexpr UINT64 SaturatingSub(UINT64 A, UINT64 B) { return A > B ? A - B : 0; }
+
+// True when a Width × Height pixel array may be allocated.
+constexpr bool DrawableExtent(UINT64 Width, UINT64 Height) {
+  return Width > 0 && Height > 0 && Width <= kMaxDrawExtent && Height <= kMaxDrawExtent;
+}
+
+// True when the rectangle lies wholly on the screen.
+inline bool InsideScreen(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
+  return X <= ScreenWidth && Width <= ScreenWidth - X && Y <= ScreenHeight &&
+         Height <= ScreenHeight - Y;
+}
+
+// The 0xRRGGBB colour as a 32-bit buffer word (Reserved 0).
+constexpr UINT32 PixelWordOf(UINT32 Rgb) { return Rgb & 0xFFFFFFu; }

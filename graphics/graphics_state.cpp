@@ -1,0 +1,10 @@
+// Power-on state of the graphics modules, for a fresh session.
+#include "graphics/graphics_state.h"
+
+#include "graphics/graphics_internal.h"
+
+void Quorvex_Graphics_Reset() {
+  Quorvex_DoubleBuffer_Reset();
+  Quorvex_BackGround_Reset();
+  Quorvex_Windows_Reset();
+}

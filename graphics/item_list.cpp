@@ -1,0 +1,274 @@
+// A page's item records drawn as a vertical list in the page area, one
+// control per kind, inside one double-buffered region; the split of a long
+// list into screen pages; the row under a point; the page scroll bar.
+#include "graphics/item_list.h"
+
+#include "core/main_loop.h"
+#include "core/startup.h"
+#include "graphics/background.h"
+#include "graphics/buttons.h"
+#include "graphics/double_buffer.h"
+#include "graphics/draw_util.h"
+#include "graphics/graphics_internal.h"
+#include "graphics/text_draw.h"
+#include "input/mouse.h"
+#include "setup_data/text_table.h"
+
+namespace {
+
+constexpr UINT64 kListTop = 50;
+constexpr UINT64 kListIndent = 50;
+// Options beyond this many are not shown by a drop-down list.
+constexpr UINTN kMaxShownOptions = 32;
+
+UINT64 SaturatingAdd(UINT64 A, UINT64 B) { return A > ~0ull - B ? ~0ull : A + B; }
+
+UINT64 RowStep(const SetupItem& Item) { return SaturatingAdd(Item.Height, Item.Gap); }
+
+// The current language's texts of a null-terminated array of text
+// references, into Out (kMaxShownOptions + 1 entries, null-terminated).
+void ResolveOptions(const CHAR16* const* Options, const CHAR16** Out) {
+  UINTN count = 0;
+  while (Options && Options[count] != nullptr && count < kMaxShownOptions) {
+    Out[count] = TextOf(Options[count]);
+    ++count;
+  }
+  Out[count] = nullptr;
+}
+
+// The option text of a toggle row: entry Value (low byte) of its array of
+// text references, or null when the array is shorter.
+const CHAR16* ToggleOption(const SetupItem& Item) {
+  const CHAR16* const* options = ItemOptionTexts(Item);
+  const UINT64 index = Item.Value & 0xFF;
+  if (!options) return nullptr;
+  for (UINT64 i = 0; options[i] != nullptr; ++i)
+    if (i == index) return TextOf(options[i]);
+  return nullptr;
+}
+
+bool ListOpen(const SetupItem& Item) { return (Item.Value & 0xFF) != 0; }
+
+// Next row at or after Index that is not hidden, or End.
+UINT64 NextShown(const SetupItem* Items, UINT64 Index, UINT64 End) {
+  while (Index < End && Items[Index].Hidden) ++Index;
+  return Index;
+}
+
+// Walks the rows of [First, End) as the drawer places them: calls Visit(row,
+// top) for each shown row, and stops where the drawer stops (a next row
+// whose bottom would pass the screen) or when Visit returns false.
+template <typename F>
+void WalkRows(const SetupItem* Items, UINT64 First, UINT64 End, F Visit) {
+  UINT64 y = kListTop;
+  for (UINT64 i = NextShown(Items, First, End); i < End;) {
+    if (!Visit(i, y)) return;
+    y = SaturatingAdd(y, RowStep(Items[i]));
+    const UINT64 next = NextShown(Items, i + 1, End);
+    if (next < End && SaturatingAdd(y, Items[next].Height) > ScreenHeight) return;
+    i = next;
+  }
+}
+
+void DrawRow(const SetupItem& Item, UINT64 X, UINT64 Y, bool Selected) {
+  const CHAR16* label = TextOf(Item.Label);
+  const UINT64 width = Item.Width;
+  const UINT64 height = Item.Height;
+  const bool grey = Item.GreyedOut != 0;
+  switch (Item.Kind) {
+  case ItemButton:
+    if (Selected) {
+      Quorvex_Selected_Button_Control(X, Y, width, height, label);
+    } else if (grey) {
+      Quorvex_Grayout_Button_Control(X, Y, width, height, label);
+    } else {
+      Quorvex_Button_Control(X, Y, width, height, label);
+    }
+    break;
+  case ItemValueButton:
+    if (grey) {
+      Quorvex_Grayout_Label_Button_Control(X, Y, width, height, label, ItemValueBuffer(Item),
+                                           Item.Value);
+    } else if (Selected) {
+      Quorvex_Selected_Label_Button_Control(X, Y, width, height, label, ItemValueBuffer(Item),
+                                            Item.Value);
+    } else {
+      Quorvex_Label_Button_Control(X, Y, width, height, label, ItemValueBuffer(Item), Item.Value);
+    }
+    break;
+  case ItemInfo:
+    Quorvex_Label_Value_Control(X, Y, width, height, label, ItemInfoText(Item), Item.Value);
+    break;
+  case ItemOptionCycle: {
+    const CHAR16* option = ToggleOption(Item);
+    const UINT64 state = Item.Value & 0xFF;
+    if (Selected) {
+      Quorvex_Selected_Toggle_Item_Control(X, Y, width, height, label, option, state);
+    } else if (grey) {
+      Quorvex_Grayout_Toggle_Item_Control(X, Y, width, height, label, option, state);
+    } else {
+      Quorvex_Toggle_Item_Control(X, Y, width, height, label, option, state);
+    }
+    break;
+  }
+  case ItemDropDown: {
+    const CHAR16* options[kMaxShownOptions + 1];
+    ResolveOptions(Item.Options, options);
+    if (grey) {
+      Quorvex_Grayout_DropDownList_Control(X, Y, width, height, label, options, Item.Data);
+    } else if (ListOpen(Item)) {
+      // Drawn after every other row.
+    } else if (Selected) {
+      Quorvex_Selected_DropDownList_Control(X, Y, width, height, label, options, Item.Data);
+    } else {
+      Quorvex_DropDownList_Control(X, Y, width, height, label, options, Item.Data);
+    }
+    break;
+  }
+  case ItemHeading:
+    Quorvex_DrawString(label, Pixel(kColourDarkText), kTransparent, X, Y, width, height);
+    break;
+  case ItemAdjust:
+    if (Selected) {
+      Quorvex_Selected_Adjustment_Button(X, Y, width, height, label, Item.Data);
+    } else if (grey) {
+      Quorvex_Grayout_Adjustment_Button(X, Y, width, height, label, Item.Data);
+    } else {
+      Quorvex_Adjustment_Button(X, Y, width, height, label, Item.Data);
+    }
+    break;
+  default:
+    break;  // an unknown kind takes its room and shows nothing
+  }
+}
+
+}  // namespace
+
+UINT64 Quorvex_Item_Pages(const SetupItem* Items, UINT64 Count, UINT64* First, UINT64* End,
+                          UINT64* PageStarts) {
+  UINT64 starts[kMaxItemPages];
+  UINT64* page = PageStarts ? PageStarts : starts;
+  UINT64 pages = 1;
+  page[0] = 0;
+  if (Items) {
+    UINT64 y = kListTop;
+    bool pageHasRow = false;
+    for (UINT64 i = 0; i < Count; ++i) {
+      if (Items[i].Hidden) continue;
+      y = SaturatingAdd(y, RowStep(Items[i]));
+      // A row that takes the sum past H − 50 opens the next page (a row too
+      // tall for any page stays alone on its own).
+      if (SaturatingAdd(y, 50) > ScreenHeight && pageHasRow && pages < kMaxItemPages) {
+        page[pages++] = i;
+        y = SaturatingAdd(kListTop, RowStep(Items[i]));
+      }
+      pageHasRow = true;
+    }
+  }
+  const UINT64 selected = Items ? SelectedIndex(Items, Count) : Count;
+  UINT64 shown = 0;
+  if (selected < Count)
+    while (shown + 1 < pages && page[shown + 1] <= selected) ++shown;
+  if (First) *First = page[shown];
+  if (End) *End = shown + 1 < pages ? page[shown + 1] : Count;
+  return pages;
+}
+
+UINT64 Quorvex_Item_HitTest(const SetupItem* Items, UINT64 Count, UINT64 X, UINT64 Y) {
+  if (!Items || X < ScreenWidth / 4 || X >= 3 * ScreenWidth / 4) return Count;
+  UINT64 first = 0;
+  UINT64 end = 0;
+  Quorvex_Item_Pages(Items, Count, &first, &end, nullptr);
+  UINT64 hit = Count;
+  WalkRows(Items, first, end, [&](UINT64 Row, UINT64 Top) {
+    if (Y >= Top && Y - Top < Items[Row].Height) {
+      hit = Row;
+      return false;
+    }
+    return true;
+  });
+  return hit;
+}
+
+UINT64 Quorvex_Item_Top(const SetupItem* Items, UINT64 Count, UINT64 Index) {
+  if (!Items || Index >= Count) return kListTop;
+  UINT64 starts[kMaxItemPages];
+  const UINT64 pages = Quorvex_Item_Pages(Items, Count, nullptr, nullptr, starts);
+  UINT64 page = 0;
+  while (page + 1 < pages && starts[page + 1] <= Index) ++page;
+  UINT64 y = kListTop;
+  for (UINT64 i = starts[page]; i < Index; ++i)
+    if (!Items[i].Hidden) y = SaturatingAdd(y, RowStep(Items[i]));
+  return y;
+}
+
+void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused, UINT8 ScrollBar,
+                            UINT64 ScrollSize, UINT64 ScrollPosition) {
+  const UINT64 width = ScreenWidth;
+  const UINT64 height = ScreenHeight;
+  const bool mainPage = PageState == kStateMainTab || PageState == kStateMainPage;
+  // The Main page's redraw takes the right column along (its help bar).
+  const UINT64 regionWidth = mainPage ? 3 * width / 4 : width / 2;
+  const CHAR16* help = nullptr;
+  {
+    // Taken down before the buffer starts and put back after it stopped,
+    // so the cursor is never captured into the off-screen frame.
+    CursorHiddenOver hidden(width / 4, 0, regionWidth, height);
+    Quorvex_DoubleBuffer_Start(width / 4, 0, regionWidth, height);
+    if (mainPage) Quorvex_HelpBar_DrawBody();
+    Quorvex_BackGround_Page();
+    if (ScrollBar) Quorvex_Draw_Page_ScrollBar(ScrollSize, ScrollPosition);
+
+    UINT64 first = 0;
+    UINT64 end = 0;
+    if (Items) Quorvex_Item_Pages(Items, Count, &first, &end, nullptr);
+    const UINT64 x = width / 4 + kListIndent;
+    UINT64 open = Count;
+    UINT64 openTop = 0;
+    bool helpKept = false;
+    if (Items) {
+      WalkRows(Items, first, end, [&](UINT64 Row, UINT64 Top) {
+        const SetupItem& item = Items[Row];
+        const bool selected = item.Selected != 0 && Focused != 0;
+        if (selected && !helpKept) {
+          help = item.Help;
+          helpKept = true;
+        }
+        DrawRow(item, x, Top, selected);
+        if (item.Kind == ItemDropDown && ListOpen(item) && !item.GreyedOut && open == Count) {
+          open = Row;
+          openTop = Top;
+        }
+        return true;
+      });
+    }
+    if (open < Count) {
+      const SetupItem& item = Items[open];
+      const CHAR16* options[kMaxShownOptions + 1];
+      ResolveOptions(item.Options, options);
+      Quorvex_ItemSelected_Label_DropDownList_Control(x, openTop, item.Width, item.Height,
+                                                      TextOf(item.Label), options, item.Data);
+    }
+    Quorvex_DoubleBuffer_Flush();
+    Quorvex_DoubleBuffer_Stop();
+  }
+  if (Focused) Quorvex_ItemHelp_Draw(help ? TextOf(help) : u"");
+}
+
+void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused) {
+  Quorvex_Draw_Item_List(Items, Count, Focused, 0, 0, 0);
+}
+
+void Quorvex_Draw_Page_ScrollBar(UINT64 SizePercent, UINT64 PositionPercent) {
+  if (SizePercent > 100 || PositionPercent > 100) return;
+  const UINT64 x = SaturatingSub(3 * ScreenWidth / 4, 10);
+  const UINT64 track = SaturatingSub(ScreenHeight, 100);
+  Quorvex_FillRect(x, kListTop, 5, track, kColourPageArea);
+  const UINT64 thumbHeight = track * SizePercent / 100;
+  UINT64 thumbTop = kListTop + track * PositionPercent / 100;
+  // Moved up so that it ends at the bottom of the track at the latest.
+  if (thumbTop + thumbHeight > kListTop + track) thumbTop = kListTop + track - thumbHeight;
+  Quorvex_FillRect(x, thumbTop, 5, thumbHeight, kColourDarkText);
+  Quorvex_DrawPicture(kScrollArrowUp, SaturatingSub(x, 3), 41);
+  Quorvex_DrawPicture(kScrollArrowDown, SaturatingSub(x, 3), kListTop + track);
+}

@@ -1,0 +1,380 @@
+// Parsing and running simulator scripts (see fake_script.h).
+#include "host/fake_script.h"
+
+#include <cstdio>
+#include <sstream>
+
+#include "host/fake_firmware.h"
+
+namespace fake {
+
+namespace {
+
+constexpr UINT64 kMaxCoordinate = 100000;
+constexpr UINT64 kMaxCount = 10000;
+constexpr UINT64 kMaxTick = 1000000000000ull;
+constexpr size_t kMaxShotName = 100;
+
+struct KeyName {
+  const char* Name;
+  UINT16 ScanCode;
+  CHAR16 Char;
+};
+
+constexpr KeyName kKeyNames[] = {
+    {"up", SCAN_UP, 0},          {"down", SCAN_DOWN, 0},
+    {"left", SCAN_LEFT, 0},      {"right", SCAN_RIGHT, 0},
+    {"enter", SCAN_NULL, CHAR_CARRIAGE_RETURN},
+    {"esc", SCAN_ESC, 0},        {"tab", SCAN_NULL, CHAR_TAB},
+    {"backspace", SCAN_NULL, CHAR_BACKSPACE},
+    {"pgup", SCAN_PAGE_UP, 0},   {"pgdn", SCAN_PAGE_DOWN, 0},
+    {"space", SCAN_NULL, u' '},  {"f1", SCAN_F1, 0},
+    {"f2", SCAN_F2, 0},          {"f3", SCAN_F3, 0},
+    {"f4", SCAN_F4, 0},          {"f5", SCAN_F5, 0},
+    {"f6", SCAN_F6, 0},          {"f7", SCAN_F7, 0},
+    {"f8", SCAN_F8, 0},          {"f9", SCAN_F9, 0},
+    {"f10", SCAN_F10, 0},        {"f11", SCAN_F11, 0},
+    {"f12", SCAN_F12, 0},
+};
+
+bool IsBlank(char C) { return C == ' ' || C == '\t' || C == '\r'; }
+
+// The line without its comment and surrounding blanks.
+std::string StripLine(const std::string& Line) {
+  size_t end = Line.size();
+  for (size_t i = 0; i < Line.size(); ++i) {
+    if (Line[i] == '#' && (i == 0 || IsBlank(Line[i - 1]))) {
+      end = i;
+      break;
+    }
+  }
+  size_t begin = 0;
+  while (begin < end && IsBlank(Line[begin])) ++begin;
+  while (end > begin && IsBlank(Line[end - 1])) --end;
+  return Line.substr(begin, end - begin);
+}
+
+std::vector<std::string> Split(const std::string& Text) {
+  std::vector<std::string> words;
+  std::string word;
+  for (char c : Text) {
+    if (IsBlank(c)) {
+      if (!word.empty()) words.push_back(word);
+      word.clear();
+    } else {
+      word += c;
+    }
+  }
+  if (!word.empty()) words.push_back(word);
+  return words;
+}
+
+bool ParseNumber(const std::string& Text, UINT64 Max, UINT64* Value) {
+  if (Text.empty() || Text.size() > 13) return false;
+  UINT64 value = 0;
+  for (char c : Text) {
+    if (c < '0' || c > '9') return false;
+    value = value * 10 + static_cast<UINT64>(c - '0');
+  }
+  if (value > Max) return false;
+  *Value = value;
+  return true;
+}
+
+bool ParseFixedDigits(const std::string& Text, size_t At, size_t Count, UINT32* Value) {
+  if (At + Count > Text.size()) return false;
+  UINT32 value = 0;
+  for (size_t i = At; i < At + Count; ++i) {
+    if (Text[i] < '0' || Text[i] > '9') return false;
+    value = value * 10 + static_cast<UINT32>(Text[i] - '0');
+  }
+  *Value = value;
+  return true;
+}
+
+bool ParseTime(const std::string& Date, const std::string& Clock, EFI_TIME* Time) {
+  UINT32 year, month, day, hour, minute, second;
+  if (Date.size() != 10 || Date[4] != '-' || Date[7] != '-') return false;
+  if (Clock.size() != 8 || Clock[2] != ':' || Clock[5] != ':') return false;
+  if (!ParseFixedDigits(Date, 0, 4, &year) || !ParseFixedDigits(Date, 5, 2, &month) ||
+      !ParseFixedDigits(Date, 8, 2, &day) || !ParseFixedDigits(Clock, 0, 2, &hour) ||
+      !ParseFixedDigits(Clock, 3, 2, &minute) || !ParseFixedDigits(Clock, 6, 2, &second))
+    return false;
+  EFI_TIME t{};
+  t.Year = static_cast<UINT16>(year);
+  t.Month = static_cast<UINT8>(month);
+  t.Day = static_cast<UINT8>(day);
+  t.Hour = static_cast<UINT8>(hour);
+  t.Minute = static_cast<UINT8>(minute);
+  t.Second = static_cast<UINT8>(second);
+  t.TimeZone = 0x07FF;
+  if (!IsValidTime(t)) return false;
+  *Time = t;
+  return true;
+}
+
+bool ParseRgb(const std::string& Text, UINT32* Rgb) {
+  if (Text.size() != 6) return false;
+  UINT32 value = 0;
+  for (char c : Text) {
+    UINT32 digit;
+    if (c >= '0' && c <= '9')
+      digit = static_cast<UINT32>(c - '0');
+    else if (c >= 'a' && c <= 'f')
+      digit = static_cast<UINT32>(c - 'a' + 10);
+    else if (c >= 'A' && c <= 'F')
+      digit = static_cast<UINT32>(c - 'A' + 10);
+    else
+      return false;
+    value = value << 4 | digit;
+  }
+  *Rgb = value;
+  return true;
+}
+
+bool ValidShotName(const std::string& Name) {
+  if (Name.empty() || Name.size() > kMaxShotName || Name[0] == '.') return false;
+  for (char c : Name) {
+    const bool ok = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+                    c == '_' || c == '-' || c == '.';
+    if (!ok) return false;
+  }
+  return true;
+}
+
+// UTF-8 to UTF-16 code units, one per character; characters outside the
+// Basic Multilingual Plane and malformed sequences are refused.
+bool DecodeText(const std::string& Text, std::u16string* Out, std::string* Error) {
+  for (size_t i = 0; i < Text.size();) {
+    const unsigned char lead = static_cast<unsigned char>(Text[i]);
+    UINT32 c;
+    size_t length;
+    if (lead < 0x80) {
+      c = lead;
+      length = 1;
+    } else if ((lead & 0xE0) == 0xC0) {
+      c = lead & 0x1F;
+      length = 2;
+    } else if ((lead & 0xF0) == 0xE0) {
+      c = lead & 0x0F;
+      length = 3;
+    } else if ((lead & 0xF8) == 0xF0) {
+      *Error = "characters outside the Basic Multilingual Plane cannot be typed";
+      return false;
+    } else {
+      *Error = "the text is not valid UTF-8";
+      return false;
+    }
+    if (i + length > Text.size()) {
+      *Error = "the text is not valid UTF-8";
+      return false;
+    }
+    for (size_t k = 1; k < length; ++k) {
+      const unsigned char next = static_cast<unsigned char>(Text[i + k]);
+      if ((next & 0xC0) != 0x80) {
+        *Error = "the text is not valid UTF-8";
+        return false;
+      }
+      c = c << 6 | (next & 0x3F);
+    }
+    const bool overlong = (length == 2 && c < 0x80) || (length == 3 && c < 0x800);
+    if (overlong || (c >= 0xD800 && c <= 0xDFFF)) {
+      *Error = "the text is not valid UTF-8";
+      return false;
+    }
+    Out->push_back(static_cast<char16_t>(c));
+    i += length;
+  }
+  return true;
+}
+
+// Parses one non-empty line into zero or more commands.
+bool ParseLine(const std::string& Text, int Line, std::vector<ScriptCommand>* Commands,
+               std::string* Error) {
+  const std::vector<std::string> words = Split(Text);
+  const std::string& verb = words[0];
+  const size_t args = words.size() - 1;
+  ScriptCommand command{};
+  command.Line = Line;
+  command.Source = Text;
+  auto fail = [&](const std::string& Message) {
+    *Error = Message;
+    return false;
+  };
+  auto point = [&]() {
+    UINT64 x, y;
+    if (args != 2 || !ParseNumber(words[1], kMaxCoordinate, &x) ||
+        !ParseNumber(words[2], kMaxCoordinate, &y))
+      return false;
+    command.X = static_cast<UINT32>(x);
+    command.Y = static_cast<UINT32>(y);
+    return true;
+  };
+
+  if (verb == "key") {
+    if (args < 1 || args > 2) return fail("usage: key NAME [COUNT]");
+    const KeyName* key = nullptr;
+    for (const KeyName& k : kKeyNames)
+      if (words[1] == k.Name) key = &k;
+    if (key == nullptr) return fail("unknown key name '" + words[1] + "'");
+    UINT64 count = 1;
+    if (args == 2 && (!ParseNumber(words[2], kMaxCount, &count) || count == 0))
+      return fail("the key count must be a number from 1 to 10000");
+    command.Kind = Verb::Key;
+    command.ScanCode = key->ScanCode;
+    command.Char = key->Char;
+    for (UINT64 i = 0; i < count; ++i) Commands->push_back(command);
+    return true;
+  }
+  if (verb == "type") {
+    const std::string text = StripLine(Text.substr(4));
+    if (text.empty()) return fail("usage: type TEXT");
+    std::u16string units;
+    if (!DecodeText(text, &units, Error)) return false;
+    command.Kind = Verb::Key;
+    for (char16_t unit : units) {
+      command.ScanCode = SCAN_NULL;
+      command.Char = unit;
+      Commands->push_back(command);
+    }
+    return true;
+  }
+  if (verb == "click" || verb == "touch" || verb == "move") {
+    if (!point()) return fail("usage: " + verb + " X Y (X and Y from 0 to 100000)");
+    command.Kind = verb == "click"   ? Verb::Click
+                   : verb == "touch" ? Verb::Touch
+                                     : Verb::Move;
+    Commands->push_back(command);
+    return true;
+  }
+  if (verb == "time") {
+    if (args != 2 || !ParseTime(words[1], words[2], &command.Time))
+      return fail("usage: time YYYY-MM-DD HH:MM:SS (a valid date from 1900 to 9999)");
+    command.Kind = Verb::Time;
+    Commands->push_back(command);
+    return true;
+  }
+  if (verb == "tick") {
+    if (args != 1 || !ParseNumber(words[1], kMaxTick, &command.Seconds))
+      return fail("usage: tick SECONDS");
+    command.Kind = Verb::Tick;
+    Commands->push_back(command);
+    return true;
+  }
+  if (verb == "restart" || verb == "quit") {
+    if (args != 0) return fail(verb + " takes no arguments");
+    command.Kind = verb == "restart" ? Verb::Restart : Verb::Quit;
+    Commands->push_back(command);
+    return true;
+  }
+  if (verb == "shot") {
+    if (args != 1 || !ValidShotName(words[1]))
+      return fail("usage: shot NAME (letters, digits, '_', '-', '.')");
+    command.Kind = Verb::Shot;
+    command.Name = words[1];
+    Commands->push_back(command);
+    return true;
+  }
+  if (verb == "expect-pixel") {
+    UINT64 x, y;
+    if (args != 3 || !ParseNumber(words[1], kMaxCoordinate, &x) ||
+        !ParseNumber(words[2], kMaxCoordinate, &y) || !ParseRgb(words[3], &command.Rgb))
+      return fail("usage: expect-pixel X Y RRGGBB");
+    command.Kind = Verb::ExpectPixel;
+    command.X = static_cast<UINT32>(x);
+    command.Y = static_cast<UINT32>(y);
+    Commands->push_back(command);
+    return true;
+  }
+  return fail("unknown command '" + verb + "'");
+}
+
+std::string Where(const ScriptRun& Run, const ScriptCommand& Command) {
+  return (Run.Name.empty() ? std::string("script") : Run.Name) + ":" +
+         std::to_string(Command.Line) + ": ";
+}
+
+std::string Hex6(UINT32 Rgb) {
+  char text[8];
+  std::snprintf(text, sizeof text, "%06X", Rgb & 0xFFFFFF);
+  return text;
+}
+
+}  // namespace
+
+bool ParseScript(const std::string& Text, std::vector<ScriptCommand>* Commands,
+                 std::string* Error) {
+  std::istringstream in(Text);
+  std::string line;
+  int number = 0;
+  while (std::getline(in, line)) {
+    ++number;
+    const std::string text = StripLine(line);
+    if (text.empty()) continue;
+    std::string message;
+    if (!ParseLine(text, number, Commands, &message)) {
+      *Error = std::to_string(number) + ": " + message;
+      return false;
+    }
+  }
+  return true;
+}
+
+void ScriptStep(ScriptRun& Run) {
+  while (Run.Next < Run.Commands.size()) {
+    const ScriptCommand& command = Run.Commands[Run.Next++];
+    switch (command.Kind) {
+    case Verb::Shot: {
+      std::string error;
+      if (!Run.Shot || !Run.Shot(command.Name, &error)) {
+        Run.Finish(2, Where(Run, command) + "shot " + command.Name + ": " + error);
+        return;
+      }
+      continue;
+    }
+    case Verb::ExpectPixel: {
+      const std::string expect = "expect-pixel " + std::to_string(command.X) + " " +
+                                 std::to_string(command.Y) + " " + Hex6(command.Rgb);
+      if (command.X >= ScreenWidth() || command.Y >= ScreenHeight()) {
+        Run.Finish(3, Where(Run, command) + expect + " failed: outside the " +
+                          std::to_string(ScreenWidth()) + "x" + std::to_string(ScreenHeight()) +
+                          " screen");
+        return;
+      }
+      const UINT32 found = PixelAt(command.X, command.Y);
+      if (found != command.Rgb) {
+        Run.Finish(3, Where(Run, command) + expect + " failed: found " + Hex6(found));
+        return;
+      }
+      continue;
+    }
+    case Verb::Key:
+      PushKey(command.ScanCode, command.Char);
+      return;
+    case Verb::Click:
+      MouseMoveTo(command.X, command.Y, true);
+      return;
+    case Verb::Move:
+      MouseMoveTo(command.X, command.Y, false);
+      return;
+    case Verb::Touch:
+      TouchAt(command.X, command.Y);
+      return;
+    case Verb::Time:
+      SetClock(command.Time);
+      return;
+    case Verb::Tick:
+      AdvanceClock(command.Seconds);
+      return;
+    case Verb::Restart:
+      TriggerRestart();
+      return;
+    case Verb::Quit:
+      Run.Finish(0, "");
+      return;
+    }
+  }
+  Run.Finish(0, "");
+}
+
+}  // namespace fake

@@ -1,0 +1,429 @@
+// The pointer: mice (Simple Pointer) and touch panels (Absolute Pointer), the
+// arrow cursor with its save-under, and the click chain. Clicks on the help
+// bar's buttons become F1, F9, F10 and Esc through a wrapper laid over the
+// console's key reader, so every loop sees them as keys.
+#include "input/mouse.h"
+
+#include "assets/assets.h"
+#include "core/main_loop.h"
+#include "core/startup.h"
+#include "graphics/draw_util.h"
+#include "graphics/windows.h"
+#include "pages/pages.h"
+#include "pages/sysconfig_page.h"
+#include "platform/lib.h"
+#include "setup_data/setup_data_wrappers.h"
+#include "setup_data/setup_item.h"
+
+INT32 CursorX;
+INT32 CursorY;
+UINT8 CursorVisible;
+
+namespace {
+
+constexpr UINT64 kCursorWidth = 17;
+constexpr UINT64 kCursorHeight = 33;
+constexpr UINT64 kDefaultHideSeconds = 3;
+constexpr UINT64 kDefaultFollowCount = 1;
+// A device that never stops reporting must not hold a drain forever.
+constexpr UINT64 kMaxDrainReads = 1000;
+
+constinit UINT64 CursorHideSeconds = kDefaultHideSeconds;
+constinit UINT64 TouchFollowCount = kDefaultFollowCount;
+constinit EFI_TIME LastPointerTime = {};
+
+constinit EFI_SIMPLE_POINTER_PROTOCOL** MouseList = nullptr;
+constinit UINT64 MouseCount = 0;
+constinit EFI_ABSOLUTE_POINTER_PROTOCOL** TouchList = nullptr;
+constinit UINT64 TouchCount = 0;
+constinit UINT64 PointerHandleCount = 0;
+// The arguments of the first initialisation, passed again on hot-plug.
+constinit UINT64 InitArguments[2] = {};
+
+constinit UINT8 HelpF1Pending = 0;
+constinit UINT8 HelpF9Pending = 0;
+constinit UINT8 HelpF10Pending = 0;
+constinit UINT8 HelpEscPending = 0;
+constinit EFI_INPUT_READ_KEY SavedReadKeyStroke = nullptr;
+constinit EXTENDED_KEY_READ SavedReadEfiKey = nullptr;
+constinit bool WrappersInstalled = false;
+
+// Save-under: the pixels under the cursor while it is up. Take-downs nest
+// (a drawing routine may call another that takes the cursor down too): only
+// the outermost take-down writes the pixels back and only the matching
+// put-back saves and draws again.
+constinit EFI_GRAPHICS_OUTPUT_BLT_PIXEL* SaveUnder = nullptr;
+constinit bool CursorUp = false;
+constinit UINT32 TakeDownDepth = 0;
+
+bool HaveDevices() { return MouseCount != 0 || TouchCount != 0; }
+
+// The cursor rectangle clipped to the screen; false when nothing is left.
+bool CursorClip(UINT64* Width, UINT64* Height) {
+  if (CursorX < 0 || CursorY < 0) return false;
+  const UINT64 x = static_cast<UINT64>(CursorX);
+  const UINT64 y = static_cast<UINT64>(CursorY);
+  if (x >= ScreenWidth || y >= ScreenHeight) return false;
+  *Width = x + kCursorWidth > ScreenWidth ? ScreenWidth - x : kCursorWidth;
+  *Height = y + kCursorHeight > ScreenHeight ? ScreenHeight - y : kCursorHeight;
+  return true;
+}
+
+void Clamp() {
+  if (CursorX < 0) CursorX = 0;
+  if (CursorY < 0) CursorY = 0;
+  const INT64 width = static_cast<INT64>(ScreenWidth);
+  const INT64 height = static_cast<INT64>(ScreenHeight);
+  if (static_cast<INT64>(CursorX) + 5 >= width) CursorX = static_cast<INT32>(width - 5);
+  if (static_cast<INT64>(CursorY) + 5 >= height) CursorY = static_cast<INT32>(height - 5);
+  if (CursorX < 0) CursorX = 0;
+  if (CursorY < 0) CursorY = 0;
+}
+
+UINT64 Seconds(const EFI_TIME& Time) {
+  return (static_cast<UINT64>(Time.Day) * 24 + Time.Hour) * 3600 +
+         static_cast<UINT64>(Time.Minute) * 60 + Time.Second;
+}
+
+EFI_TIME Now() {
+  EFI_TIME now = {};
+  RuntimeServices->GetTime(&now, nullptr);
+  return now;
+}
+
+// No new pointer state: hide the cursor after the idle time.
+void IdleCheck() {
+  const EFI_TIME now = Now();
+  const UINT64 current = Seconds(now);
+  const UINT64 last = Seconds(LastPointerTime);
+  if (current - last > CursorHideSeconds) {
+    if (CursorVisible != 0) {
+      Quorvex_RestoreUnderCursor();
+      CursorVisible = 0;
+      Quorvex_UpdateMouse();
+    }
+  } else if (last > current) {
+    LastPointerTime = now;
+  }
+}
+
+void FreeLists() {
+  if (MouseList != nullptr) Quorvex_FreePool(MouseList);
+  if (TouchList != nullptr) Quorvex_FreePool(TouchList);
+  MouseList = nullptr;
+  TouchList = nullptr;
+  MouseCount = 0;
+  TouchCount = 0;
+}
+
+void RunClickChain(bool Touch) {
+  Quorvex_HelpBarClick();
+  const INT64 x = CursorX;
+  const INT64 y = CursorY;
+  if (Quorvex_ExitPage_MouseClick(x, y) == EFI_SUCCESS) return;
+  if (Quorvex_MainPage_MouseClick(x, y) == EFI_SUCCESS) return;
+  if (Quorvex_SecurityPage_MouseClick(x, y) == EFI_SUCCESS) return;
+  if (Quorvex_PowerManagementPage_MouseClick(x, y) == EFI_SUCCESS) return;
+  if (Quorvex_AdvancedPage_MouseClick(x, y) == EFI_SUCCESS) return;
+  (void)Touch;
+  Quorvex_SystemConfigurationPage_MouseClick(x, y);
+}
+
+void PollMice() {
+  // One of the Simple Pointer handles is the console's merged pointer, which
+  // is not listed: with a single handle there is no mouse of our own.
+  if (PointerHandleCount < 2) return;
+  for (UINT64 i = 0; i < MouseCount; ++i) {
+    EFI_SIMPLE_POINTER_PROTOCOL* mouse = MouseList[i];
+    EFI_SIMPLE_POINTER_STATE state = {};
+    if (EFI_ERROR(mouse->GetState(mouse, &state))) {
+      IdleCheck();
+      continue;
+    }
+    CursorVisible = 1;
+    LastPointerTime = Now();
+    Quorvex_RestoreUnderCursor();
+    CursorX += state.RelativeMovementX;
+    CursorY += state.RelativeMovementY;
+    Clamp();
+    Quorvex_UpdateMouse();
+    if (state.LeftButton != 0) RunClickChain(false);
+    return;  // one mouse state per round
+  }
+}
+
+bool TouchPosition(EFI_ABSOLUTE_POINTER_PROTOCOL* Panel, const EFI_ABSOLUTE_POINTER_STATE& State) {
+  const EFI_ABSOLUTE_POINTER_MODE* mode = Panel->Mode;
+  if (mode == nullptr || mode->AbsoluteMaxX <= mode->AbsoluteMinX ||
+      mode->AbsoluteMaxY <= mode->AbsoluteMinY) {
+    return false;  // a panel without a range gives no position
+  }
+  Quorvex_RestoreUnderCursor();
+  const UINT64 x = State.CurrentX * ScreenWidth / (mode->AbsoluteMaxX - mode->AbsoluteMinX);
+  const UINT64 y = State.CurrentY * ScreenHeight / (mode->AbsoluteMaxY - mode->AbsoluteMinY);
+  CursorX = static_cast<INT32>(x > 0x7FFFFFFF ? 0x7FFFFFFF : x);
+  CursorY = static_cast<INT32>(y > 0x7FFFFFFF ? 0x7FFFFFFF : y);
+  Clamp();
+  Quorvex_UpdateMouse();
+  return true;
+}
+
+void PollTouch() {
+  for (UINT64 i = 0; i < TouchCount; ++i) {
+    EFI_ABSOLUTE_POINTER_PROTOCOL* panel = TouchList[i];
+    EFI_ABSOLUTE_POINTER_STATE first = {};
+    if (EFI_ERROR(panel->GetState(panel, &first))) {
+      IdleCheck();
+      continue;
+    }
+    CursorVisible = 1;
+    LastPointerTime = Now();
+    if (!TouchPosition(panel, first)) return;
+    for (UINT64 round = 0; round < TouchFollowCount * 10; ++round) {
+      BootServices->Stall(100);
+      EFI_ABSOLUTE_POINTER_STATE next = {};
+      if (!EFI_ERROR(panel->GetState(panel, &next))) TouchPosition(panel, next);
+    }
+    if ((first.ActiveButtons & 1) != 0) RunClickChain(true);
+    return;
+  }
+}
+
+EFI_STATUS EFIAPI MouseReadEfiKey(ExtendedKeyCodeProtocol* This, ExtendedKeyData* Data);
+
+void InstallWrappers() {
+  if (WrappersInstalled) return;
+  WrappersInstalled = true;
+  SavedReadKeyStroke = SystemTable->ConIn->ReadKeyStroke;
+  SystemTable->ConIn->ReadKeyStroke = Quorvex_MouseReadKeyStroke;
+  void* found = nullptr;
+  BootServices->LocateProtocol(&kExtendedKeyCodeGuid, nullptr, &found);
+  auto* keyCodes = static_cast<ExtendedKeyCodeProtocol*>(found);
+  if (keyCodes != nullptr && keyCodes->ReadKeyData != MouseReadEfiKey) {
+    SavedReadEfiKey = keyCodes->ReadKeyData;
+    keyCodes->ReadKeyData = MouseReadEfiKey;
+  }
+}
+
+// The pending help-bar key, if any (cleared as it is taken).
+bool TakePendingKey(UINT16* ScanCode) {
+  UINT8* const flags[] = {&HelpF1Pending, &HelpF9Pending, &HelpF10Pending, &HelpEscPending};
+  constexpr UINT16 kScans[] = {SCAN_F1, SCAN_F9, SCAN_F10, SCAN_ESC};
+  for (UINT64 i = 0; i < 4; ++i) {
+    if (*flags[i] == 0) continue;
+    *flags[i] = 0;
+    *ScanCode = kScans[i];
+    return true;
+  }
+  return false;
+}
+
+EFI_STATUS EFIAPI MouseReadEfiKey(ExtendedKeyCodeProtocol* This, ExtendedKeyData* Data) {
+  Data->Ps2ScanCode = 0;
+  UINT16 scan = 0;
+  if (TakePendingKey(&scan)) {
+    Data->Key.ScanCode = scan;
+    Data->Key.UnicodeChar = 0;
+    return EFI_SUCCESS;
+  }
+  if (SavedReadEfiKey == nullptr) return EFI_NOT_READY;
+  return SavedReadEfiKey(This, Data);
+}
+
+}  // namespace
+
+EFI_STATUS EFIAPI Quorvex_MouseReadKeyStroke(EFI_SIMPLE_TEXT_INPUT_PROTOCOL* This,
+                                             EFI_INPUT_KEY* Key) {
+  CheckRestart();
+  UINT16 scan = 0;
+  if (TakePendingKey(&scan)) {
+    Key->ScanCode = scan;
+    Key->UnicodeChar = 0;
+    return EFI_SUCCESS;
+  }
+  if (SavedReadKeyStroke == nullptr) return EFI_NOT_READY;
+  return SavedReadKeyStroke(This, Key);
+}
+
+EFI_STATUS Quorvex_MouseInit(UINT64 Argument1, UINT64 Argument2) {
+  InitArguments[0] = Argument1;
+  InitArguments[1] = Argument2;
+  CursorHideSeconds = SetupData_read_cursor_hide_seconds(Argument1, Argument2);
+
+  UINTN mouseHandles = 0;
+  EFI_HANDLE* mice = nullptr;
+  if (EFI_ERROR(BootServices->LocateHandleBuffer(ByProtocol, &kSimplePointerGuid, nullptr,
+                                                 &mouseHandles, &mice))) {
+    mouseHandles = 0;
+  }
+  UINTN touchHandles = 0;
+  EFI_HANDLE* panels = nullptr;
+  if (EFI_ERROR(BootServices->LocateHandleBuffer(ByProtocol, &kAbsolutePointerGuid, nullptr,
+                                                 &touchHandles, &panels))) {
+    touchHandles = 0;
+  }
+  PointerHandleCount = mice != nullptr ? mouseHandles : 0;
+  if (mice == nullptr) mouseHandles = 0;
+  if (panels == nullptr) touchHandles = 0;
+  if (mouseHandles == 0 && touchHandles == 0) {
+    if (mice != nullptr) Quorvex_FreePool(mice);
+    if (panels != nullptr) Quorvex_FreePool(panels);
+    return EFI_NOT_FOUND;
+  }
+
+  FreeLists();
+  if (mouseHandles != 0) {
+    MouseList = static_cast<EFI_SIMPLE_POINTER_PROTOCOL**>(
+        Quorvex_AllocatePool(mouseHandles * sizeof(EFI_SIMPLE_POINTER_PROTOCOL*)));
+  }
+  if (touchHandles != 0) {
+    TouchList = static_cast<EFI_ABSOLUTE_POINTER_PROTOCOL**>(
+        Quorvex_AllocatePool(touchHandles * sizeof(EFI_ABSOLUTE_POINTER_PROTOCOL*)));
+  }
+  for (UINTN i = 0; MouseList != nullptr && i < mouseHandles; ++i) {
+    if (mice[i] == SystemTable->ConsoleInHandle) continue;
+    void* mouse = nullptr;
+    BootServices->HandleProtocol(mice[i], &kSimplePointerGuid, &mouse);
+    if (mouse != nullptr) MouseList[MouseCount++] = static_cast<EFI_SIMPLE_POINTER_PROTOCOL*>(mouse);
+  }
+  for (UINTN i = 0; TouchList != nullptr && i < touchHandles; ++i) {
+    void* panel = nullptr;
+    BootServices->HandleProtocol(panels[i], &kAbsolutePointerGuid, &panel);
+    if (panel != nullptr) {
+      TouchList[TouchCount++] = static_cast<EFI_ABSOLUTE_POINTER_PROTOCOL*>(panel);
+    }
+  }
+  if (TouchCount > 0) SetupData_Get_touch_follow_count(&TouchFollowCount);
+  if (mice != nullptr) Quorvex_FreePool(mice);
+  if (panels != nullptr) Quorvex_FreePool(panels);
+
+  InstallWrappers();
+  return EFI_SUCCESS;
+}
+
+void Quorvex_UpdateMouse() {
+  if (TakeDownDepth > 0 && --TakeDownDepth > 0) return;
+  if (CursorUp || !HaveDevices() || GraphicsOutput == nullptr) return;
+  UINT64 width = 0;
+  UINT64 height = 0;
+  if (!CursorClip(&width, &height)) return;
+  if (SaveUnder == nullptr) {
+    SaveUnder = static_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(
+        Quorvex_AllocatePool(kCursorWidth * kCursorHeight * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL)));
+    if (SaveUnder == nullptr) return;
+  }
+  const UINT64 x = static_cast<UINT64>(CursorX);
+  const UINT64 y = static_cast<UINT64>(CursorY);
+  Quorvex_Blt(SaveUnder, EfiBltVideoToBltBuffer, x, y, 0, 0, width, height,
+              width * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
+  CursorUp = true;
+  if (CursorVisible != 0) Quorvex_DrawPicture(kCursorArrow, x, y);
+}
+
+void Quorvex_RestoreUnderCursor() {
+  if (TakeDownDepth++ > 0) return;
+  if (!CursorUp) return;
+  CursorUp = false;
+  UINT64 width = 0;
+  UINT64 height = 0;
+  if (!HaveDevices() || SaveUnder == nullptr || !CursorClip(&width, &height)) return;
+  Quorvex_Blt(SaveUnder, EfiBltBufferToVideo, 0, 0, static_cast<UINT64>(CursorX),
+              static_cast<UINT64>(CursorY), width, height,
+              width * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
+}
+
+void Quorvex_Mouse_ForgetScreen() {
+  CursorUp = false;
+  TakeDownDepth = 0;
+}
+
+void Quorvex_MousePoll() {
+  CheckRestart();
+
+  UINTN size = 0;
+  BootServices->LocateHandle(ByProtocol, &kSimplePointerGuid, nullptr, &size, nullptr);
+  const UINT64 handles = size / sizeof(EFI_HANDLE);
+  if (handles != PointerHandleCount) {
+    FreeLists();
+    if (Quorvex_MouseInit(InitArguments[0], InitArguments[1]) != EFI_SUCCESS) {
+      PointerHandleCount = handles;
+      return;
+    }
+    if (HaveDevices()) {
+      Quorvex_RestoreUnderCursor();
+      Quorvex_UpdateMouse();
+    }
+    PointerHandleCount = handles;
+  }
+  if (!HaveDevices()) return;
+  PollMice();
+  PollTouch();
+}
+
+void Quorvex_MouseDrain() {
+  for (UINT64 i = 0; i < MouseCount; ++i) {
+    EFI_SIMPLE_POINTER_STATE state;
+    for (UINT64 reads = 0; reads < kMaxDrainReads; ++reads) {
+      if (EFI_ERROR(MouseList[i]->GetState(MouseList[i], &state))) break;
+    }
+  }
+  for (UINT64 i = 0; i < TouchCount; ++i) {
+    EFI_ABSOLUTE_POINTER_STATE state;
+    for (UINT64 reads = 0; reads < kMaxDrainReads; ++reads) {
+      if (EFI_ERROR(TouchList[i]->GetState(TouchList[i], &state))) break;
+    }
+  }
+}
+
+bool Quorvex_PointInRect(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
+  // The cursor coordinates are sign-extended and compared unsigned.
+  const UINT64 x = static_cast<UINT64>(static_cast<INT64>(CursorX));
+  const UINT64 y = static_cast<UINT64>(static_cast<INT64>(CursorY));
+  return X <= x && x < X + Width && Y <= y && y < Y + Height;
+}
+
+bool Quorvex_CursorOverlapsRect(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
+  const INT64 x = CursorX;
+  const INT64 y = CursorY;
+  const INT64 left = static_cast<INT64>(X);
+  const INT64 top = static_cast<INT64>(Y);
+  return !(x + static_cast<INT64>(kCursorWidth) < left || x >= left + static_cast<INT64>(Width) ||
+           y + static_cast<INT64>(kCursorHeight) < top || y >= top + static_cast<INT64>(Height));
+}
+
+void Quorvex_HelpBarClick() {
+  if (ChoiceWindowOpen != 0 || GeneralHelpOpen != 0) return;
+  if (PageState == kStateAdvancedSubPage) {
+    if (SubPageActionBusy != 0) return;
+  } else if (ActionBusy != 0) {
+    return;
+  }
+  const UINT64 x = ScreenWidth * 3 / 4 + 10;
+  const UINT64 width = ScreenWidth / 4 - 20;
+  const UINT64 top = ScreenHeight * 3 / 5;
+  if (Quorvex_PointInRect(x, top + 20, width, 50)) HelpF1Pending = 1;
+  else if (Quorvex_PointInRect(x, top + 80, width, 50)) HelpF9Pending = 1;
+  else if (Quorvex_PointInRect(x, top + 140, width, 50)) HelpF10Pending = 1;
+  else if (Quorvex_PointInRect(x, top + 200, width, 50)) HelpEscPending = 1;
+}
+
+void Quorvex_Mouse_Reset() {
+  MouseList = nullptr;
+  TouchList = nullptr;
+  MouseCount = 0;
+  TouchCount = 0;
+  SaveUnder = nullptr;
+  CursorUp = false;
+  TakeDownDepth = 0;
+  CursorX = 0;
+  CursorY = 0;
+  CursorVisible = 0;
+  CursorHideSeconds = kDefaultHideSeconds;
+  TouchFollowCount = kDefaultFollowCount;
+  LastPointerTime = {};
+  PointerHandleCount = 0;
+  HelpF1Pending = HelpF9Pending = HelpF10Pending = HelpEscPending = 0;
+  SavedReadKeyStroke = nullptr;
+  SavedReadEfiKey = nullptr;
+  WrappersInstalled = false;
+}

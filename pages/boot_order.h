@@ -1,0 +1,43 @@
+// The boot order of the Advanced page: up to four device classes packed four
+// bits per position into one setting, and the "Boot Priority Options" dialog
+// that reorders them on a working copy.
+#pragma once
+
+#include "assets/assets.h"
+#include "platform/efi.h"
+
+constexpr UINT64 kBootClassCount = 4;
+
+// The packed order (nibble i = class index + 1 of position i; 0 ends it),
+// the order array it unpacks to, and the number of positions shown.
+extern UINT64 BootOrderPacked;
+extern UINT64 BootOrder[kBootClassCount];
+extern UINT64 BootOrderCount;
+
+// Unpacks Packed into Order (Count positions). Positions past the packed
+// list, or holding no valid class, take the classes not listed yet in class
+// order, so every shown position names a distinct class.
+void Quorvex_BootOrder_Unpack(UINT64 Packed, UINT64 Count, UINT64* Order);
+// Writes the Count shown positions of Order into Packed; the nibbles of the
+// positions not shown are kept.
+UINT64 Quorvex_BootOrder_Pack(UINT64 Packed, UINT64 Count, const UINT64* Order);
+// Positions shown: 4 with both optional classes, 3 with one, 2 with none.
+UINT64 Quorvex_BootOrder_CountFor(bool OptionalOne, bool OptionalTwo);
+
+// One key of the dialog; false when the dialog ends.
+bool Quorvex_BootOrder_Key(const EFI_INPUT_KEY& Key);
+// Runs the dialog (PageState 10 while it runs, 9 after).
+void Quorvex_BootOrder_Dialog();
+
+// Dialog state, for the pointer handler and tests.
+struct BootRow {
+  UINT8 Selected;
+  UINT8 Flag;
+  const CHAR16* Label;
+  Picture Pictures[2];
+  UINT64 X, Y, Width, Height;
+};
+extern BootRow BootRows[kBootClassCount];
+extern UINT8 BootListFocus;
+// Index of the focused button (0 Up, 1 Down, 2 OK, 3 Cancel), or 4 for none.
+extern UINT32 BootFocusedButton;

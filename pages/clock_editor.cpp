@@ -1,0 +1,323 @@
+// The time and date editor: three value fields with "+" and "-" buttons, an
+// "Ok" and a "Cancel" button, run as a modal dialog over the greyed screen.
+// The value fields are drawn with the platform's large-digit font when it
+// offers one.
+#include "pages/clock_editor.h"
+
+#include "core/main_loop.h"
+#include "core/startup.h"
+#include "graphics/background.h"
+#include "graphics/buttons.h"
+#include "graphics/colours.h"
+#include "graphics/draw_util.h"
+#include "graphics/item_list.h"
+#include "graphics/text_draw.h"
+#include "input/mouse.h"
+#include "platform/lib.h"
+#include "setup_data/text_table.h"
+
+UINT8 ClockEditorOpen;
+UINT8 ClockEditorAccept;
+ClockEditor* ClockEditorActive;
+
+namespace {
+
+constexpr UINT32 kNoFocus = 0xFFFFFFFFu;
+constexpr UINT64 kFieldMargin = 20;
+constexpr UINT64 kFieldGap = 10;
+constexpr UINT64 kValueUnits = 50;  // 100 bytes
+
+constexpr CHAR16 kPlus = u'+';
+constexpr CHAR16 kMinus = u'-';
+
+// The large-digit font, looked up the first time the editor opens.
+constinit GlyphFontProtocol* LargeDigitFont = nullptr;
+constinit bool LargeDigitFontLooked = false;
+
+// What the last draw showed, for the incremental redraw.
+constinit UINT32 DrawnFocus = kNoFocus;
+constinit UINT64 DrawnValues[3] = {};
+
+// Swaps the large-digit font in for the life of one value-field draw.
+class LargeDigits {
+public:
+  LargeDigits() : saved_(GlyphFont) {
+    if (LargeDigitFont == nullptr) return;
+    GlyphFont = LargeDigitFont;
+    GlyphFont->GetLineHeight(GlyphFont, &GlyphLineHeight);
+  }
+  ~LargeDigits() {
+    if (LargeDigitFont == nullptr) return;
+    GlyphFont = saved_;
+    GlyphFont->GetLineHeight(GlyphFont, &GlyphLineHeight);
+  }
+  LargeDigits(const LargeDigits&) = delete;
+  LargeDigits& operator=(const LargeDigits&) = delete;
+
+private:
+  GlyphFontProtocol* saved_;
+};
+
+UINT64 ColumnX(const ClockEditorGeometry& G, UINT64 Column) {
+  return G.X + kFieldMargin + (G.FieldWidth + kFieldGap) * Column;
+}
+
+const CHAR16* FieldCaption(bool IsDate, UINT64 Field) {
+  static constexpr const CHAR16* kTime[3] = {TEXT(MainEditorHour), TEXT(MainEditorMinute),
+                                             TEXT(MainEditorSecond)};
+  static constexpr const CHAR16* kDate[3] = {TEXT(MainEditorMonth), TEXT(MainEditorDate),
+                                             TEXT(MainEditorYear)};
+  return TextOf(IsDate ? kDate[Field] : kTime[Field]);
+}
+
+void DrawControl(const ClockEditor& Editor, const ClockEditorGeometry& G, UINT32 Position) {
+  const bool focused = Editor.Focus == Position;
+  if (Position <= kEditorField2) {
+    CHAR16 text[kValueUnits];
+    Format(text, kValueUnits, u"%02d", Editor.Values[Position]);
+    LargeDigits digits;
+    const UINT64 x = ColumnX(G, Position);
+    if (focused) {
+      Quorvex_Selected_Button_Control_PopUpForm(x, G.Y + 150, G.FieldWidth, 100, text);
+    } else {
+      Quorvex_Button_Control_PopUpForm(x, G.Y + 150, G.FieldWidth, 100, text);
+    }
+    return;
+  }
+  const UINT64 x = ColumnX(G, Position == kEditorOk ? 1 : 2);
+  const CHAR16* caption = TextOf(Position == kEditorOk ? TEXT(CommonOk) : TEXT(CommonCancel));
+  if (focused) {
+    Quorvex_Selected_Button_Control_PopUpForm(x, G.ButtonY, G.FieldWidth, 30, caption);
+  } else {
+    Quorvex_Button_Control_PopUpForm(x, G.ButtonY, G.FieldWidth, 30, caption);
+  }
+}
+
+// Draws the whole dialog on the first call after opening; later calls redraw
+// only the controls whose look changed: the field or button that lost the
+// focus, the one that took it, and fields whose value changed.
+void DrawEditor(const ClockEditor& Editor) {
+  const ClockEditorGeometry g = Quorvex_ClockEditor_Geometry();
+  CursorHidden cursor;
+  if (DrawnFocus == kNoFocus) {
+    Quorvex_Button_Control(g.X, g.Y, g.Width, g.Height, u"");
+    const CHAR16 plus[2] = {kPlus, 0};
+    const CHAR16 minus[2] = {kMinus, 0};
+    for (UINT64 i = 0; i < 3; ++i) {
+      const UINT64 x = ColumnX(g, i);
+      const CHAR16* caption = FieldCaption(Editor.IsDate, i);
+      const UINT64 textWidth = Quorvex_TextWidth(caption);
+      const UINT64 captionX = x + SaturatingSub(g.FieldWidth, textWidth) / 2;
+      Quorvex_DrawString(caption, Pixel(kColourDarkText), kTransparent, captionX,
+                         g.Y + 90 - GlyphLineHeight - 10, g.FieldWidth, GlyphLineHeight);
+      Quorvex_Button_Control_PopUpForm(x, g.Y + 90, g.FieldWidth, 60, plus);
+      Quorvex_Button_Control_PopUpForm(x, g.Y + 250, g.FieldWidth, 60, minus);
+    }
+    Quorvex_DrawPicture(kCloseMark, g.X + g.Width - 32, g.Y + 10);
+    for (UINT32 position = kEditorField0; position <= kEditorCancel; ++position) {
+      DrawControl(Editor, g, position);
+    }
+  } else {
+    for (UINT32 field = kEditorField0; field <= kEditorField2; ++field) {
+      if (DrawnValues[field] != Editor.Values[field] && field != Editor.Focus &&
+          field != DrawnFocus) {
+        DrawControl(Editor, g, field);
+      }
+    }
+    if (DrawnFocus != Editor.Focus) DrawControl(Editor, g, DrawnFocus);
+    DrawControl(Editor, g, Editor.Focus);
+  }
+  DrawnFocus = Editor.Focus;
+  for (UINT64 i = 0; i < 3; ++i) DrawnValues[i] = Editor.Values[i];
+}
+
+void LocateLargeDigitFont() {
+  if (LargeDigitFontLooked) return;
+  LargeDigitFontLooked = true;
+  void* found = nullptr;
+  BootServices->LocateProtocol(&kLargeDigitFontGuid, nullptr, &found);
+  LargeDigitFont = static_cast<GlyphFontProtocol*>(found);
+}
+
+}  // namespace
+
+UINT64 Quorvex_DaysInMonth(UINT64 Month, UINT64 Year) {
+  switch (Month) {
+  case 4:
+  case 6:
+  case 9:
+  case 11:
+    return 30;
+  case 2:
+    if (Year % 400 == 0) return 29;
+    if (Year % 4 != 0) return 28;
+    if (Year % 100 != 0) return 29;
+    return 28;
+  default:
+    return 31;
+  }
+}
+
+ClockEditor Quorvex_ClockEditor_ForTime(const EFI_TIME& Time) {
+  ClockEditor editor = {};
+  editor.IsDate = false;
+  editor.Values[0] = Time.Hour;
+  editor.Values[1] = Time.Minute;
+  editor.Values[2] = Time.Second;
+  editor.Maximum[0] = 23;
+  editor.Maximum[1] = 59;
+  editor.Maximum[2] = 59;
+  for (UINT64 i = 0; i < 3; ++i) {
+    if (editor.Values[i] > editor.Maximum[i]) editor.Values[i] = editor.Maximum[i];
+  }
+  editor.Focus = kEditorField0;
+  return editor;
+}
+
+ClockEditor Quorvex_ClockEditor_ForDate(const EFI_TIME& Time, UINT16 MinimumYear) {
+  ClockEditor editor = {};
+  editor.IsDate = true;
+  editor.Values[0] = Time.Month;
+  editor.Values[1] = Time.Day;
+  editor.Values[2] = Time.Year;
+  editor.Maximum[0] = 12;
+  editor.Maximum[1] = 31;
+  editor.Maximum[2] = 9999;
+  editor.Minimum[0] = 1;
+  editor.Minimum[1] = 1;
+  editor.Minimum[2] = MinimumYear;
+  if (editor.Values[0] > 12) editor.Values[0] = 12;
+  if (editor.Values[2] > 9999) editor.Values[2] = 9999;
+  Quorvex_ClockEditor_FixDay(editor);
+  editor.Focus = kEditorField0;
+  return editor;
+}
+
+void Quorvex_ClockEditor_FixDay(ClockEditor& Editor) {
+  if (!Editor.IsDate) return;
+  Editor.Maximum[1] = Quorvex_DaysInMonth(Editor.Values[0], Editor.Values[2]);
+  if (Editor.Values[1] > Editor.Maximum[1]) Editor.Values[1] = Editor.Maximum[1];
+}
+
+bool Quorvex_ClockEditor_Increase(ClockEditor& Editor, UINT32 Field) {
+  if (Field > kEditorField2) return false;
+  Quorvex_ClockEditor_FixDay(Editor);
+  if (Editor.Values[Field] >= Editor.Maximum[Field]) return false;
+  ++Editor.Values[Field];
+  Quorvex_ClockEditor_FixDay(Editor);
+  return true;
+}
+
+bool Quorvex_ClockEditor_Decrease(ClockEditor& Editor, UINT32 Field) {
+  if (Field > kEditorField2) return false;
+  if (Editor.Values[Field] <= Editor.Minimum[Field]) return false;
+  --Editor.Values[Field];
+  Quorvex_ClockEditor_FixDay(Editor);
+  return true;
+}
+
+EditorOutcome Quorvex_ClockEditor_Key(ClockEditor& Editor, const EFI_INPUT_KEY& Key) {
+  switch (Key.ScanCode) {
+  case SCAN_RIGHT:
+    if (Editor.Focus >= kEditorCancel) return EditorOutcome::Nothing;
+    ++Editor.Focus;
+    return EditorOutcome::Changed;
+  case SCAN_LEFT:
+    if (Editor.Focus == kEditorField0) return EditorOutcome::Nothing;
+    --Editor.Focus;
+    return EditorOutcome::Changed;
+  case SCAN_ESC:
+    return EditorOutcome::Abort;
+  default:
+    break;
+  }
+  switch (Key.UnicodeChar) {
+  case CHAR_TAB:
+    Editor.Focus = Editor.Focus >= kEditorCancel ? kEditorField0 : Editor.Focus + 1;
+    return EditorOutcome::Changed;
+  case u'+':
+    return Quorvex_ClockEditor_Increase(Editor, Editor.Focus) ? EditorOutcome::Changed
+                                                             : EditorOutcome::Nothing;
+  case u'-':
+    return Quorvex_ClockEditor_Decrease(Editor, Editor.Focus) ? EditorOutcome::Changed
+                                                             : EditorOutcome::Nothing;
+  case CHAR_CARRIAGE_RETURN:
+    return Editor.Focus == kEditorCancel ? EditorOutcome::Abort : EditorOutcome::Accept;
+  default:
+    return EditorOutcome::Nothing;
+  }
+}
+
+void Quorvex_ClockEditor_Apply(const ClockEditor& Editor, EFI_TIME* Time) {
+  if (Editor.IsDate) {
+    Time->Month = static_cast<UINT8>(Editor.Values[0]);
+    Time->Day = static_cast<UINT8>(Editor.Values[1]);
+    Time->Year = static_cast<UINT16>(Editor.Values[2]);
+  } else {
+    Time->Hour = static_cast<UINT8>(Editor.Values[0]);
+    Time->Minute = static_cast<UINT8>(Editor.Values[1]);
+    Time->Second = static_cast<UINT8>(Editor.Values[2]);
+  }
+}
+
+ClockEditorGeometry Quorvex_ClockEditor_Geometry() {
+  ClockEditorGeometry g;
+  g.Width = ScreenWidth * 40 / 100;
+  g.Height = ScreenHeight * 50 / 100;
+  g.X = ScreenWidth / 2 - g.Width / 2;
+  g.Y = ScreenHeight / 2 - g.Height / 2;
+  g.FieldWidth = SaturatingSub(g.Width, 2 * kFieldMargin + 2 * kFieldGap) / 3;
+  const INT64 offset = (static_cast<INT64>(g.Height) - 340) / 2 + 310;
+  g.ButtonY = static_cast<UINT64>(static_cast<INT64>(g.Y) + offset);
+  return g;
+}
+
+void Quorvex_ClockEditor_Redraw() {
+  if (ClockEditorActive != nullptr) DrawEditor(*ClockEditorActive);
+}
+
+EFI_STATUS Quorvex_ClockEditor_Run(ClockEditor& Editor) {
+  LocateLargeDigitFont();
+  ClockEditorActive = &Editor;
+  ClockEditorOpen = 1;
+  ClockEditorAccept = 0;
+  DrawnFocus = kNoFocus;
+
+  Quorvex_RestoreUnderCursor();
+  Quorvex_Grayout_All_Screen();
+  Quorvex_UpdateMouse();
+  DrawEditor(Editor);
+  FlushKeys();
+  Quorvex_MouseDrain();
+
+  EFI_STATUS result = EFI_ABORTED;
+  for (;;) {
+    Quorvex_MousePoll();
+    // A click on "Cancel" or the close mark clears ActionBusy; a click on
+    // "Ok" raises the accept flag.
+    if (ActionBusy == 0) break;
+    if (ClockEditorAccept != 0) {
+      ClockEditorAccept = 0;
+      result = EFI_SUCCESS;
+      break;
+    }
+    EFI_INPUT_KEY key;
+    if (EFI_ERROR(Quorvex_ReadKey(&key))) continue;
+    const EditorOutcome outcome = Quorvex_ClockEditor_Key(Editor, key);
+    if (outcome == EditorOutcome::Changed) DrawEditor(Editor);
+    if (outcome == EditorOutcome::Accept) {
+      result = EFI_SUCCESS;
+      break;
+    }
+    if (outcome == EditorOutcome::Abort) break;
+  }
+  if (result == EFI_SUCCESS) Quorvex_ClockEditor_FixDay(Editor);
+
+  ClockEditorOpen = 0;
+  ClockEditorActive = nullptr;
+  DrawnFocus = kNoFocus;
+  Quorvex_RestoreUnderCursor();
+  Quorvex_Restore_All_Screen();
+  Quorvex_UpdateMouse();
+  return result;
+}

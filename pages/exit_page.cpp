@@ -1,0 +1,208 @@
+// The Exit page and the global actions it shares with every page through F9,
+// F10 and Esc: leaving with or without saving, loading the defaults and the
+// battery service action. Leaving itself is the setup data service's
+// business; nothing here runs after a leave operation that does not return.
+#include "core/main_loop.h"
+#include "core/startup.h"
+#include "graphics/windows.h"
+#include "pages/page_actions.h"
+#include "pages/page_common.h"
+#include "pages/pages.h"
+#include "setup_data/exit_page_table.h"
+#include "setup_data/setup_data_wrappers.h"
+#include "setup_data/text_table.h"
+
+UINT64 AccessLevel = 4;
+
+const PageView kExitPageView = {ExitPageItems, &ExitPageItemCount, kTabExit,
+                                kStateExitTab,  kStateExitPage,     nullptr};
+
+namespace {
+
+// Asks a Yes/No question in the confirmation window; true only for Yes.
+// Lines is the number of text lines of the message (centred vertically).
+bool Confirm(const CHAR16* Message, UINT64 Lines) {
+  YesNoCaptions[0] = TextOf(TEXT(CommonYes));
+  YesNoCaptions[1] = TextOf(TEXT(CommonNo));
+  YesNoCaptions[2] = nullptr;
+  const UINT64 width = ScreenWidth * 50 / 100;
+  const UINT64 height = ScreenHeight * 25 / 100;
+  const INT64 centre = (static_cast<INT64>(height) - 40) / 2;
+  const INT64 top = centre - static_cast<INT64>(Lines * GlyphLineHeight / 2);
+  UINT64 choice = 1;
+  const EFI_STATUS status =
+      Quorvex_Choice_Window(width, height, 25, top > 0 ? static_cast<UINT64>(top) : 0, Message,
+                            YesNoCaptions, 0, &choice);
+  return status == EFI_SUCCESS && choice == 0;
+}
+
+// The platform's answer whether the battery may be disabled now.
+bool BatteryMayBeDisabled() {
+  if (AuxProtocolA == nullptr || AuxProtocolA->Operations == nullptr) return false;
+  PLATFORM_SERVICE_OPERATION ask = AuxProtocolA->Operations->Operation[kPlatformBatteryQuestion];
+  return ask != nullptr && ask() != 0;
+}
+
+// Draws the page that PageState names again, without entering its loop.
+void RedrawCurrentPage() {
+  switch (PageState) {
+  case kStateMainTab:
+    Quorvex_MainPageSelected_Draw();
+    break;
+  case kStateSecurityTab:
+    Quorvex_SecurityPageSelected_Draw();
+    break;
+  case kStatePowerTab:
+    Quorvex_PowerManagementPageSelected_Draw();
+    break;
+  case kStateAdvancedTab:
+  case kStateAdvancedSubPageTab:
+    Quorvex_AdvancedPageSelected_Draw();
+    break;
+  case kStateExitTab:
+    Quorvex_ExitPageSelected_Draw();
+    break;
+  case kStateMainPage:
+    Quorvex_Page_FocusedDraw(kMainPageView);
+    break;
+  case kStateSecurityPage:
+    Quorvex_Page_FocusedDraw(kSecurityPageView);
+    break;
+  case kStatePowerPage:
+    Quorvex_Page_FocusedDraw(kPowerManagementPageView);
+    break;
+  case kStateAdvancedPage:
+    Quorvex_Page_FocusedDraw(kAdvancedPageView);
+    break;
+  case kStateBootOrderDialog:
+    // The boot order dialog draws itself again over its own page.
+    break;
+  case kStateAdvancedSubPage:
+    Quorvex_Tab_Draw(kTabAdvanced, TabLook::PageFocus);
+    Quorvex_Page_DrawList(kSystemConfigurationPageView, true);
+    break;
+  case kStateExitPage:
+    Quorvex_Page_FocusedDraw(kExitPageView);
+    break;
+  default:
+    break;
+  }
+}
+
+}  // namespace
+
+// ---- Global actions -------------------------------------------------------------
+
+void Quorvex_StoreAllPages() {
+  Quorvex_MainPage_Store();
+  Quorvex_SecurityPage_Store();
+  Quorvex_PowerManagementPage_Store();
+  Quorvex_AdvancedPage_Store();
+  Quorvex_SystemConfigurationPage_Store();
+  Quorvex_AdvancedPage_Store2();
+}
+
+void Quorvex_RefreshAllPages() {
+  Quorvex_MainPage_Refresh();
+  Quorvex_SecurityPage_Refresh();
+  Quorvex_PowerManagementPage_Refresh();
+  Quorvex_AdvancedPage_Refresh();
+  Quorvex_SystemConfigurationPage_Refresh();
+  Quorvex_ExitPage_Refresh();
+}
+
+void Quorvex_ExitSavingChanges() {
+  if (!Confirm(TextOf(TEXT(ExitSavingChanges)), 1)) return;
+  Quorvex_StoreAllPages();
+  SetupData_save_and_leave();
+}
+
+void Quorvex_ExitDiscardingChanges() {
+  if (!Confirm(TextOf(TEXT(ExitDiscardingChanges)), 1)) return;
+  SetupData_leave_without_saving(EFI_ABORTED);
+}
+
+void Quorvex_LoadSetupDefaults() {
+  // Restricted access cannot load the defaults: no question, nothing at all.
+  if (AccessLevel > 1) return;
+  if (!Confirm(TextOf(TEXT(ExitLoadSetupDefaults)), 1)) return;
+  SetupData_load_defaults();
+  // The store now holds the defaults: bring every page's records up to date,
+  // then move the focus off rows that can no longer hold it.
+  Quorvex_PowerManagementPage_LoadValues();
+  Quorvex_AdvancedPage_LoadValues();
+  Quorvex_AdvancedPage_LoadValues2();
+  Quorvex_SystemConfigurationPage_LoadValues();
+  Quorvex_SecurityPage_LoadValues();
+  const PageView* views[] = {&kMainPageView,     &kSecurityPageView,
+                             &kPowerManagementPageView, &kAdvancedPageView,
+                             &kSystemConfigurationPageView, &kExitPageView};
+  for (const PageView* view : views) FixFocus(view->Items, *view->Count);
+  Quorvex_RefreshAllPages();
+  RedrawCurrentPage();
+}
+
+void Quorvex_DisableBatteryAndPowerOff() {
+  if (!Confirm(TextOf(TEXT(ExitDisableBatteryConfirm)), 3)) return;
+  if (!BatteryMayBeDisabled()) return;
+  Quorvex_StoreAllPages();
+  SetupData_save_battery_off_and_power_off();
+}
+
+// ---- Item actions ---------------------------------------------------------------
+
+void Quorvex_ExitPage_SaveChanges(SetupItem*) { Quorvex_ExitSavingChanges(); }
+void Quorvex_ExitPage_DiscardChanges(SetupItem*) { Quorvex_ExitDiscardingChanges(); }
+void Quorvex_ExitPage_LoadDefaults(SetupItem*) { Quorvex_LoadSetupDefaults(); }
+void Quorvex_ExitPage_DisableBattery(SetupItem*) { Quorvex_DisableBatteryAndPowerOff(); }
+
+// ---- Page routines --------------------------------------------------------------
+
+void Quorvex_ExitPage_Prepare() {
+  for (UINT64 i = 0; i < ExitPageItemCount; ++i) ExitPageItems[i].Present = 1;
+}
+
+void Quorvex_ExitPage_Init() {
+  SetupItem& battery = ExitPageItems[ExitRowDisableBattery];
+  battery.Present = SetupData_ReadValue_battery_disable_present() != 0 ? 1 : 0;
+  Quorvex_Page_HideAbsent(ExitPageItems, ExitPageItemCount);
+}
+
+// The access level: 0 with supervisor access; otherwise 1, 2 or 3 by the
+// BIOS access rights; 3 whenever the platform's restriction holds.
+void Quorvex_ExitPage_Init2() {
+  if (SetupData_ReadValue_supervisor_access() == 1) {
+    AccessLevel = 0;
+  } else {
+    const INT64 rights = SetupData_ReadValue_bios_access_rights();
+    // An answer outside 0-2 is treated as the most restricted level.
+    AccessLevel = (rights >= 0 && rights <= 2) ? static_cast<UINT64>(rights) + 1 : 3;
+  }
+  if (SetupData_ReadValue_restricted_condition() != 0) AccessLevel = 3;
+}
+
+void Quorvex_ExitPage_Refresh() {
+  SetupItem& defaults = ExitPageItems[ExitRowLoadDefaults];
+  SetGrey(defaults, AccessLevel > 1);
+  FixFocus(ExitPageItems, ExitPageItemCount);
+}
+
+void Quorvex_ExitPage_Layout() {
+  for (UINT64 i = 0; i < ExitPageItemCount; ++i) {
+    ExitPageItems[i].Width = ScreenWidth * 2 / 4 - 100;
+    ExitPageItems[i].Height = kExitRowHeight;
+    ExitPageItems[i].Gap = kExitRowGap;
+  }
+}
+
+void Quorvex_ExitPage_Store() {}
+
+void Quorvex_ExitPageSelected_Draw() { Quorvex_Page_HighlightedDraw(kExitPageView); }
+
+void Quorvex_ExitPageNotSelected_Draw() { Quorvex_Page_NotSelectedDraw(kExitPageView); }
+
+void Quorvex_ExitPage_Enter() {
+  Quorvex_Page_FocusedDraw(kExitPageView);
+  if (ActionBusy != 0) return;
+  Quorvex_Page_KeyLoop(kExitPageView, PageLoopHooks{});
+}

@@ -1,0 +1,352 @@
+// The parts every page shares: tab drawing, list drawing, the item key loop,
+// list paging, drop-down lists and option toggles.
+#include "pages/page_common.h"
+
+#include "core/main_loop.h"
+#include "core/startup.h"
+#include "graphics/background.h"
+#include "graphics/colours.h"
+#include "graphics/draw_util.h"
+#include "graphics/item_list.h"
+#include "graphics/text_draw.h"
+#include "input/mouse.h"
+#include "pages/clock_editor.h"
+#include "pages/page_actions.h"
+#include "pages/sysconfig_page.h"
+#include "pages/pages.h"
+#include "platform/lib.h"
+#include "setup_data/text_table.h"
+
+namespace {
+
+struct TabInfo {
+  const CHAR16* Caption;
+  UINT64 CaptionWidth;
+};
+
+// The tab's own left-band pixels, saved from the screen the first time the
+// tab is drawn (before anything is drawn over it) and put back for the
+// not-selected look.
+struct SavedTab {
+  EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Pixels;
+  UINT64 Width;
+};
+constinit SavedTab SavedTabs[kTabCount] = {};
+
+constexpr UINT64 kCaptionLeft = 20;
+constexpr UINT64 kCaptionOffset = 30;
+constexpr UINT64 kCaptionHeight = 20;
+
+TabInfo TabInfoOf(UINT32 Tab) {
+  switch (Tab) {
+  case kTabMain:
+    return {TEXT(CommonTabMain), 100};
+  case kTabSecurity:
+    return {TEXT(CommonTabSecurity), 100};
+  case kTabPower:
+    return {TEXT(CommonTabPowerManagement), 200};
+  case kTabAdvanced:
+    return {TEXT(CommonTabAdvanced), 100};
+  default:
+    return {TEXT(CommonTabExit), 100};
+  }
+}
+
+void SaveTabPixels(UINT32 Tab) {
+  SavedTab& saved = SavedTabs[Tab];
+  if (saved.Pixels != nullptr && saved.Width == TabWidth) return;
+  if (saved.Pixels != nullptr) Quorvex_FreePool(saved.Pixels);
+  saved.Width = 0;
+  saved.Pixels = static_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(
+      Quorvex_AllocatePool(TabWidth * kTabHeight * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL)));
+  if (saved.Pixels == nullptr) return;
+  saved.Width = TabWidth;
+  Quorvex_Blt(saved.Pixels, EfiBltVideoToBltBuffer, kTabLeft, TabTop(Tab), 0, 0, TabWidth,
+              kTabHeight, 0);
+}
+
+}  // namespace
+
+void Quorvex_Tab_Draw(UINT32 Tab, TabLook Look) {
+  if (Tab >= kTabCount || GraphicsOutput == nullptr) return;
+  const TabInfo info = TabInfoOf(Tab);
+  const UINT64 top = TabTop(Tab);
+  CursorHiddenOver cursor(0, top, kTabLeft + TabWidth, kTabHeight);
+  SaveTabPixels(Tab);
+
+  EFI_GRAPHICS_OUTPUT_BLT_PIXEL text = Pixel(kColourDarkText);
+  switch (Look) {
+  case TabLook::Highlighted:
+    Quorvex_FillRect(kTabLeft, top, TabWidth, kTabHeight, kColourAccent);
+    text = Pixel(kColourWhite);
+    break;
+  case TabLook::PageFocus:
+    Quorvex_FillRect(kTabLeft, top, TabWidth, kTabHeight, kColourTabSelected);
+    break;
+  case TabLook::NotSelected:
+    if (SavedTabs[Tab].Pixels != nullptr) {
+      Quorvex_Blt(SavedTabs[Tab].Pixels, EfiBltBufferToVideo, 0, 0, kTabLeft, top,
+                  SavedTabs[Tab].Width, kTabHeight, 0);
+    }
+    break;
+  }
+  Quorvex_DrawString(TextOf(info.Caption), text, kTransparent, kCaptionLeft, top + kCaptionOffset,
+                     info.CaptionWidth, kCaptionHeight);
+}
+
+void Quorvex_Tabs_Reset() {
+  for (SavedTab& saved : SavedTabs) saved = {};
+}
+
+const PageView* Quorvex_Page_ViewOf(const SetupItem* Items) {
+  const PageView* views[] = {&kMainPageView,     &kSecurityPageView,
+                             &kPowerManagementPageView, &kAdvancedPageView,
+                             &kSystemConfigurationPageView, &kExitPageView};
+  for (const PageView* view : views) {
+    if (view->Items == Items) return view;
+  }
+  return nullptr;
+}
+
+void Quorvex_Page_DrawList(const PageView& View, bool Focused) {
+  if (View.BeforeDraw != nullptr) View.BeforeDraw();
+  Quorvex_Draw_Item_List(View.Items, *View.Count, Focused ? 1 : 0);
+}
+
+void Quorvex_Page_HighlightedDraw(const PageView& View) {
+  Quorvex_Tab_Draw(View.Tab, TabLook::Highlighted);
+  if (View.BeforeDraw != nullptr) View.BeforeDraw();
+  FixFocus(View.Items, *View.Count);
+  Quorvex_Draw_Item_List(View.Items, *View.Count, 0);
+  Quorvex_ItemHelp_Draw(u"");
+}
+
+void Quorvex_Page_FocusedDraw(const PageView& View) {
+  Quorvex_Tab_Draw(View.Tab, TabLook::PageFocus);
+  Quorvex_Page_DrawList(View, true);
+}
+
+void Quorvex_Page_RedrawScreen(const PageView& View) {
+  Quorvex_RestoreUnderCursor();
+  Quorvex_BackGround_Draw();
+  Quorvex_UpdateMouse();
+  for (UINT32 tab = kTabMain; tab < kTabCount; ++tab) {
+    if (tab != View.Tab) Quorvex_Tab_Draw(tab, TabLook::NotSelected);
+  }
+  Quorvex_Page_FocusedDraw(View);
+}
+
+void Quorvex_Page_NotSelectedDraw(const PageView& View) {
+  Quorvex_Tab_Draw(View.Tab, TabLook::NotSelected);
+}
+
+namespace {
+
+// The list page holding the focused row, and the row range of page Index.
+struct ListPages {
+  UINT64 Starts[kMaxItemPages];
+  UINT64 PageCount;
+  UINT64 Current;
+};
+
+bool FindListPages(const SetupItem* Items, UINT64 Count, ListPages* Pages) {
+  UINT64 first = 0;
+  UINT64 end = 0;
+  Pages->PageCount = Quorvex_Item_Pages(Items, Count, &first, &end, Pages->Starts);
+  if (Pages->PageCount < 2 || Pages->PageCount > kMaxItemPages) return false;
+  Pages->Current = 0;
+  for (UINT64 page = 0; page < Pages->PageCount; ++page) {
+    if (Pages->Starts[page] == first) Pages->Current = page;
+  }
+  return true;
+}
+
+bool FocusFirstOnPage(SetupItem* Items, UINT64 Count, const ListPages& Pages, UINT64 Page) {
+  const UINT64 begin = Pages.Starts[Page];
+  const UINT64 end = Page + 1 < Pages.PageCount ? Pages.Starts[Page + 1] : Count;
+  for (UINT64 row = begin; row < end && row < Count; ++row) {
+    if (!ItemFocusable(Items[row])) continue;
+    const UINT64 old = SelectedIndex(Items, Count);
+    if (old < Count) Items[old].Selected = 0;
+    Items[row].Selected = 1;
+    return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+bool Quorvex_Page_ListPageUp(SetupItem* Items, UINT64 Count) {
+  ListPages pages;
+  if (!FindListPages(Items, Count, &pages) || pages.Current == 0) return false;
+  return FocusFirstOnPage(Items, Count, pages, pages.Current - 1);
+}
+
+bool Quorvex_Page_ListPageDown(SetupItem* Items, UINT64 Count) {
+  ListPages pages;
+  if (!FindListPages(Items, Count, &pages) || pages.Current + 1 >= pages.PageCount) return false;
+  return FocusFirstOnPage(Items, Count, pages, pages.Current + 1);
+}
+
+bool Quorvex_Page_HandleKey(const PageView& View, const PageLoopHooks& Hooks,
+                            const EFI_INPUT_KEY& Key) {
+  SetupItem* items = View.Items;
+  const UINT64 count = *View.Count;
+  if (Hooks.PageKey != nullptr && Hooks.PageKey(Key)) return PageState == View.InsideState;
+  switch (Key.ScanCode) {
+  case SCAN_UP:
+    SelectPrevious(items, count);
+    Quorvex_Page_DrawList(View, true);
+    break;
+  case SCAN_DOWN:
+    SelectNext(items, count);
+    Quorvex_Page_DrawList(View, true);
+    break;
+  case SCAN_PAGE_UP:
+    Quorvex_Page_ListPageUp(items, count);
+    Quorvex_Page_DrawList(View, true);
+    break;
+  case SCAN_PAGE_DOWN:
+    Quorvex_Page_ListPageDown(items, count);
+    Quorvex_Page_DrawList(View, true);
+    break;
+  case SCAN_LEFT:
+    if (Hooks.Leave != nullptr) {
+      Hooks.Leave();
+    } else {
+      PageState = View.TabState;
+      Quorvex_Page_HighlightedDraw(View);
+    }
+    return false;
+  default:
+    Quorvex_GlobalKey(Key);
+    break;
+  }
+  if (Key.UnicodeChar == CHAR_CARRIAGE_RETURN && PageState == View.InsideState) {
+    if (Hooks.Activate != nullptr) {
+      Hooks.Activate();
+    } else {
+      ActivateSelected(items, count);
+    }
+    if (Hooks.AfterActivate != nullptr) Hooks.AfterActivate();
+    if (PageState == View.InsideState) Quorvex_Page_DrawList(View, true);
+  }
+  return PageState == View.InsideState;
+}
+
+void Quorvex_Page_KeyLoop(const PageView& View, const PageLoopHooks& Hooks) {
+  FlushKeys();
+  Quorvex_MouseDrain();
+  while (PageState == View.InsideState) {
+    Quorvex_MousePoll();
+    if (PageState != View.InsideState) break;
+    if (Hooks.EachPass != nullptr) Hooks.EachPass();
+    EFI_INPUT_KEY key;
+    if (EFI_ERROR(Quorvex_ReadKey(&key))) continue;
+    if (!Quorvex_Page_HandleKey(View, Hooks, key)) break;
+  }
+}
+
+UINT64 Quorvex_OptionCount(const CHAR16* const* Options) {
+  UINT64 count = 0;
+  if (Options == nullptr) return 0;
+  while (Options[count] != nullptr) ++count;
+  return count;
+}
+
+UINT64 DropDownSavedValue;
+
+bool Quorvex_Page_DropDown(const PageView& View, SetupItem& Item) {
+  const UINT64 options = Quorvex_OptionCount(Item.Options);
+  if (Item.Kind != ItemDropDown || options == 0 || Item.GreyedOut != 0) return false;
+  DropDownSavedValue = Item.Data;
+  SetItemState(Item, 1);
+  Quorvex_Page_DrawList(View, true);
+  FlushKeys();
+  Quorvex_MouseDrain();
+
+  bool kept = true;
+  while (PageState == View.InsideState && ActionBusy != 0 && ItemListOpen(Item) &&
+         Item.GreyedOut == 0) {
+    Quorvex_MousePoll();
+    EFI_INPUT_KEY key;
+    if (EFI_ERROR(Quorvex_ReadKey(&key))) continue;
+    if (key.ScanCode == SCAN_UP) {
+      if (Item.Data > 0) --Item.Data;
+      if (Item.Data >= options) Item.Data = options - 1;
+      Quorvex_Page_DrawList(View, true);
+    } else if (key.ScanCode == SCAN_DOWN) {
+      if (Item.Data + 1 < options) ++Item.Data;
+      Quorvex_Page_DrawList(View, true);
+    } else if (key.ScanCode == SCAN_ESC) {
+      Item.Data = DropDownSavedValue;
+      kept = false;
+      break;
+    } else if (key.ScanCode == SCAN_F9) {
+      Quorvex_LoadSetupDefaults();
+      // The defaulted value is what Esc now goes back to.
+      DropDownSavedValue = Item.Data;
+    } else if (key.ScanCode == SCAN_F1 || key.ScanCode == SCAN_F10) {
+      Quorvex_GlobalKey(key);
+    } else if (key.UnicodeChar == CHAR_CARRIAGE_RETURN) {
+      break;
+    }
+  }
+  SetItemState(Item, 0);
+  if (PageState == View.InsideState) Quorvex_Page_DrawList(View, true);
+  return kept;
+}
+
+void Quorvex_Page_Toggle(SetupItem& Item) {
+  if (Item.GreyedOut != 0) return;
+  SetItemState(Item, ItemState(Item) == 0 ? 1 : 0);
+}
+
+void Quorvex_Page_HideAbsent(SetupItem* Items, UINT64 Count) {
+  for (UINT64 i = 0; i < Count; ++i) Items[i].Hidden = Items[i].Present == 0 ? 1 : 0;
+}
+
+void Quorvex_Page_GreyByAccessLevel(SetupItem* Items, UINT64 Count) {
+  if (AccessLevel > 3) return;
+  const bool grey = AccessLevel >= 2;
+  for (UINT64 i = 0; i < Count; ++i) SetGrey(Items[i], grey);
+}
+
+void Quorvex_Page_CloseLists(SetupItem* Items, UINT64 Count) {
+  for (UINT64 i = 0; i < Count; ++i) {
+    if (Items[i].Kind == ItemDropDown) SetItemState(Items[i], 0);
+  }
+}
+
+// ---- Actions shared by the option pages -------------------------------------------
+
+void Quorvex_Page_ToggleOption(SetupItem* Page) {
+  const PageView* view = Quorvex_Page_ViewOf(Page);
+  if (view == nullptr) return;
+  const UINT64 row = SelectedIndex(view->Items, *view->Count);
+  if (row >= *view->Count) return;
+  SetupItem& item = view->Items[row];
+  if (item.Kind != ItemOptionCycle || !ItemFocusable(item)) return;
+  Quorvex_Page_Toggle(item);
+}
+
+void Quorvex_Page_OpenDropDown(SetupItem* Page) {
+  const PageView* view = Quorvex_Page_ViewOf(Page);
+  if (view == nullptr) return;
+  const UINT64 row = SelectedIndex(view->Items, *view->Count);
+  if (row >= *view->Count) return;
+  SetupItem& item = view->Items[row];
+  if (item.Kind != ItemDropDown || !ItemFocusable(item)) return;
+  Quorvex_Page_DropDown(*view, item);
+}
+
+void Quorvex_Pages_ForgetModalState() {
+  ClockEditorOpen = 0;
+  ClockEditorAccept = 0;
+  ClockEditorActive = nullptr;
+  SubPageActionBusy = 0;
+  const PageView* views[] = {&kMainPageView,     &kSecurityPageView,
+                             &kPowerManagementPageView, &kAdvancedPageView,
+                             &kSystemConfigurationPageView, &kExitPageView};
+  for (const PageView* view : views) Quorvex_Page_CloseLists(view->Items, *view->Count);
+}

@@ -1,0 +1,150 @@
+// What every page module shares: its tab in the left band, its item list
+// drawn focused or not, the item key loop, list paging, drop-down lists and
+// option toggles. Each page supplies a PageView describing its own array,
+// tab and states.
+#pragma once
+
+#include "platform/efi.h"
+#include "setup_data/setup_item.h"
+
+// ---- Tab column -------------------------------------------------------------
+enum PageTab : UINT32 { kTabMain, kTabSecurity, kTabPower, kTabAdvanced, kTabExit, kTabCount };
+enum class TabLook {
+  Highlighted,  // the tab column has the focus on this tab
+  PageFocus,    // the page's items have the focus
+  NotSelected,  // another tab is current
+};
+// Top edge of a tab: 260, 340, 420, 500, 580.
+constexpr UINT64 TabTop(UINT32 Tab) { return 260 + 80 * static_cast<UINT64>(Tab); }
+constexpr UINT64 kTabHeight = 80;
+constexpr UINT64 kTabLeft = 3;
+void Quorvex_Tab_Draw(UINT32 Tab, TabLook Look);
+// Host tests: forget the saved tab pixels (the firmware that held them is
+// gone; nothing is freed).
+void Quorvex_Tabs_Reset();
+
+// A restart can abandon a modal dialog half way: forget its state.
+void Quorvex_Pages_ForgetModalState();
+
+// ---- A page's items ---------------------------------------------------------
+struct PageView {
+  SetupItem* Items;
+  const UINT64* Count;
+  UINT32 Tab;
+  UINT32 TabState;     // PageState with the tab highlighted
+  UINT32 InsideState;  // PageState while the items have the focus
+  // Brings option texts and dependent rows up to date before a draw; may be
+  // null.
+  void (*BeforeDraw)();
+};
+
+// The view of an item array (item actions receive only the array).
+const PageView* Quorvex_Page_ViewOf(const SetupItem* Items);
+
+// Draws the item list, after the page's BeforeDraw.
+void Quorvex_Page_DrawList(const PageView& View, bool Focused);
+// Tab highlighted, the focus moved off a row that cannot hold it, the list
+// unfocused and the item help cleared.
+void Quorvex_Page_HighlightedDraw(const PageView& View);
+// Tab in its page-focus look and the list focused.
+void Quorvex_Page_FocusedDraw(const PageView& View);
+// The whole screen again: background, every other tab not selected and this
+// page with the focus on its items.
+void Quorvex_Page_RedrawScreen(const PageView& View);
+// Not-selected look of the tab.
+void Quorvex_Page_NotSelectedDraw(const PageView& View);
+
+// ---- Pointer ------------------------------------------------------------------
+// The click handler shared by the list pages: the open drop-down list's
+// options, the page's tab in the tab column, and its item rows (a first click
+// selects, a click on the selected row activates it). Enter runs the page
+// with the focus on its items; Hooks as for the key loop.
+struct PageClickHooks {
+  void (*SelectedDraw)();
+  void (*NotSelectedDraw)();
+  void (*Enter)();
+  void (*Activate)();       // null: ActivateSelected
+  void (*AfterActivate)();  // may be null
+};
+EFI_STATUS Quorvex_Page_Click(const PageView& View, const PageClickHooks& Hooks);
+// A click on the options of the view's open drop-down list; EFI_ABORTED when
+// no list of the view is open.
+EFI_STATUS Quorvex_Page_DropDownClick(const PageView& View);
+// True while a modal window or an item action owns the pointer.
+bool Quorvex_Page_PointerBusy();
+
+// ---- Key loop -----------------------------------------------------------------
+struct PageLoopHooks {
+  // Runs at the start of every pass (after the pointer poll); may be null.
+  void (*EachPass)();
+  // Page-specific keys; returns true when it used the key. May be null.
+  bool (*PageKey)(const EFI_INPUT_KEY& Key);
+  // Enter: runs instead of ActivateSelected when set.
+  void (*Activate)();
+  // Runs after the selected item's action; may be null.
+  void (*AfterActivate)();
+  // Left: leaves the items. Null: PageState := TabState and the highlighted
+  // draw.
+  void (*Leave)();
+};
+// Runs the item loop while PageState is the view's InsideState.
+void Quorvex_Page_KeyLoop(const PageView& View, const PageLoopHooks& Hooks);
+
+// One key of the item loop; returns false when the loop must end.
+bool Quorvex_Page_HandleKey(const PageView& View, const PageLoopHooks& Hooks,
+                            const EFI_INPUT_KEY& Key);
+
+// Moves the focus to the first focusable row of the previous / next list page
+// (the drawer shows the list page that holds the focused row). Returns true
+// when the focus moved.
+bool Quorvex_Page_ListPageUp(SetupItem* Items, UINT64 Count);
+bool Quorvex_Page_ListPageDown(SetupItem* Items, UINT64 Count);
+
+// ---- Controls -------------------------------------------------------------------
+UINT64 Quorvex_OptionCount(const CHAR16* const* Options);
+// Opens the drop-down list of a kind-4 row and runs it: Up/Down change the
+// index (no wrap), Enter keeps it, Esc restores the index held at opening,
+// F1/F9/F10 as on the page. Returns true when the index was kept.
+bool Quorvex_Page_DropDown(const PageView& View, SetupItem& Item);
+// The index the open drop-down list had when it opened (Esc and a click off
+// its options go back to it).
+extern UINT64 DropDownSavedValue;
+// Flips an option row between off and on.
+void Quorvex_Page_Toggle(SetupItem& Item);
+inline UINT8 ItemState(const SetupItem& Item) { return static_cast<UINT8>(Item.Value); }
+inline void SetItemState(SetupItem& Item, UINT8 State) {
+  Item.Value = (Item.Value & ~0xFFull) | State;
+}
+inline bool ItemListOpen(const SetupItem& Item) { return (Item.Value & 0xFF) != 0; }
+
+// Reads a setting of width T into an item word: the word keeps its value when
+// the read fails.
+template <typename T, typename Getter> inline void ReadIntoWord(UINT64* Word, Getter Get) {
+  T value = static_cast<T>(*Word);
+  Get(&value);
+  *Word = static_cast<UINT64>(value);
+}
+
+// Flag changes that respect the Present byte.
+inline void SetGrey(SetupItem& Item, bool Grey) {
+  if (Item.Present != 0) Item.GreyedOut = Grey ? 1 : 0;
+}
+inline void SetHidden(SetupItem& Item, bool Hide) {
+  if (Item.Present != 0) Item.Hidden = Hide ? 1 : 0;
+}
+// Closes every drop-down list of a page (a list is never open when a page is
+// first drawn).
+void Quorvex_Page_CloseLists(SetupItem* Items, UINT64 Count);
+// Every row not present is hidden, every present row shown.
+void Quorvex_Page_HideAbsent(SetupItem* Items, UINT64 Count);
+// Access level rule shared by the option pages: levels 0 and 1 ungrey every
+// present row, 2 and 3 grey it.
+void Quorvex_Page_GreyByAccessLevel(SetupItem* Items, UINT64 Count);
+
+// The views of the six item lists (defined by their page modules).
+extern const PageView kMainPageView;
+extern const PageView kSecurityPageView;
+extern const PageView kPowerManagementPageView;
+extern const PageView kAdvancedPageView;
+extern const PageView kSystemConfigurationPageView;
+extern const PageView kExitPageView;

@@ -1,0 +1,91 @@
+// Memory copy, fill and compare. In the UEFI image they run on the string
+// instructions; on the host they go through the C library so that the
+// AddressSanitizer sees every access. The UEFI image also gets the C routines
+// the compiler emits calls to (memcpy, memset, memmove, memcmp) and _fltused.
+#include "platform/lib.h"
+
+#if defined(_WIN32)
+
+void MemCopy(void* Destination, const void* Source, UINTN Length) {
+  asm volatile("rep movsb" : "+D"(Destination), "+S"(Source), "+c"(Length) : : "memory");
+}
+
+void MemMove(void* Destination, const void* Source, UINTN Length) {
+  UINT8* d = static_cast<UINT8*>(Destination);
+  const UINT8* s = static_cast<const UINT8*>(Source);
+  if (d == s || Length == 0) return;
+  if (d < s || d >= s + Length) {
+    MemCopy(d, s, Length);
+    return;
+  }
+  // Overlap with the destination above the source: copy backwards.
+  const UINT8* last_s = s + Length - 1;
+  UINT8* last_d = d + Length - 1;
+  asm volatile("std\n\trep movsb\n\tcld" : "+D"(last_d), "+S"(last_s), "+c"(Length) : : "memory");
+}
+
+void MemFill(void* Buffer, UINT8 Value, UINTN Length) {
+  asm volatile("rep stosb" : "+D"(Buffer), "+c"(Length) : "a"(Value) : "memory");
+}
+
+void MemFill32(void* Buffer, UINT32 Value, UINTN Count) {
+  asm volatile("rep stosl" : "+D"(Buffer), "+c"(Count) : "a"(Value) : "memory");
+}
+
+extern "C" {
+void* memcpy(void* Destination, const void* Source, size_t Length) {
+  MemCopy(Destination, Source, Length);
+  return Destination;
+}
+void* memmove(void* Destination, const void* Source, size_t Length) {
+  MemMove(Destination, Source, Length);
+  return Destination;
+}
+void* memset(void* Buffer, int Value, size_t Length) {
+  MemFill(Buffer, static_cast<UINT8>(Value), Length);
+  return Buffer;
+}
+int memcmp(const void* A, const void* B, size_t Length) {
+  const INTN r = MemCompare(A, B, Length);
+  return r < 0 ? -1 : (r > 0 ? 1 : 0);
+}
+// The Microsoft toolchain convention: present when floating point is used.
+int _fltused = 0;
+}
+
+#else
+
+void MemCopy(void* Destination, const void* Source, UINTN Length) {
+  if (Length) __builtin_memcpy(Destination, Source, Length);
+}
+
+void MemMove(void* Destination, const void* Source, UINTN Length) {
+  if (Length) __builtin_memmove(Destination, Source, Length);
+}
+
+void MemFill(void* Buffer, UINT8 Value, UINTN Length) {
+  if (Length) __builtin_memset(Buffer, Value, Length);
+}
+
+void MemFill32(void* Buffer, UINT32 Value, UINTN Count) {
+  UINT32* p = static_cast<UINT32*>(Buffer);
+  for (UINTN i = 0; i < Count; ++i) p[i] = Value;
+}
+
+#endif
+
+INTN MemCompare(const void* A, const void* B, UINTN Length) {
+  const UINT8* a = static_cast<const UINT8*>(A);
+  const UINT8* b = static_cast<const UINT8*>(B);
+  for (UINTN i = 0; i < Length; ++i) {
+    if (a[i] != b[i]) return static_cast<INTN>(a[i]) - static_cast<INTN>(b[i]);
+  }
+  return 0;
+}
+
+void MemWipe(void* Buffer, UINTN Length) {
+  volatile UINT8* p = static_cast<volatile UINT8*>(Buffer);
+  for (UINTN i = 0; i < Length; ++i) p[i] = 0;
+  // Keep the stores even if the buffer is freed right after.
+  asm volatile("" : : "r"(Buffer) : "memory");
+}

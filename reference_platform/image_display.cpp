@@ -1,0 +1,152 @@
+#include "reference_platform/image_display.h"
+
+#include "platform/lib.h"
+#include "reference_platform/image_decode.h"
+#include "reference_platform/platform_context.h"
+#include "reference_platform/store.h"
+
+namespace {
+
+constexpr UINTN kCacheEntries = 8;
+
+struct CacheEntry {
+  const void* Data;
+  UINT64 Size;
+  UINT32 Checksum;
+  UINT64 LastUse;
+  DecodedImage Image;
+};
+
+constinit CacheEntry gCache[kCacheEntries] = {};
+constinit UINT64 gUseClock = 0;
+constinit UINT64 gDecodeCount = 0;
+
+// The picture decoded, from the cache or freshly. A changed picture at the
+// same address is caught by its checksum.
+EFI_STATUS Decoded(const void* Data, UINT64 Size, const DecodedImage** Image) {
+  const UINT32 checksum = Store_Crc32(Data, Size);
+  CacheEntry* victim = &gCache[0];
+  for (CacheEntry& entry : gCache) {
+    if (entry.Image.Pixels && entry.Data == Data && entry.Size == Size &&
+        entry.Checksum == checksum) {
+      entry.LastUse = ++gUseClock;
+      *Image = &entry.Image;
+      return EFI_SUCCESS;
+    }
+    if (!entry.Image.Pixels) {
+      if (victim->Image.Pixels) victim = &entry;
+    } else if (victim->Image.Pixels && entry.LastUse < victim->LastUse) {
+      victim = &entry;
+    }
+  }
+  DecodedImage fresh;
+  const EFI_STATUS status = ImageDecode_Decode(Data, Size, &fresh);
+  if (EFI_ERROR(status)) return status;
+  ++gDecodeCount;
+  ImageDecode_Release(&victim->Image);
+  victim->Data = Data;
+  victim->Size = Size;
+  victim->Checksum = checksum;
+  victim->LastUse = ++gUseClock;
+  victim->Image = fresh;
+  *Image = &victim->Image;
+  return EFI_SUCCESS;
+}
+
+EFI_GRAPHICS_OUTPUT_PROTOCOL* LocateGop() {
+  if (!PlatformBootServices || !PlatformBootServices->LocateProtocol) return nullptr;
+  void* interface = nullptr;
+  if (EFI_ERROR(PlatformBootServices->LocateProtocol(&kGraphicsOutputGuid, nullptr, &interface)))
+    return nullptr;
+  return static_cast<EFI_GRAPHICS_OUTPUT_PROTOCOL*>(interface);
+}
+
+UINT32 Blend(UINT32 Source, UINT32 Backdrop, UINT32 Alpha) {
+  return (Source * Alpha + Backdrop * (255 - Alpha)) / 255;
+}
+
+EFI_STATUS Draw(const void* Data, UINT64 Size, UINT64 X, UINT64 Y, ImageFormat Format) {
+  if (!Data || Size == 0) return EFI_INVALID_PARAMETER;
+  if (ImageDecode_Format(Data, Size) != Format) return EFI_UNSUPPORTED;
+  EFI_GRAPHICS_OUTPUT_PROTOCOL* gop = LocateGop();
+  if (!gop || !gop->Blt) return EFI_NOT_FOUND;
+  if (!gop->Mode || !gop->Mode->Info) return EFI_DEVICE_ERROR;
+  const DecodedImage* image = nullptr;
+  const EFI_STATUS decoded = Decoded(Data, Size, &image);
+  if (EFI_ERROR(decoded)) return decoded;
+
+  const UINT64 screen_width = gop->Mode->Info->HorizontalResolution;
+  const UINT64 screen_height = gop->Mode->Info->VerticalResolution;
+  if (X >= screen_width || Y >= screen_height) return EFI_SUCCESS; // wholly off screen
+  const UINT64 width = image->Width < screen_width - X ? image->Width : screen_width - X;
+  const UINT64 height = image->Height < screen_height - Y ? image->Height : screen_height - Y;
+
+  QUORVEX_POOL_ARRAY(EFI_GRAPHICS_OUTPUT_BLT_PIXEL, area, width * height);
+  if (!area) return EFI_OUT_OF_RESOURCES;
+  if (image->HasAlpha) {
+    const EFI_STATUS read = gop->Blt(gop, area.get(), EfiBltVideoToBltBuffer, X, Y, 0, 0, width,
+                                     height, width * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
+    if (EFI_ERROR(read)) return read;
+  }
+  for (UINT64 row = 0; row < height; ++row) {
+    const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* source = image->Pixels + row * image->Width;
+    EFI_GRAPHICS_OUTPUT_BLT_PIXEL* target = area.get() + row * width;
+    for (UINT64 column = 0; column < width; ++column) {
+      const EFI_GRAPHICS_OUTPUT_BLT_PIXEL s = source[column];
+      EFI_GRAPHICS_OUTPUT_BLT_PIXEL& d = target[column];
+      if (!image->HasAlpha) {
+        d = {s.Blue, s.Green, s.Red, 0};
+      } else {
+        const UINT32 alpha = s.Reserved;
+        d.Blue = static_cast<UINT8>(Blend(s.Blue, d.Blue, alpha));
+        d.Green = static_cast<UINT8>(Blend(s.Green, d.Green, alpha));
+        d.Red = static_cast<UINT8>(Blend(s.Red, d.Red, alpha));
+      }
+    }
+  }
+  return gop->Blt(gop, area.get(), EfiBltBufferToVideo, 0, 0, X, Y, width, height,
+                  width * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
+}
+
+EFI_STATUS EFIAPI GetSize(const void* Data, UINT64 Size, UINT64* Width, UINT64* Height) {
+  if (!Width || !Height) return EFI_INVALID_PARAMETER;
+  UINT32 w = 0, h = 0;
+  const EFI_STATUS status = ImageDecode_Info(Data, Size, &w, &h);
+  if (EFI_ERROR(status)) return status;
+  *Width = w;
+  *Height = h;
+  return EFI_SUCCESS;
+}
+
+EFI_STATUS EFIAPI DrawJpeg(const void* Data, UINT32 Size, UINT64 X, UINT64 Y) {
+  return Draw(Data, Size, X, Y, ImageFormatJpeg);
+}
+
+EFI_STATUS EFIAPI DrawPng(const void* Data, UINT64 Size, UINT64 X, UINT64 Y) {
+  return Draw(Data, Size, X, Y, ImageFormatPng);
+}
+
+constinit ImageDisplayOperations gOperations = {GetSize, DrawJpeg, DrawPng};
+constinit ImageDisplayProtocol gProtocol = {1, nullptr, &gOperations};
+
+} // namespace
+
+ImageDisplayProtocol* ImageDisplay_Instance() {
+  return &gProtocol;
+}
+
+EFI_STATUS ImageDisplay_Install() {
+  return Platform_InstallOnNewHandle(kImageDisplayGuid, &gProtocol);
+}
+
+void ImageDisplay_ClearCache() {
+  for (CacheEntry& entry : gCache) {
+    ImageDecode_Release(&entry.Image);
+    entry.Data = nullptr;
+    entry.Size = 0;
+  }
+}
+
+UINT64 ImageDisplay_DecodeCount() {
+  return gDecodeCount;
+}

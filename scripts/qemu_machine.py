@@ -1,0 +1,228 @@
+"""Boots an EFI system partition directory in QEMU (q35, OVMF, ramfb, USB
+keyboard and tablet) and drives it over QMP. Used by scripts/run-qemu and the
+end-to-end tests.
+
+The OVMF variable store is a copy made per machine, so a guest reset inside
+one run keeps what the guest wrote, while every new run starts clean (unless
+keep_vars is given).
+"""
+import os
+import shutil
+import socket
+import subprocess
+import tempfile
+import time
+
+import pngread
+from qmp import Qmp
+
+OVMF_DIR = "/usr/share/OVMF"
+OVMF_CODE = os.path.join(OVMF_DIR, "OVMF_CODE.fd")
+OVMF_VARS = os.path.join(OVMF_DIR, "OVMF_VARS.fd")
+
+PAGE_COLOUR = 0xEBF1FA
+RIGHT_COLUMN_COLOUR = 0xD8E1F2
+
+
+class MachineError(RuntimeError):
+    pass
+
+
+def accelerator():
+    """QEMU's accelerator: TCG unless QUORVEX_QEMU_ACCEL names another (kvm).
+    TCG is the default because KVM is not usable everywhere /dev/kvm exists
+    (nested virtualisation), and a failing KVM aborts QEMU or the guest."""
+    return os.environ.get("QUORVEX_QEMU_ACCEL", "tcg")
+
+
+def free_vnc_display():
+    for n in range(0, 100):
+        s = socket.socket()
+        try:
+            s.bind(("127.0.0.1", 5900 + n))
+            return n
+        except OSError:
+            continue
+        finally:
+            s.close()
+    raise MachineError("no free VNC port in 5900-5999")
+
+
+def utility_drawn(img):
+    """True when the utility's screen is up: the page area and the right
+    column show their colours. The page-area probe lies right of and below
+    every page's items (the centre of the screen holds Main page text)."""
+    w, h = img.width, img.height
+    if w < 8 or h < 16:
+        return False
+    return img.pixel(3 * w // 4 - 20, h - 20) == PAGE_COLOUR and \
+        img.pixel(7 * w // 8, 10) == RIGHT_COLUMN_COLOUR
+
+
+class Machine:
+    def __init__(self, esp, work_dir, display="none", vars_file=None, keep_vars=False,
+                 serial_log=None, shutdown_exits=False, memory_mb=512, extra_args=()):
+        """display: "none" (headless), "vnc" (127.0.0.1), or "window"."""
+        self.esp = os.path.abspath(esp)
+        os.makedirs(work_dir, exist_ok=True)
+        self.work_dir = tempfile.mkdtemp(prefix="qemu-", dir=os.path.abspath(work_dir))
+        self.display = display
+        self.vars_file = vars_file or os.path.join(self.work_dir, "OVMF_VARS.fd")
+        self.keep_vars = keep_vars
+        self.serial_log = serial_log or os.path.join(self.work_dir, "serial.log")
+        self.qmp_path = os.path.join(self.work_dir, "qmp.sock")
+        self.shutdown_exits = shutdown_exits
+        self.memory_mb = memory_mb
+        self.extra_args = list(extra_args)
+        self.process = None
+        self.qmp = None
+        self.vnc_display = None
+        self.width = None
+        self.height = None
+
+    # -- lifetime -----------------------------------------------------------
+    def command_line(self):
+        if not os.path.isfile(os.path.join(self.esp, "EFI", "BOOT", "BOOTX64.EFI")):
+            raise MachineError(f"{self.esp} has no EFI/BOOT/BOOTX64.EFI (run make esp)")
+        args = ["qemu-system-x86_64", "-machine", "q35", "-m", str(self.memory_mb),
+                "-nodefaults", "-no-user-config"]
+        args += ["-accel", accelerator()]
+        args += [
+            "-drive", f"if=pflash,format=raw,unit=0,readonly=on,file={OVMF_CODE}",
+            "-drive", f"if=pflash,format=raw,unit=1,file={self.vars_file}",
+            "-vga", "none", "-device", "ramfb",
+            "-device", "qemu-xhci,id=xhci",
+            "-device", "usb-kbd,bus=xhci.0",
+            "-device", "usb-tablet,bus=xhci.0",
+            "-drive", f"format=raw,file=fat:rw:{self.esp}",
+            "-nic", "none",
+            "-serial", f"file:{self.serial_log}",
+            "-qmp", f"unix:{self.qmp_path},server=on,wait=off",
+        ]
+        if not self.shutdown_exits:
+            args.append("-no-shutdown")
+        if self.display == "window":
+            pass  # QEMU's default user interface
+        elif self.display == "vnc":
+            self.vnc_display = free_vnc_display()
+            args += ["-display", "none", "-vnc", f"127.0.0.1:{self.vnc_display}"]
+        else:
+            args += ["-display", "none"]
+        return args + self.extra_args
+
+    def start(self, timeout=30.0):
+        if not (os.path.isfile(self.vars_file) and self.keep_vars):
+            shutil.copyfile(OVMF_VARS, self.vars_file)
+        args = self.command_line()
+        self.stderr = open(os.path.join(self.work_dir, "qemu.stderr"), "w")
+        self.process = subprocess.Popen(args, stdin=subprocess.DEVNULL, stdout=self.stderr,
+                                        stderr=subprocess.STDOUT)
+        try:
+            self.qmp = Qmp(self.qmp_path).connect(timeout=timeout)
+        except Exception:
+            self.stop()
+            raise MachineError("QEMU did not start: " + self.qemu_output())
+        return self
+
+    def running(self):
+        return self.process is not None and self.process.poll() is None
+
+    def stop(self):
+        if self.qmp:
+            self.qmp.quit()
+            self.qmp = None
+        if self.process:
+            try:
+                self.process.wait(timeout=10)
+            except subprocess.TimeoutExpired:
+                self.process.kill()
+                self.process.wait()
+            self.process = None
+        if getattr(self, "stderr", None):
+            self.stderr.close()
+            self.stderr = None
+        if not os.environ.get("QUORVEX_KEEP_QEMU_DIR"):
+            shutil.rmtree(self.work_dir, ignore_errors=True)
+
+    def __enter__(self):
+        return self.start()
+
+    def __exit__(self, *exc):
+        self.stop()
+        return False
+
+    def qemu_output(self):
+        if getattr(self, "stderr", None):
+            self.stderr.flush()
+        try:
+            with open(os.path.join(self.work_dir, "qemu.stderr")) as f:
+                return f.read()[-2000:]
+        except OSError:
+            return ""
+
+    def serial_text(self):
+        try:
+            with open(self.serial_log, "rb") as f:
+                return f.read().decode("utf-8", "replace")
+        except OSError:
+            return ""
+
+    # -- screen -------------------------------------------------------------
+    def screenshot(self, path=None):
+        """Writes a PNG (or returns the decoded screen when path is None)."""
+        if path is not None:
+            return self.qmp.screendump(path)
+        tmp = os.path.join(self.work_dir, "screen.ppm")
+        self.qmp.command("screendump", filename=tmp)
+        img = pngread.read(tmp)
+        self.width, self.height = img.width, img.height
+        return img
+
+    def wait_until(self, predicate, timeout=120.0, interval=0.5, what="the screen"):
+        deadline = time.monotonic() + timeout
+        img = None
+        while time.monotonic() < deadline:
+            if not self.running():
+                raise MachineError("QEMU stopped while waiting for " + what + "\n" +
+                                   self.qemu_output() + "\nserial:\n" +
+                                   self.serial_text()[-2000:])
+            img = self.screenshot()
+            if predicate(img):
+                return img
+            time.sleep(interval)
+        detail = ""
+        if img is not None:
+            detail = (f" (screen {img.width}x{img.height}, centre "
+                      f"{img.pixel(img.width // 2, img.height // 2):06X})")
+        raise MachineError(f"timed out after {timeout:.0f} s waiting for {what}{detail}\n"
+                           "serial:\n" + self.serial_text()[-2000:])
+
+    def wait_until_drawn(self, timeout=120.0):
+        return self.wait_until(utility_drawn, timeout, what="the utility's screen")
+
+    def wait_until_redrawn(self, timeout=120.0):
+        """After a reset: the old screen can stay on the display for a while,
+        so first wait until it is gone, then until the utility draws again."""
+        start = time.monotonic()
+        self.wait_until(lambda img: not utility_drawn(img), timeout, interval=0.2,
+                        what="the screen to clear after the reset")
+        return self.wait_until_drawn(max(1.0, timeout - (time.monotonic() - start)))
+
+    # -- input --------------------------------------------------------------
+    def key(self, name, count=1, gap=0.15):
+        self.qmp.key(name, count, gap)
+
+    def type_text(self, text):
+        self.qmp.type_text(text)
+
+    def click(self, x, y):
+        self.qmp.click(x, y, self.width or 1024, self.height or 768)
+
+    def move(self, x, y):
+        self.qmp.move(x, y, self.width or 1024, self.height or 768)
+
+    def reset(self):
+        self.qmp.system_reset()
+
+    def wait_event(self, names, timeout=60.0):
+        return self.qmp.wait_event(names, timeout)

@@ -1,0 +1,159 @@
+#!/usr/bin/env python3
+"""Runs every tests/scenarios/*.sim script through quorvex-sim and checks the
+result against the script's own expectations, given in `#!` lines (the
+simulator reads them as comments):
+
+  #! args: ARG...        extra command-line arguments
+  #! no-script           run without --script (the arguments alone)
+  #! settings: LINE      a line of a settings file passed with --settings
+  #! status: N           the exit status (default 0)
+  #! stdout: TEXT        TEXT must appear in the standard output
+  #! stderr: TEXT        TEXT must appear in the standard error
+  #! trace: LINE         LINE must be a line of trace.txt; several `trace:`
+                         lines must appear in this order
+  #! trace-last: LINE    the last line of trace.txt
+  #! png: NAME           the run must have written NAME.png
+  #! deterministic       a second run must give byte-identical outputs
+
+Every run gets --trace and its own --out directory under --out.
+"""
+import argparse
+import filecmp
+import os
+import shlex
+import shutil
+import subprocess
+import sys
+
+TIMEOUT_SECONDS = 180
+
+
+def parse_expectations(path):
+    exp = {"args": [], "no_script": False, "settings": [], "status": 0, "stdout": [],
+           "stderr": [], "trace": [], "trace_last": None, "png": [], "deterministic": False}
+    with open(path, encoding="utf-8") as f:
+        for number, line in enumerate(f, 1):
+            if not line.startswith("#!"):
+                continue
+            body = line[2:].strip()
+            key, _, value = body.partition(":")
+            key = key.strip()
+            value = value.strip()
+            if key == "args":
+                exp["args"] += shlex.split(value)
+            elif key == "no-script":
+                exp["no_script"] = True
+            elif key == "settings":
+                exp["settings"].append(value)
+            elif key == "status":
+                exp["status"] = int(value)
+            elif key in ("stdout", "stderr", "trace", "png"):
+                exp[key].append(value)
+            elif key == "trace-last":
+                exp["trace_last"] = value
+            elif key == "deterministic":
+                exp["deterministic"] = True
+            else:
+                raise ValueError(f"{path}:{number}: unknown expectation '{key}'")
+    return exp
+
+
+def run_once(sim, script, exp, out_dir):
+    if os.path.exists(out_dir):
+        shutil.rmtree(out_dir)
+    os.makedirs(out_dir)
+    command = [sim, "--trace", "--out", out_dir]
+    if exp["settings"]:
+        settings = os.path.join(out_dir, "settings.txt")
+        with open(settings, "w", encoding="utf-8") as f:
+            f.write("\n".join(exp["settings"]) + "\n")
+        command += ["--settings", settings]
+    if not exp["no_script"]:
+        command += ["--script", script]
+    command += exp["args"]
+    env = dict(os.environ)
+    env.setdefault("ASAN_OPTIONS", "detect_leaks=1")
+    return subprocess.run(command, capture_output=True, text=True, timeout=TIMEOUT_SECONDS,
+                          env=env, cwd=os.path.dirname(script))
+
+
+def check(script, exp, result, out_dir):
+    problems = []
+    if result.returncode != exp["status"]:
+        problems.append(f"exit status {result.returncode}, expected {exp['status']}")
+    for text in exp["stdout"]:
+        if text not in result.stdout:
+            problems.append(f"stdout lacks '{text}'")
+    for text in exp["stderr"]:
+        if text not in result.stderr:
+            problems.append(f"stderr lacks '{text}'")
+    trace_path = os.path.join(out_dir, "trace.txt")
+    trace = []
+    if os.path.exists(trace_path):
+        with open(trace_path, encoding="utf-8") as f:
+            trace = f.read().splitlines()
+    position = 0
+    for line in exp["trace"]:
+        try:
+            position = trace.index(line, position) + 1
+        except ValueError:
+            problems.append(f"trace lacks '{line}' (in order)")
+            break
+    if exp["trace_last"] is not None:
+        last = trace[-1] if trace else "<empty trace>"
+        if last != exp["trace_last"]:
+            problems.append(f"trace ends with '{last}', expected '{exp['trace_last']}'")
+    for name in exp["png"]:
+        if not os.path.exists(os.path.join(out_dir, name + ".png")):
+            problems.append(f"{name}.png not written")
+    return problems
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--sim", required=True)
+    parser.add_argument("--out", required=True)
+    parser.add_argument("--filter", default="", help="run only scripts whose name contains this")
+    args = parser.parse_args()
+
+    here = os.path.dirname(os.path.abspath(__file__))
+    sim = os.path.abspath(args.sim)
+    scripts = sorted(f for f in os.listdir(here) if f.endswith(".sim") and args.filter in f)
+    failed = 0
+    for name in scripts:
+        script = os.path.join(here, name)
+        out_dir = os.path.join(os.path.abspath(args.out), name[:-4])
+        try:
+            exp = parse_expectations(script)
+            result = run_once(sim, script, exp, out_dir)
+            problems = check(script, exp, result, out_dir)
+            if not problems and exp["deterministic"]:
+                again = out_dir + ".again"
+                run_once(sim, script, exp, again)
+                for entry in sorted(os.listdir(out_dir)):
+                    if entry == "settings.txt":
+                        continue
+                    other = os.path.join(again, entry)
+                    if not os.path.exists(other) or not filecmp.cmp(
+                            os.path.join(out_dir, entry), other, shallow=False):
+                        problems.append(f"{entry} differs between two runs")
+        except subprocess.TimeoutExpired:
+            problems = [f"no end after {TIMEOUT_SECONDS} s"]
+            result = None
+        except ValueError as error:
+            problems = [str(error)]
+            result = None
+        if problems:
+            failed += 1
+            print(f"FAIL {name}: " + "; ".join(problems))
+            if result is not None and result.stderr:
+                tail = result.stderr.strip().splitlines()[-15:]
+                print("  stderr: " + "\n  stderr: ".join(tail))
+        else:
+            print(f"ok   {name}")
+    print(f"{len(scripts) - failed} of {len(scripts)} scenarios passed")
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())

@@ -1,0 +1,137 @@
+// Focus movement and activation over item records: information rows, greyed
+// and hidden rows are never focused, the focus does not wrap, and a row that
+// loses the right to the focus hands it to the first focusable row.
+#include <gtest/gtest.h>
+
+#include <vector>
+
+#include "setup_data/main_page_table.h"
+#include "setup_data/setup_item.h"
+
+namespace {
+
+SetupItem Row(ItemKind Kind, bool Selected = false) {
+  SetupItem item = {};
+  item.Present = 1;
+  item.Kind = Kind;
+  item.Selected = Selected ? 1 : 0;
+  return item;
+}
+
+UINT64 Focus(const std::vector<SetupItem>& Items) {
+  return SelectedIndex(Items.data(), Items.size());
+}
+
+// A Main-page-like list: two value rows, seven information rows, a list.
+std::vector<SetupItem> MainLike() {
+  std::vector<SetupItem> items = {Row(ItemValueButton, true), Row(ItemValueButton)};
+  for (int i = 0; i < 7; ++i) items.push_back(Row(ItemInfo));
+  items.push_back(Row(ItemDropDown));
+  return items;
+}
+
+TEST(FocusMovement, DownSkipsInformationRowsAndStopsAtTheEnds) {
+  std::vector<SetupItem> items = MainLike();
+  SelectNext(items.data(), items.size());
+  EXPECT_EQ(Focus(items), 1u);
+  SelectNext(items.data(), items.size());
+  EXPECT_EQ(Focus(items), 9u) << "the seven information rows are jumped over";
+  SelectNext(items.data(), items.size());
+  EXPECT_EQ(Focus(items), 9u) << "no wrap at the bottom";
+  SelectPrevious(items.data(), items.size());
+  EXPECT_EQ(Focus(items), 1u);
+  SelectPrevious(items.data(), items.size());
+  SelectPrevious(items.data(), items.size());
+  EXPECT_EQ(Focus(items), 0u) << "no wrap at the top";
+  int selected = 0;
+  for (const SetupItem& item : items) selected += item.Selected;
+  EXPECT_EQ(selected, 1) << "exactly one row holds the focus";
+}
+
+TEST(FocusMovement, GreyedHiddenAndHeadingRowsAreSkipped) {
+  std::vector<SetupItem> items = {Row(ItemButton, true), Row(ItemButton), Row(ItemHeading),
+                                  Row(ItemOptionCycle), Row(ItemDropDown)};
+  items[1].GreyedOut = 1;
+  items[2].GreyedOut = 1;  // headings are greyed in every table
+  items[3].Hidden = 1;
+  SelectNext(items.data(), items.size());
+  EXPECT_EQ(Focus(items), 4u);
+  SelectPrevious(items.data(), items.size());
+  EXPECT_EQ(Focus(items), 0u);
+}
+
+TEST(FocusMovement, NothingMovesWithoutAFocusedRow) {
+  std::vector<SetupItem> items = {Row(ItemButton), Row(ItemButton)};
+  SelectNext(items.data(), items.size());
+  SelectPrevious(items.data(), items.size());
+  EXPECT_EQ(Focus(items), items.size());
+}
+
+TEST(FixFocus, GreyedFocusGoesToTheFirstFocusableRowNotTheNeighbour) {
+  std::vector<SetupItem> items = {Row(ItemInfo),   Row(ItemButton), Row(ItemButton),
+                                  Row(ItemButton), Row(ItemButton, true), Row(ItemButton)};
+  items[1].Hidden = 1;
+  items[4].GreyedOut = 1;
+  FixFocus(items.data(), items.size());
+  EXPECT_EQ(Focus(items), 2u);
+  EXPECT_EQ(items[4].Selected, 0);
+}
+
+TEST(FixFocus, LeavesAValidFocusAloneAndClearsItWhenNothingCanHoldIt) {
+  std::vector<SetupItem> items = {Row(ItemButton), Row(ItemButton, true)};
+  items[0].GreyedOut = 1;
+  FixFocus(items.data(), items.size());
+  EXPECT_EQ(Focus(items), 1u) << "a focusable focused row keeps the focus";
+
+  items[1].Hidden = 1;
+  FixFocus(items.data(), items.size());
+  EXPECT_EQ(Focus(items), items.size()) << "no row can take it";
+}
+
+TEST(FixFocus, MainTableAtTheMostRestrictedLevelHasNoFocus) {
+  std::vector<SetupItem> items(MainPageItems, MainPageItems + MainPageItemCount);
+  items[MainRowSystemTime].GreyedOut = 1;
+  items[MainRowSystemDate].GreyedOut = 1;
+  items[MainRowLanguage].GreyedOut = 1;
+  FixFocus(items.data(), items.size());
+  EXPECT_EQ(Focus(items), items.size());
+}
+
+int gActions = 0;
+SetupItem* gActionPage = nullptr;
+UINT8 gBusyDuringAction = 0;
+void CountAction(SetupItem* Page) {
+  ++gActions;
+  gActionPage = Page;
+  gBusyDuringAction = ActionBusy;
+}
+// An action that moves the focus to a later row with an action of its own.
+void MoveFocusDown(SetupItem* Page) {
+  ++gActions;
+  Page[0].Selected = 0;
+  Page[1].Selected = 1;
+}
+
+TEST(ActivateSelected, RunsTheFocusedRowsActionOnceWithTheBusyFlag) {
+  gActions = 0;
+  std::vector<SetupItem> items = {Row(ItemButton), Row(ItemButton, true)};
+  items[1].Action = CountAction;
+  ActivateSelected(items.data(), items.size());
+  EXPECT_EQ(gActions, 1);
+  EXPECT_EQ(gActionPage, items.data());
+  EXPECT_EQ(gBusyDuringAction, 1);
+  EXPECT_EQ(ActionBusy, 0);
+
+  items[1].Action = nullptr;
+  ActivateSelected(items.data(), items.size());
+  EXPECT_EQ(gActions, 1) << "a row without an action does nothing";
+
+  gActions = 0;
+  std::vector<SetupItem> chain = {Row(ItemButton, true), Row(ItemButton)};
+  chain[0].Action = MoveFocusDown;
+  chain[1].Action = CountAction;
+  ActivateSelected(chain.data(), chain.size());
+  EXPECT_EQ(gActions, 1) << "the row that took the focus is not activated too";
+}
+
+}  // namespace

@@ -1,0 +1,183 @@
+// The fixed background: the left band picture at the native size and
+// stretched to other screen sizes, the help bar's buttons by access level,
+// the item help box, and the grey-out with its exact restore.
+#include <vector>
+
+#include "graphics/background.h"
+#include "graphics/double_buffer.h"
+#include "graphics_test_support.h"
+
+namespace {
+
+using gfxtest::BandPattern;
+using gfxtest::MarkerColour;
+
+class BackgroundTest : public GraphicsTest {};
+
+TEST_F(BackgroundTest, AtTheNativeSizeThePictureGoesStraightToTheScreen) {
+  Quorvex_BackGround_Left();
+  const auto band = PicturesOf(kLeftBandPicture);
+  ASSERT_EQ(band.size(), 1u);
+  EXPECT_EQ(band[0].X, 3u);
+  EXPECT_EQ(band[0].Y, 0u);
+  EXPECT_FALSE(band[0].Buffered) << "no off-screen frame at 1024 x 768";
+  EXPECT_EQ(At(3, 0), BandPattern(0, 0));
+  EXPECT_EQ(At(256, 767), BandPattern(253, 767));
+
+  const auto upper = PicturesOf(kUpperLogo);
+  ASSERT_EQ(upper.size(), 1u);
+  EXPECT_EQ(upper[0].X, 20u);
+  EXPECT_EQ(upper[0].Y, 20u);
+  ASSERT_EQ(PicturesOf(kLowerLogoEnglish).size(), 1u);
+  EXPECT_EQ(PicturesOf(kLowerLogoEnglish)[0].Y, 168u);
+
+  // The lower logo follows the language: French has its own, Japanese
+  // shares the English one.
+  for (UINT64 language : {1u, 2u}) {
+    gfxtest::Images().Calls.clear();
+    Language = language;
+    Quorvex_BackGround_Left();
+    EXPECT_EQ(PicturesOf(kLowerLogoFrench).size(), language == 2 ? 1u : 0u);
+    EXPECT_EQ(PicturesOf(kLowerLogoEnglish).size(), language == 2 ? 0u : 1u);
+  }
+}
+
+class WideBandTest : public GraphicsTest {
+protected:
+  std::vector<fake::Mode> Modes() const override { return {{1280, 1024}}; }
+};
+
+TEST_F(WideBandTest, ColumnsAndRowsAreRepeatedToFillTheBand) {
+  Paint(0, 0, 4, ScreenHeight, 0x0000AA);
+  Quorvex_BackGround_Left();
+  const auto band = PicturesOf(kLeftBandPicture);
+  ASSERT_EQ(band.size(), 1u);
+  EXPECT_TRUE(band[0].Buffered);
+  EXPECT_FALSE(PicturesOf(kUpperLogo).at(0).Buffered) << "logos after the band reached the screen";
+  EXPECT_FALSE(Quorvex_DoubleBuffer_Active());
+
+  // Band 320 wide: dx = 64, so after every 4 source columns one is doubled.
+  // The source was read from x = 0, the picture starting at source column 3.
+  auto sourceColumn = [](UINT64 C) { return C / 5 * 4 + (C % 5 == 4 ? 3 : C % 5); };
+  // H = 1024: dy = 256, so every 4th row is repeated.
+  auto sourceRow = [](UINT64 R) { return R - R / 4; };
+  for (UINT64 r : {0u, 3u, 4u, 5u, 7u, 8u, 500u, 1022u}) {
+    for (UINT64 c = 4; c < 320; ++c) {
+      const UINT64 u = sourceColumn(c);
+      ASSERT_GE(u, 3u);
+      ASSERT_EQ(At(c, r), BandPattern(u - 3, sourceRow(r))) << "column " << c << " row " << r;
+    }
+  }
+  // The flush covers (4, 0, 320, H): the first four columns are not drawn,
+  // the four past the band get a defined colour until the page area covers
+  // them.
+  EXPECT_TRUE(Uniform(0, 0, 4, ScreenHeight, 0x0000AA));
+  EXPECT_TRUE(Uniform(320, 0, 4, ScreenHeight, kColourPageArea));
+}
+
+class ShortWideBandTest : public GraphicsTest {
+protected:
+  std::vector<fake::Mode> Modes() const override { return {{1280, 720}}; }
+};
+
+TEST_F(ShortWideBandTest, ALowerScreenShowsTheTopRowsOneToOne) {
+  Quorvex_BackGround_Left();
+  // Source column 7 (picture column 4) is shown at 8 and again at 9.
+  for (UINT64 r : {0u, 1u, 4u, 719u}) {
+    EXPECT_EQ(At(8, r), BandPattern(4, r)) << r;
+    EXPECT_EQ(At(9, r), BandPattern(4, r)) << "doubled column, row " << r;
+    EXPECT_EQ(At(10, r), BandPattern(5, r)) << r;
+  }
+}
+
+TEST_F(BackgroundTest, HelpBarGreysTheDefaultsButtonForRestrictedAccess) {
+  const UINT64 x = 3 * ScreenWidth / 4 + 10;
+  const UINT64 width = ScreenWidth / 4 - 20;
+  const UINT64 top = 3 * ScreenHeight / 5;
+  // Caption and key text are vertically centred in the 50-pixel buttons.
+  auto captionPixel = [&](UINT64 Button) { return At(x + 10, top + 20 + 60 * Button + 15); };
+  auto keyPixel = [&](UINT64 Button) { return At(x + width - 60, top + 20 + 60 * Button + 15); };
+
+  for (UINT64 level : {0u, 1u, 2u, 3u}) {
+    AccessLevel = level;
+    Quorvex_HelpBar_Draw();
+    const UINT32 ink = level < 2 ? kColourDarkText : kColourGreyText;
+    EXPECT_EQ(captionPixel(1), MarkerColour(u'S', ink, kColourButtonFace)) << "level " << level;
+    EXPECT_EQ(keyPixel(1), MarkerColour(u'[', ink, kColourButtonFace)) << "level " << level;
+    EXPECT_EQ(captionPixel(0), MarkerColour(u'H', kColourDarkText, kColourButtonFace));
+    EXPECT_EQ(captionPixel(2), MarkerColour(u'S', kColourDarkText, kColourButtonFace));
+    EXPECT_EQ(captionPixel(3), MarkerColour(u'C', kColourDarkText, kColourButtonFace));
+  }
+  // Border of the first button, the column around it, the item help title.
+  EXPECT_EQ(At(x, top + 20), kColourButtonBorder);
+  EXPECT_EQ(At(x + 2, top + 22), kColourButtonFace);
+  EXPECT_EQ(At(3 * ScreenWidth / 4, 0), kColourRightColumn);
+  EXPECT_EQ(At(x + 50, 10), MarkerColour(u'I', kColourDarkText, kColourRightColumn));
+}
+
+TEST_F(BackgroundTest, ItemHelpClearsTheBoxAndDrawsTitleAndTextInTheLanguage) {
+  const UINT64 x = 3 * ScreenWidth / 4 + 10;
+  const UINT64 height = 3 * ScreenHeight / 5;
+  Paint(x, 10, ScreenWidth / 4 - 20, height, 0xFF00FF);
+  Quorvex_ItemHelp_Draw(u"ab");
+  EXPECT_EQ(At(x + 50, 10), MarkerColour(u'I', kColourDarkText, kColourRightColumn));
+  EXPECT_EQ(At(x, 2 * 20 + 10), MarkerColour(u'a', kColourDarkText, kColourRightColumn));
+  EXPECT_EQ(At(x + 10, 2 * 20 + 10), MarkerColour(u'b', kColourDarkText, kColourRightColumn));
+  EXPECT_EQ(At(x + 20, 2 * 20 + 10), kColourRightColumn);
+  EXPECT_EQ(At(x + 100, 10 + height - 1), kColourRightColumn) << "the whole box is cleared";
+
+  // The Japanese title is a single blank.
+  Language = 1;
+  Quorvex_ItemHelp_Draw(nullptr);
+  EXPECT_EQ(At(x, 10), MarkerColour(u' ', kColourDarkText, kColourRightColumn));
+  EXPECT_EQ(At(x + 50, 10), kColourRightColumn);
+  EXPECT_EQ(At(x, 2 * 20 + 10), kColourRightColumn);
+}
+
+TEST_F(BackgroundTest, GreyOutHalvesEveryChannelAndRestoreGivesBackTheExactScreen) {
+  // A screen of varied pixels with reserved bytes, written through the GOP.
+  const UINT64 count = ScreenWidth * ScreenHeight;
+  std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> picture(count);
+  for (UINT64 i = 0; i < count; ++i)
+    picture[i] = {static_cast<UINT8>(i * 7), static_cast<UINT8>(i * 13 + 1),
+                  static_cast<UINT8>(i * 31 + 255), static_cast<UINT8>(i * 3)};
+  ASSERT_EQ(GraphicsOutput->Blt(GraphicsOutput, picture.data(), EfiBltBufferToVideo, 0, 0, 0, 0,
+                                ScreenWidth, ScreenHeight, 0),
+            EFI_SUCCESS);
+
+  Quorvex_Grayout_All_Screen();
+  const auto& screen = fake::Framebuffer();
+  for (UINT64 i = 0; i < count; i += 997) {
+    ASSERT_EQ(screen[i].Blue, picture[i].Blue >> 1) << i;
+    ASSERT_EQ(screen[i].Green, picture[i].Green >> 1) << i;
+    ASSERT_EQ(screen[i].Red, picture[i].Red >> 1) << i;
+    ASSERT_EQ(screen[i].Reserved, picture[i].Reserved) << i;
+  }
+  // What changes under the window is lost at the restore.
+  Paint(10, 10, 5, 5, 0x00FF00);
+  Quorvex_Restore_All_Screen();
+  for (UINT64 i = 0; i < count; ++i) {
+    ASSERT_EQ(PixelWord(screen[i]), PixelWord(picture[i])) << i;
+  }
+  // Restore without a grey-out does nothing.
+  Paint(0, 0, 1, 1, 0x123456);
+  Quorvex_Restore_All_Screen();
+  EXPECT_EQ(At(0, 0), 0x123456u);
+
+  // Grey-outs do not nest: the second saves the dimmed screen.
+  Quorvex_Grayout_All_Screen();
+  Quorvex_Grayout_All_Screen();
+  EXPECT_EQ(At(0, 0), (0x123456u >> 2) & 0x3F3F3Fu);
+  Quorvex_Restore_All_Screen();
+  EXPECT_EQ(At(0, 0), (0x123456u >> 1) & 0x7F7F7Fu);
+
+  // Without memory nothing is dimmed and nothing is restored later.
+  fake::FailAllocation(2);
+  Quorvex_Grayout_All_Screen();
+  EXPECT_EQ(At(0, 0), (0x123456u >> 1) & 0x7F7F7Fu);
+  Paint(0, 0, 1, 1, 0x00FF00);
+  Quorvex_Restore_All_Screen();
+  EXPECT_EQ(At(0, 0), 0x00FF00u);
+}
+
+}  // namespace

@@ -1,0 +1,177 @@
+// The off-screen frame: what reaches the screen and when, and the clipping
+// of each buffered Blt operation at the frame's edges.
+#include <vector>
+
+#include "graphics/double_buffer.h"
+#include "graphics_test_support.h"
+
+namespace {
+
+class DoubleBufferTest : public GraphicsTest {
+protected:
+  static EFI_STATUS Blt(EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Buffer, EFI_GRAPHICS_OUTPUT_BLT_OPERATION Op,
+                        UINTN SX, UINTN SY, UINTN DX, UINTN DY, UINTN W, UINTN H, UINTN Delta) {
+    return GraphicsOutput->Blt(GraphicsOutput, Buffer, Op, SX, SY, DX, DY, W, H, Delta);
+  }
+  static EFI_STATUS Fill(UINT64 X, UINT64 Y, UINT64 W, UINT64 H, UINT32 Rgb) {
+    EFI_GRAPHICS_OUTPUT_BLT_PIXEL colour = Pixel(Rgb);
+    return Blt(&colour, EfiBltVideoFill, 0, 0, X, Y, W, H, 0);
+  }
+  // Buffers the whole screen with its frame cleared to black.
+  static void StartWholeScreen() {
+    ASSERT_EQ(Quorvex_DoubleBuffer_Start(0, 0, ScreenWidth, ScreenHeight), EFI_SUCCESS);
+    ASSERT_EQ(Fill(0, 0, ScreenWidth, ScreenHeight, 0x000000), EFI_SUCCESS);
+  }
+  static std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> Ramp(UINT64 Count, UINT32 Base) {
+    std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> pixels;
+    for (UINT64 i = 0; i < Count; ++i) pixels.push_back(Pixel(Base + static_cast<UINT32>(i)));
+    return pixels;
+  }
+};
+
+TEST_F(DoubleBufferTest, OnlyTheStartRectangleReachesTheScreenAndOnlyAtFlush) {
+  const auto firmware = GraphicsOutput->Blt;
+  Paint(90, 90, 80, 60, 0x111111);
+  ASSERT_EQ(Quorvex_DoubleBuffer_Start(100, 100, 50, 40), EFI_SUCCESS);
+  EXPECT_TRUE(Quorvex_DoubleBuffer_Active());
+  // Drawing touches far more than the rectangle.
+  ASSERT_EQ(Fill(0, 0, ScreenWidth, ScreenHeight, 0xC00000), EFI_SUCCESS);
+  EXPECT_EQ(At(120, 120), 0x111111u) << "nothing reaches the screen before the flush";
+
+  Quorvex_DoubleBuffer_Flush();
+  EXPECT_TRUE(Uniform(100, 100, 50, 40, 0xC00000));
+  EXPECT_EQ(At(99, 100), 0x111111u);
+  EXPECT_EQ(At(150, 100), 0x111111u);
+  EXPECT_EQ(At(100, 99), 0x111111u);
+  EXPECT_EQ(At(100, 140), 0x111111u);
+  EXPECT_TRUE(Quorvex_DoubleBuffer_Active()) << "buffering stays on after a flush";
+
+  // Later drawing is buffered again, the frame kept its content.
+  ASSERT_EQ(Fill(100, 100, 10, 10, 0x00FF00), EFI_SUCCESS);
+  EXPECT_EQ(At(105, 105), 0xC00000u);
+  Quorvex_DoubleBuffer_Flush();
+  EXPECT_EQ(At(105, 105), 0x00FF00u);
+  EXPECT_EQ(At(115, 105), 0xC00000u);
+
+  Quorvex_DoubleBuffer_Stop();
+  EXPECT_EQ(GraphicsOutput->Blt, firmware);
+  EXPECT_FALSE(Quorvex_DoubleBuffer_Active());
+  ASSERT_EQ(Fill(0, 0, 4, 4, 0x0000FF), EFI_SUCCESS);
+  EXPECT_EQ(At(0, 0), 0x0000FFu) << "after Stop drawing goes straight to the screen";
+}
+
+TEST_F(DoubleBufferTest, CopiesToAndFromTheFrameSkipColumnsPastTheRightEdge) {
+  StartWholeScreen();
+  const UINT64 w = ScreenWidth;
+  // Buffer to video, 20 wide starting 10 before the edge; Delta 0 means rows
+  // of Width pixels, as for the firmware.
+  std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> block = Ramp(20 * 2, 0x000100);
+  ASSERT_EQ(Blt(block.data(), EfiBltBufferToVideo, 0, 0, w - 10, 30, 20, 2, 0), EFI_SUCCESS);
+  // Video to buffer from 5 before the edge: the columns past it keep what
+  // the caller's array held.
+  std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> back(10 * 2, Pixel(0xABCDEF));
+  ASSERT_EQ(Blt(back.data(), EfiBltVideoToBltBuffer, w - 5, 30, 0, 0, 10, 2, 10 * 4), EFI_SUCCESS);
+  Quorvex_DoubleBuffer_Flush();
+  Quorvex_DoubleBuffer_Stop();
+
+  for (UINT64 i = 0; i < 10; ++i) {
+    EXPECT_EQ(At(w - 10 + i, 30), 0x000100u + i);
+    EXPECT_EQ(At(w - 10 + i, 31), 0x000100u + 20 + i) << "row 1 starts at element Delta/4";
+  }
+  EXPECT_EQ(At(0, 31), 0u) << "a cut copy does not continue on the next row";
+  EXPECT_EQ(At(9, 32), 0u);
+  for (UINT64 i = 0; i < 5; ++i) {
+    EXPECT_EQ(PixelWord(back[i]) & 0xFFFFFF, 0x000100u + 5 + i);
+    EXPECT_EQ(PixelWord(back[5 + i]) & 0xFFFFFF, 0xABCDEFu);
+    EXPECT_EQ(PixelWord(back[10 + i]) & 0xFFFFFF, 0x000100u + 25 + i);
+  }
+}
+
+TEST_F(DoubleBufferTest, RowsPastTheBottomAreDroppedWithoutTouchingMemoryOutsideTheFrame) {
+  StartWholeScreen();
+  const UINT64 h = ScreenHeight;
+  std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> block = Ramp(8 * 6, 0x100000);
+  ASSERT_EQ(Blt(block.data(), EfiBltBufferToVideo, 0, 0, 40, h - 2, 8, 6, 8 * 4), EFI_SUCCESS);
+  std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> back(8 * 6, Pixel(0x777777));
+  ASSERT_EQ(Blt(back.data(), EfiBltVideoToBltBuffer, 40, h - 2, 0, 0, 8, 6, 8 * 4), EFI_SUCCESS);
+  // Fills and frame-to-frame copies running off the end of the frame.
+  ASSERT_EQ(Fill(ScreenWidth - 3, h - 1, 50, 50, 0x00FF00), EFI_SUCCESS);
+  ASSERT_EQ(Blt(nullptr, EfiBltVideoToVideo, 200, h - 3, 200, h - 1, 100, 100, 0), EFI_SUCCESS);
+  ASSERT_EQ(Fill(~0ull - 5, ~0ull - 5, 10, 10, 0x123456), EFI_SUCCESS);
+  Quorvex_DoubleBuffer_Flush();
+  Quorvex_DoubleBuffer_Stop();
+
+  EXPECT_EQ(At(40, h - 2), 0x100000u);
+  EXPECT_EQ(At(47, h - 1), 0x100000u + 15);
+  EXPECT_EQ(PixelWord(back[15]) & 0xFFFFFF, 0x100000u + 15);
+  EXPECT_EQ(PixelWord(back[16]) & 0xFFFFFF, 0x777777u) << "rows past the bottom are not read";
+  EXPECT_EQ(At(ScreenWidth - 1, h - 1), 0x00FF00u);
+}
+
+TEST_F(DoubleBufferTest, FillsAndFrameToFrameCopiesContinueOnTheNextRow) {
+  StartWholeScreen();
+  const UINT64 w = ScreenWidth;
+  ASSERT_EQ(Fill(w - 4, 10, 10, 1, 0xFF0000), EFI_SUCCESS);
+  std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> row = Ramp(10, 0x000010);
+  ASSERT_EQ(Blt(row.data(), EfiBltBufferToVideo, 0, 0, 0, 50, 10, 1, 40), EFI_SUCCESS);
+  // Pixel-by-pixel in increasing order: a destination two to the right of
+  // its source repeats the first two pixels.
+  ASSERT_EQ(Blt(nullptr, EfiBltVideoToVideo, 0, 50, 2, 50, 8, 1, 0), EFI_SUCCESS);
+  // Across the edge: the copy of (w - 3 .. w + 2) of row 60 lands on row 70.
+  std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> wide = Ramp(6, 0x000200);
+  ASSERT_EQ(Blt(wide.data(), EfiBltBufferToVideo, 0, 0, w - 3, 60, 3, 1, 0), EFI_SUCCESS);
+  ASSERT_EQ(Blt(wide.data() + 3, EfiBltBufferToVideo, 0, 0, 0, 61, 3, 1, 0), EFI_SUCCESS);
+  ASSERT_EQ(Blt(nullptr, EfiBltVideoToVideo, w - 3, 60, 0, 70, 6, 1, 0), EFI_SUCCESS);
+  Quorvex_DoubleBuffer_Flush();
+  Quorvex_DoubleBuffer_Stop();
+
+  for (UINT64 x = w - 4; x < w; ++x) EXPECT_EQ(At(x, 10), 0xFF0000u);
+  for (UINT64 x = 0; x < 6; ++x) EXPECT_EQ(At(x, 11), 0xFF0000u) << x;
+  EXPECT_EQ(At(6, 11), 0u);
+  const UINT32 smeared[10] = {0x10, 0x11, 0x10, 0x11, 0x10, 0x11, 0x10, 0x11, 0x10, 0x11};
+  for (UINT64 x = 0; x < 10; ++x) EXPECT_EQ(At(x, 50), smeared[x]) << x;
+  for (UINT64 x = 0; x < 6; ++x) EXPECT_EQ(At(x, 70), 0x000200u + x) << x;
+}
+
+TEST_F(DoubleBufferTest, OperationsAboveThreeAreLeftToTheFirmware) {
+  ASSERT_EQ(Quorvex_DoubleBuffer_Start(0, 0, 10, 10), EFI_SUCCESS);
+  const UINT64 rejected = fake::Blt().Rejected;
+  EFI_GRAPHICS_OUTPUT_BLT_PIXEL colour = Pixel(0xFFFFFF);
+  // The fake firmware refuses an unknown operation, so its answer shows the
+  // call went through.
+  EXPECT_EQ(Blt(&colour, static_cast<EFI_GRAPHICS_OUTPUT_BLT_OPERATION>(4), 0, 0, 0, 0, 1, 1, 0),
+            EFI_INVALID_PARAMETER);
+  EXPECT_EQ(fake::Blt().Rejected, rejected + 1);
+  EXPECT_EQ(Blt(&colour, static_cast<EFI_GRAPHICS_OUTPUT_BLT_OPERATION>(77), 0, 0, 0, 0, 1, 1, 0),
+            EFI_INVALID_PARAMETER);
+  EXPECT_EQ(fake::Blt().Rejected, rejected + 2);
+  Quorvex_DoubleBuffer_Stop();
+}
+
+TEST_F(DoubleBufferTest, WithoutGopOrMemoryDrawingStaysDirect) {
+  EFI_GRAPHICS_OUTPUT_PROTOCOL* gop = GraphicsOutput;
+  const auto firmware = gop->Blt;
+  GraphicsOutput = nullptr;
+  EXPECT_EQ(Quorvex_DoubleBuffer_Start(0, 0, 10, 10), EFI_INVALID_PARAMETER);
+  Quorvex_DoubleBuffer_Flush();
+  Quorvex_DoubleBuffer_Stop();
+  EXPECT_EQ(gop->Blt, firmware);
+  GraphicsOutput = gop;
+
+  fake::FailAllocation(1);
+  EXPECT_EQ(Quorvex_DoubleBuffer_Start(0, 0, 10, 10), EFI_OUT_OF_RESOURCES);
+  EXPECT_EQ(gop->Blt, firmware);
+  ASSERT_EQ(Fill(2, 2, 1, 1, 0x00FF00), EFI_SUCCESS);
+  EXPECT_EQ(At(2, 2), 0x00FF00u) << "callers simply draw unbuffered";
+  Quorvex_DoubleBuffer_Flush();
+  Quorvex_DoubleBuffer_Stop();
+  EXPECT_EQ(gop->Blt, firmware);
+
+  // A second Start before Stop keeps the firmware routine for Stop.
+  ASSERT_EQ(Quorvex_DoubleBuffer_Start(0, 0, 10, 10), EFI_SUCCESS);
+  ASSERT_EQ(Quorvex_DoubleBuffer_Start(0, 0, 20, 20), EFI_SUCCESS);
+  Quorvex_DoubleBuffer_Stop();
+  EXPECT_EQ(gop->Blt, firmware);
+}
+
+}  // namespace

@@ -1,0 +1,266 @@
+// The image display service: PNG and JPEG drawn through the fake GOP, alpha
+// blending, clipping, the decode cache, and damaged data or exhausted pool
+// drawing nothing.
+#define STB_IMAGE_WRITE_STATIC
+#define STB_IMAGE_WRITE_IMPLEMENTATION
+#include <stb/stb_image_write.h>
+
+#include <algorithm>
+#include <cstdlib>
+
+#include "reference_platform/image_display.h"
+#include "tests/unit/refplat_fixture.h"
+
+namespace {
+
+struct Rgba {
+  UINT8 R, G, B, A;
+};
+
+void Collect(void* Context, void* Data, int Size) {
+  auto* out = static_cast<std::vector<UINT8>*>(Context);
+  const UINT8* bytes = static_cast<const UINT8*>(Data);
+  out->insert(out->end(), bytes, bytes + Size);
+}
+
+std::vector<UINT8> Png(int W, int H, const std::vector<Rgba>& Pixels) {
+  std::vector<UINT8> out;
+  stbi_write_png_to_func(Collect, &out, W, H, 4, Pixels.data(), W * 4);
+  return out;
+}
+
+std::vector<UINT8> SolidPng(int W, int H, Rgba Colour) {
+  return Png(W, H, std::vector<Rgba>(W * H, Colour));
+}
+
+std::vector<UINT8> SolidJpeg(int W, int H, UINT8 R, UINT8 G, UINT8 B) {
+  std::vector<UINT8> rgb;
+  for (int i = 0; i < W * H; ++i) rgb.insert(rgb.end(), {R, G, B});
+  std::vector<UINT8> out;
+  stbi_write_jpg_to_func(Collect, &out, W, H, 3, rgb.data(), 95);
+  return out;
+}
+
+UINT32 BigEndian(const UINT8* P) {
+  return (UINT32(P[0]) << 24) | (P[1] << 16) | (P[2] << 8) | P[3];
+}
+
+// The same PNG with its image data cut into chunks of at most Piece bytes
+// (decoders must join them; the chunk checksums are left zero, which the
+// decoder does not check).
+std::vector<UINT8> SplitImageData(const std::vector<UINT8>& Png, size_t Piece) {
+  std::vector<UINT8> out(Png.begin(), Png.begin() + 8);
+  for (size_t at = 8; at + 12 <= Png.size();) {
+    const UINT32 length = BigEndian(&Png[at]);
+    const bool data = std::equal(Png.begin() + at + 4, Png.begin() + at + 8, "IDAT");
+    if (!data) {
+      out.insert(out.end(), Png.begin() + at, Png.begin() + at + 12 + length);
+    } else {
+      for (size_t done = 0; done < length; done += Piece) {
+        const UINT32 n = static_cast<UINT32>(std::min(Piece, length - done));
+        const UINT8 header[8] = {
+            UINT8(n >> 24), UINT8(n >> 16), UINT8(n >> 8), UINT8(n), 'I', 'D', 'A', 'T'};
+        out.insert(out.end(), header, header + 8);
+        out.insert(out.end(), Png.begin() + at + 8 + done, Png.begin() + at + 8 + done + n);
+        out.insert(out.end(), 4, 0);
+      }
+    }
+    at += 12 + length;
+  }
+  return out;
+}
+
+class ImageTest : public RefPlatTest {
+protected:
+  void SetUp() override {
+    RefPlatTest::SetUp();
+    ImageDisplay_ClearCache();
+  }
+  const ImageDisplayOperations* Ops() { return ImageDisplay_Instance()->Operations; }
+  EFI_STATUS DrawPng(const std::vector<UINT8>& Data, UINT64 X, UINT64 Y) {
+    return Ops()->DrawPng(Data.data(), Data.size(), X, Y);
+  }
+  static void Fill(UINT32 Rgb) {
+    for (UINT32 y = 0; y < fake::ScreenHeight(); ++y)
+      for (UINT32 x = 0; x < fake::ScreenWidth(); ++x) fake::SetPixel(x, y, Rgb);
+  }
+  static std::vector<UINT32> Screen() {
+    std::vector<UINT32> pixels;
+    for (const auto& p : fake::Framebuffer())
+      pixels.push_back((UINT32(p.Red) << 16) | (UINT32(p.Green) << 8) | p.Blue);
+    return pixels;
+  }
+};
+
+TEST_F(ImageTest, OpaquePngLandsAtItsPosition) {
+  Fill(0x102030);
+  std::vector<Rgba> pixels;
+  for (int y = 0; y < 3; ++y)
+    for (int x = 0; x < 4; ++x)
+      pixels.push_back({static_cast<UINT8>(10 * x), static_cast<UINT8>(20 * y), 200, 255});
+  ASSERT_EQ(DrawPng(Png(4, 3, pixels), 10, 20), EFI_SUCCESS);
+  EXPECT_EQ(fake::PixelAt(10, 20), 0x0000C8u);
+  EXPECT_EQ(fake::PixelAt(13, 22), 0x1E28C8u);
+  EXPECT_EQ(fake::PixelAt(9, 20), 0x102030u);
+  EXPECT_EQ(fake::PixelAt(14, 20), 0x102030u);
+  EXPECT_EQ(fake::PixelAt(10, 23), 0x102030u);
+}
+
+TEST_F(ImageTest, AlphaBlendsOverTheScreen) {
+  Fill(0x204060);
+  const std::vector<UINT8> png =
+      Png(3, 1, {{200, 100, 0, 0}, {200, 100, 0, 128}, {200, 100, 0, 255}});
+  ASSERT_EQ(DrawPng(png, 0, 0), EFI_SUCCESS);
+  EXPECT_EQ(fake::PixelAt(0, 0), 0x204060u);
+  const UINT32 r = (200 * 128 + 0x20 * 127) / 255;
+  const UINT32 g = (100 * 128 + 0x40 * 127) / 255;
+  const UINT32 b = (0 * 128 + 0x60 * 127) / 255;
+  EXPECT_EQ(fake::PixelAt(1, 0), (r << 16) | (g << 8) | b);
+  EXPECT_EQ(fake::PixelAt(2, 0), 0xC86400u);
+}
+
+TEST_F(ImageTest, ClippedToTheScreen) {
+  Fill(0);
+  const std::vector<UINT8> png = SolidPng(4, 4, {255, 255, 255, 255});
+  const UINT32 w = fake::ScreenWidth(), h = fake::ScreenHeight();
+  ASSERT_EQ(DrawPng(png, w - 2, h - 2), EFI_SUCCESS);
+  EXPECT_EQ(fake::PixelAt(w - 1, h - 1), 0xFFFFFFu);
+  EXPECT_EQ(fake::PixelAt(w - 2, h - 2), 0xFFFFFFu);
+  EXPECT_EQ(fake::PixelAt(w - 3, h - 3), 0u);
+  EXPECT_EQ(fake::Blt().Rejected, 0u);
+  const auto before = Screen();
+  EXPECT_EQ(DrawPng(png, w, 0), EFI_SUCCESS); // wholly off screen
+  EXPECT_EQ(DrawPng(png, 0, ~0ull), EFI_SUCCESS);
+  EXPECT_EQ(Screen(), before);
+}
+
+TEST_F(ImageTest, JpegDrawsAndFormatsAreNotMixedUp) {
+  Fill(0);
+  const std::vector<UINT8> jpeg = SolidJpeg(16, 16, 40, 160, 220);
+  ASSERT_EQ(Ops()->DrawJpeg(jpeg.data(), static_cast<UINT32>(jpeg.size()), 3, 0), EFI_SUCCESS);
+  const UINT32 p = fake::PixelAt(10, 8);
+  EXPECT_NEAR(int(p >> 16), 40, 4);
+  EXPECT_NEAR(int((p >> 8) & 0xFF), 160, 4);
+  EXPECT_NEAR(int(p & 0xFF), 220, 4);
+  EXPECT_EQ(fake::PixelAt(2, 0), 0u);
+  EXPECT_EQ(Ops()->DrawPng(jpeg.data(), jpeg.size(), 0, 0), EFI_UNSUPPORTED);
+  const std::vector<UINT8> png = SolidPng(2, 2, {1, 2, 3, 255});
+  EXPECT_EQ(Ops()->DrawJpeg(png.data(), static_cast<UINT32>(png.size()), 0, 0), EFI_UNSUPPORTED);
+
+  UINT64 width = 0, height = 0;
+  EXPECT_EQ(Ops()->GetSize(jpeg.data(), jpeg.size(), &width, &height), EFI_SUCCESS);
+  EXPECT_EQ(width, 16u);
+  EXPECT_EQ(height, 16u);
+  EXPECT_EQ(Ops()->GetSize(png.data(), png.size(), &width, &height), EFI_SUCCESS);
+  EXPECT_EQ(width, 2u);
+  EXPECT_EQ(Ops()->GetSize(png.data(), png.size(), nullptr, &height), EFI_INVALID_PARAMETER);
+  EXPECT_EQ(Ops()->GetSize(nullptr, 10, &width, &height), EFI_INVALID_PARAMETER);
+}
+
+TEST_F(ImageTest, ImageDataInManyChunksDecodesTheSame) {
+  // Noise does not compress: the data outgrows the decoder's first buffer.
+  std::vector<Rgba> noise(64 * 64);
+  UINT32 seed = 12345;
+  for (auto& p : noise) {
+    seed = seed * 1103515245u + 12345u;
+    p = {UINT8(seed >> 24), UINT8(seed >> 16), UINT8(seed >> 8), 255};
+  }
+  const std::vector<UINT8> whole = Png(64, 64, noise);
+  const std::vector<UINT8> split = SplitImageData(whole, 3000);
+  ASSERT_GT(split.size(), whole.size() + 12); // really split
+  Fill(0);
+  ASSERT_EQ(DrawPng(whole, 0, 0), EFI_SUCCESS);
+  const auto first = Screen();
+  Fill(0);
+  ASSERT_EQ(DrawPng(split, 0, 0), EFI_SUCCESS);
+  EXPECT_EQ(Screen(), first);
+  EXPECT_EQ(fake::PixelAt(63, 63),
+            (UINT32(noise.back().R) << 16) | (noise.back().G << 8) | noise.back().B);
+}
+
+TEST_F(ImageTest, DamagedDataDrawsNothing) {
+  Fill(0x123456);
+  std::vector<Rgba> pixels(32 * 32);
+  for (size_t i = 0; i < pixels.size(); ++i)
+    pixels[i] = {static_cast<UINT8>(i), static_cast<UINT8>(i * 7), static_cast<UINT8>(i * 13), 255};
+  const std::vector<UINT8> png = Png(32, 32, pixels);
+  const std::vector<UINT8> jpeg = SolidJpeg(32, 32, 9, 9, 9);
+  const auto screen = Screen();
+  const UINT64 outstanding = fake::Pool().OutstandingCount;
+
+  std::vector<std::vector<UINT8>> damaged;
+  damaged.emplace_back(png.begin(), png.begin() + png.size() / 2); // truncated
+  damaged.emplace_back(png.begin(), png.begin() + 8);              // signature only
+  damaged.emplace_back(png.begin(), png.begin() + 40);             // header, no data
+  auto garbage = png;
+  for (size_t i = 41; i < garbage.size() - 12; ++i) garbage[i] = static_cast<UINT8>(i * 31);
+  damaged.push_back(garbage);
+  auto huge = png;
+  huge[16] = 0x7F; // width far beyond any screen
+  damaged.push_back(huge);
+  for (const auto& data : damaged) {
+    EXPECT_TRUE(EFI_ERROR(DrawPng(data, 0, 0)));
+    UINT64 w, h;
+    (void)Ops()->GetSize(data.data(), data.size(), &w, &h);
+  }
+  const std::vector<UINT8> cut_jpeg(jpeg.begin(), jpeg.begin() + 20);
+  EXPECT_TRUE(EFI_ERROR(Ops()->DrawJpeg(cut_jpeg.data(), 20, 0, 0)));
+  EXPECT_TRUE(EFI_ERROR(Ops()->DrawPng(png.data(), 0, 0, 0)));
+  EXPECT_TRUE(EFI_ERROR(Ops()->DrawPng(nullptr, 100, 0, 0)));
+
+  EXPECT_EQ(Screen(), screen);
+  EXPECT_EQ(fake::Pool().OutstandingCount, outstanding);
+}
+
+TEST_F(ImageTest, EachFailedAllocationDrawsNothingAndLeaksNothing) {
+  std::vector<Rgba> pixels(40 * 30);
+  for (size_t i = 0; i < pixels.size(); ++i)
+    pixels[i] = {static_cast<UINT8>(i), 50, static_cast<UINT8>(i >> 3), static_cast<UINT8>(i)};
+  const std::vector<UINT8> png = Png(40, 30, pixels);
+  bool drawn = false;
+  for (UINT64 nth = 1; nth < 64 && !drawn; ++nth) {
+    ImageDisplay_ClearCache();
+    Fill(0x777777);
+    const auto screen = Screen();
+    const UINT64 outstanding = fake::Pool().OutstandingCount;
+    fake::FailAllocation(nth);
+    const EFI_STATUS status = DrawPng(png, 5, 5);
+    fake::FailAllocation(0);
+    if (!EFI_ERROR(status)) {
+      drawn = true;
+      break;
+    }
+    SCOPED_TRACE(nth);
+    EXPECT_EQ(Screen(), screen);
+    EXPECT_EQ(fake::Pool().OutstandingCount, outstanding);
+  }
+  EXPECT_TRUE(drawn);
+}
+
+TEST_F(ImageTest, CacheDecodesOnceAndNoticesChangedData) {
+  Fill(0);
+  std::vector<UINT8> png = SolidPng(2, 2, {255, 0, 0, 255});
+  const UINT64 decodes = ImageDisplay_DecodeCount();
+  DrawPng(png, 0, 0);
+  DrawPng(png, 10, 0);
+  EXPECT_EQ(ImageDisplay_DecodeCount(), decodes + 1);
+  EXPECT_EQ(fake::PixelAt(10, 0), 0xFF0000u);
+
+  // Other pixels at the same address and size.
+  const std::vector<UINT8> blue = SolidPng(2, 2, {0, 0, 255, 255});
+  ASSERT_EQ(blue.size(), png.size());
+  std::copy(blue.begin(), blue.end(), png.begin());
+  DrawPng(png, 20, 0);
+  EXPECT_EQ(fake::PixelAt(20, 0), 0x0000FFu);
+
+  // More pictures than the cache holds: the oldest go, nothing leaks.
+  const UINT64 outstanding = fake::Pool().OutstandingCount;
+  std::vector<std::vector<UINT8>> many;
+  for (int i = 0; i < 20; ++i) many.push_back(SolidPng(3, 3, {UINT8(i), 1, 2, 255}));
+  for (const auto& picture : many) EXPECT_EQ(DrawPng(picture, 0, 0), EFI_SUCCESS);
+  EXPECT_EQ(fake::PixelAt(0, 0), 0x130102u);
+  ImageDisplay_ClearCache();
+  EXPECT_LE(fake::Pool().OutstandingCount, outstanding);
+}
+
+} // namespace

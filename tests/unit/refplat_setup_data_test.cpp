@@ -1,0 +1,251 @@
+// The setup data service: the operation table against the schema, type-wide
+// getters, range-checked setters, the leave operations and their resets, the
+// password operations, and the exact trace lines.
+#include <cstring>
+
+#include "reference_platform/passwords.h"
+#include "reference_platform/setup_data_service.h"
+#include "tests/unit/refplat_fixture.h"
+
+namespace {
+
+class SetupDataTest : public RefPlatTest {
+protected:
+  UINT64 Op(UINT32 Number, UINT64 A = 0, UINT64 B = 0) {
+    return SetupDataService_Instance()->Operation[Number](A, B);
+  }
+  static UINT64 Address(const void* P) { return reinterpret_cast<UINT64>(P); }
+  std::string LastTrace() { return Trace().empty() ? std::string() : Trace().back(); }
+};
+
+TEST_F(SetupDataTest, UnassignedNumbersAreUnsupportedAndChangeNothing) {
+  for (UINT32 number = 0; number < kSetupDataOperationCount; ++number)
+    ASSERT_NE(SetupDataService_Instance()->Operation[number], nullptr) << number;
+  for (UINT32 number : {21u, 35u, 42u, 111u, 180u, 199u}) {
+    UINT64 storage = 0x1122334455667788ull;
+    Trace().clear();
+    EXPECT_EQ(Op(number, Address(&storage), 1), EFI_UNSUPPORTED) << number;
+    EXPECT_EQ(storage, 0x1122334455667788ull);
+    ASSERT_EQ(Trace().size(), 1u);
+    EXPECT_EQ(Trace()[0], "op " + std::to_string(number) + " -> 0x8000000000000003");
+  }
+  EXPECT_EQ(fake::SetVariableCalls(), 0u);
+  EXPECT_TRUE(Resets().empty());
+}
+
+TEST_F(SetupDataTest, GettersWriteExactlyTheirTypeWidth) {
+  UINT64 word = 0xAAAAAAAAAAAAAAAAull;
+  Op(52, Address(&word)); // hdd_password_mode, u8, default 0
+  EXPECT_EQ(word, 0xAAAAAAAAAAAAAA00ull);
+  word = 0xAAAAAAAAAAAAAAAAull;
+  Op(10, Address(&word)); // hot key scan code, u16
+  EXPECT_EQ(word, 0xAAAAAAAAAAAA0016ull);
+  word = 0xAAAAAAAAAAAAAAAAull;
+  Op(7, Address(&word)); // max password length, u64
+  EXPECT_EQ(word, 20u);
+  word = 0xAAAAAAAAAAAAAAAAull;
+  Op(107, Address(&word)); // boot order, u64
+  EXPECT_EQ(word, 0x4321u);
+
+  // 32-bit settings answer by value; a null pointer is not written.
+  Store_SetByName("key_source_mode", 2);
+  EXPECT_EQ(Op(193), 2u);
+  EXPECT_EQ(LastTrace(), "op 193 -> 2");
+  EXPECT_EQ(Op(27), 0u);
+  EXPECT_EQ(LastTrace(), "op 27 -> 0");
+
+  const CHAR16* text = nullptr;
+  Op(16, Address(&text));
+  ASSERT_NE(text, nullptr);
+  EXPECT_EQ(std::u16string(text), u"Intel(R) Core(TM) i5-3337U CPU @ 1.80GHz");
+  EXPECT_EQ(LastTrace(), "op 16");
+  Op(23, Address(&text));
+  EXPECT_EQ(std::u16string(text), u"QVX 1.00");
+}
+
+TEST_F(SetupDataTest, SettersAreRangeCheckedAndTraceTheirValue) {
+  EXPECT_EQ(Op(65, 1), EFI_SUCCESS);
+  EXPECT_EQ(Store_Get(kSetting_boot_speed), 1u);
+  EXPECT_EQ(LastTrace(), "op 65 1");
+  Op(65, 5); // outside 0..1: refused
+  EXPECT_EQ(Store_Get(kSetting_boot_speed), 1u);
+  Op(65, 0x100); // a u8 setter sees the low byte only
+  EXPECT_EQ(Store_Get(kSetting_boot_speed), 0u);
+  EXPECT_EQ(LastTrace(), "op 65 0");
+
+  Op(108, 0x1234);
+  EXPECT_EQ(Store_Get(kSetting_boot_order), 0x1234u);
+  EXPECT_EQ(LastTrace(), "op 108 4660");
+
+  Op(28, 2); // store the language
+  EXPECT_EQ(LastTrace(), "op 28 2");
+  EXPECT_EQ(Op(27), 2u);
+  Op(28, 3);
+  EXPECT_EQ(Op(27), 2u);
+}
+
+TEST_F(SetupDataTest, PresenceFollowsTheStore) {
+  UINT8 bytes[2] = {0x55, 0x55};
+  Op(66, Address(bytes));
+  EXPECT_EQ(bytes[0], 1);
+  EXPECT_EQ(bytes[1], 0x55);
+  EXPECT_EQ(LastTrace(), "op 66");
+  ASSERT_TRUE(Store_SetByName("boot_speed_present", 0));
+  Op(66, Address(bytes));
+  EXPECT_EQ(bytes[0], 0);
+}
+
+TEST_F(SetupDataTest, LoadDefaultsRevertsInMemoryOnly) {
+  Op(65, 1);
+  Op(113, 1);
+  EXPECT_EQ(Op(0), EFI_SUCCESS);
+  EXPECT_EQ(LastTrace(), "op 0 -> 0x0");
+  EXPECT_EQ(Store_Get(kSetting_boot_speed), 0u);
+  EXPECT_EQ(Store_Get(kSetting_wake_on_lan), 0u);
+  EXPECT_EQ(fake::SetVariableCalls(), 0u);
+  EXPECT_TRUE(Resets().empty());
+}
+
+TEST_F(SetupDataTest, SaveAndLeaveWritesThenResets) {
+  Op(65, 1);
+  Op(1);
+  ASSERT_EQ(Resets().size(), 1u);
+  EXPECT_EQ(Resets()[0].Type, EfiResetCold);
+  EXPECT_EQ(LastTrace(), "op 1"); // written before the reset
+  Store_ResetAll();
+  Store_Load();
+  EXPECT_EQ(Store_Get(kSetting_boot_speed), 1u);
+}
+
+TEST_F(SetupDataTest, FailedSaveStaysInTheUtility) {
+  Op(65, 1);
+  fake::FailSetVariable(1, EFI_DEVICE_ERROR);
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(Op(1), EFI_DEVICE_ERROR);
+  testing::internal::GetCapturedStderr();
+  EXPECT_TRUE(Resets().empty());
+  EXPECT_EQ(LastTrace(), "op 1 -> 0x8000000000000007");
+
+  fake::FailSetVariable(1, EFI_DEVICE_ERROR);
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(Op(4), EFI_DEVICE_ERROR);
+  testing::internal::GetCapturedStderr();
+  EXPECT_TRUE(Resets().empty());
+  EXPECT_EQ(Store_Requests() & kRequestBatteryOff, 0u); // no request left behind
+}
+
+TEST_F(SetupDataTest, LeaveWithoutSavingResetsWithTheGivenStatus) {
+  Op(65, 1);
+  Op(2, EFI_ABORTED);
+  EXPECT_EQ(fake::SetVariableCalls(), 0u);
+  ASSERT_EQ(Resets().size(), 1u);
+  EXPECT_EQ(Resets()[0].Type, EfiResetCold);
+  EXPECT_EQ(Resets()[0].Status, EFI_ABORTED);
+  EXPECT_EQ(LastTrace(), "op 2 0x8000000000000015");
+}
+
+TEST_F(SetupDataTest, BatteryOffSavesThenPowersOff) {
+  Op(113, 1);
+  Op(4);
+  ASSERT_EQ(Resets().size(), 1u);
+  EXPECT_EQ(Resets()[0].Type, EfiResetShutdown);
+  EXPECT_EQ(LastTrace(), "op 4");
+  Store_ResetAll();
+  Store_Load();
+  EXPECT_EQ(Store_Get(kSetting_wake_on_lan), 1u);
+  EXPECT_TRUE(Store_Requests() & kRequestBatteryOff);
+
+  Resets().clear();
+  const UINT64 writes = fake::SetVariableCalls();
+  Op(190); // shut down: no save
+  ASSERT_EQ(Resets().size(), 1u);
+  EXPECT_EQ(Resets()[0].Type, EfiResetShutdown);
+  EXPECT_EQ(fake::SetVariableCalls(), writes);
+  EXPECT_EQ(LastTrace(), "op 190");
+}
+
+TEST_F(SetupDataTest, HotKeyReportInstallsTheRestartTrigger) {
+  auto triggers = [] {
+    UINTN count = 0;
+    EFI_HANDLE* handles = nullptr;
+    if (EFI_ERROR(fake::BootServices()->LocateHandleBuffer(ByProtocol, &kRestartTriggerGuid,
+                                                           nullptr, &count, &handles)))
+      return UINTN(0);
+    fake::BootServices()->FreePool(handles);
+    return count;
+  };
+  Op(11, SCAN_F11);
+  EXPECT_EQ(triggers(), 0u);
+  EXPECT_EQ(LastTrace(), "op 11 21");
+  Op(11, SCAN_F12);
+  EXPECT_EQ(triggers(), 1u);
+  Op(11, SCAN_F12);
+  EXPECT_EQ(triggers(), 2u); // each report on a new handle
+  EXPECT_EQ(LastTrace(), "op 11 22");
+}
+
+TEST_F(SetupDataTest, ValueAndActionShapesTrace) {
+  EXPECT_EQ(Op(15, 7, 9), 3u);
+  EXPECT_EQ(LastTrace(), "op 15 7 9 -> 3");
+  Op(5, 25);
+  EXPECT_EQ(LastTrace(), "op 5 25");
+  Op(166, 1);
+  EXPECT_EQ(LastTrace(), "op 166 1");
+  EXPECT_TRUE(Store_Requests() & kRequestTpmEnable);
+  EXPECT_EQ(Op(46), EFI_SUCCESS);
+  EXPECT_EQ(LastTrace(), "op 46 -> 0x0");
+  EXPECT_EQ(Op(106), EFI_SUCCESS);
+  EXPECT_TRUE(Store_Requests() & kRequestClearSecureBootKeys);
+  EXPECT_TRUE(Store_Requests() & kRequestResetBootLogo);
+  UINT8 flag = 9;
+  Op(163, Address(&flag));
+  EXPECT_EQ(flag, 0);
+  EXPECT_EQ(LastTrace(), "op 163");
+}
+
+TEST_F(SetupDataTest, DisplayPortArrays) {
+  UINT32 types[5] = {9, 9, 9, 9, 9};
+  UINT8 present[5] = {9, 9, 9, 9, 9};
+  Store_SetByName("display_port4_type", 3);
+  Op(152, Address(types));
+  Op(153, Address(present));
+  EXPECT_EQ(types[0], 0u);
+  EXPECT_EQ(types[1], 2u);
+  EXPECT_EQ(types[2], 4u);
+  EXPECT_EQ(types[3], 3u);
+  EXPECT_EQ(types[4], 9u);
+  EXPECT_EQ(present[0], 1);
+  EXPECT_EQ(present[1], 1);
+  EXPECT_EQ(present[2], 0);
+  EXPECT_EQ(present[3], 0);
+  EXPECT_EQ(present[4], 9);
+  EXPECT_EQ(Op(152, 0), EFI_INVALID_PARAMETER);
+}
+
+TEST_F(SetupDataTest, PasswordOperationsNeverTraceThePassword) {
+  const CHAR16* password = u"zebra7";
+  EXPECT_EQ(Op(29), 0u);
+  EXPECT_EQ(Op(31, Address(password)), 1u);
+  EXPECT_EQ(LastTrace(), "op 31 -> 1");
+  EXPECT_EQ(Op(29), 1u);
+  EXPECT_EQ(LastTrace(), "op 29 -> 1");
+  EXPECT_EQ(Op(30, Address(password)), 1u);
+  EXPECT_EQ(Op(30, Address(u"zebra8")), 0u);
+  EXPECT_EQ(Op(33, Address(password)), 0u); // the user password is another one
+  EXPECT_EQ(Op(9, Address(password), Address(u"zebra7")), 1u);
+  EXPECT_EQ(LastTrace(), "op 9 -> 1");
+  EXPECT_EQ(Op(9, Address(password), Address(u"zebra")), 0u);
+
+  EXPECT_EQ(Op(41, Address(u"disk")), 1u);
+  EXPECT_EQ(Op(39), 1u);
+  EXPECT_EQ(Op(36), 0u);
+  EXPECT_EQ(Op(41, Address(u"")), 1u); // empty deletes
+  EXPECT_EQ(Op(39), 0u);
+
+  for (const std::string& line : Trace()) {
+    EXPECT_EQ(line.find("zebra"), std::string::npos) << line;
+    EXPECT_EQ(line.find("disk"), std::string::npos) << line;
+  }
+}
+
+} // namespace

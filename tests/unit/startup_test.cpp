@@ -1,0 +1,172 @@
+// Start-up: the mode choice, the services the utility cannot run without, and
+// the restart that rebuilds the screen without binding or reading the
+// settings again. Each test runs the whole product (reference platform
+// launcher, then the utility) on a fresh fake firmware.
+#include <string>
+#include <vector>
+
+#include "core/startup.h"
+#include "host/fake_firmware_fixture.h"
+#include "reference_platform/reference_platform.h"
+#include "setup_data/main_page_table.h"
+
+namespace {
+
+std::vector<std::string>* gTrace = nullptr;
+void CollectTrace(const char* Line) {
+  if (gTrace) gTrace->push_back(Line);
+}
+
+size_t CountLines(const std::vector<std::string>& Lines, const std::string& Prefix) {
+  size_t n = 0;
+  for (const std::string& l : Lines)
+    if (l == Prefix || l.rfind(Prefix + " ", 0) == 0) ++n;
+  return n;
+}
+
+class StartupTest : public FakeFirmwareTest {
+protected:
+  void SetUp() override {
+    FakeFirmwareTest::SetUp();
+    // The run is stopped inside the main loop, so the utility's pool blocks
+    // (item buffers, saved tab pixels) are legitimately still held.
+    CheckPool = false;
+    Quorvex_Startup_Reset();
+    gTrace = &Trace;
+    SetupDataTraceSink = CollectTrace;
+  }
+  void TearDown() override {
+    SetupDataTraceSink = nullptr;
+    gTrace = nullptr;
+    FakeFirmwareTest::TearDown();
+  }
+  fake::Options FirmwareOptions() const override { return Opts; }
+
+  fake::RunResult RunProduct(int Rounds = 1, std::function<void(int)> Between = nullptr) {
+    return RunUntilIdle(QuorvexPlatform_EntryPoint, Rounds, Between);
+  }
+
+  fake::Options Opts;
+  std::vector<std::string> Trace;
+};
+
+class ModeChoiceTest : public StartupTest {};
+
+TEST_F(ModeChoiceTest, NarrowestModeAtLeast1024WideWins) {
+  Opts.Modes = {{800, 600}, {1366, 768}, {1024, 768}, {1280, 1024}};
+  fake::Reset(Opts);
+  fake::RunResult r = RunProduct();
+  EXPECT_TRUE(r.Stopped);
+  EXPECT_EQ(fake::CurrentMode(), 2u);
+  EXPECT_EQ(ScreenWidth, 1024u);
+  EXPECT_EQ(ScreenHeight, 768u);
+  EXPECT_EQ(TabWidth, 1024u / 4 - 3);
+}
+
+TEST_F(ModeChoiceTest, AmongEqualWidthsTheLowerNumberWinsWhateverItsHeight) {
+  Opts.Modes = {{1024, 600}, {1024, 768}};
+  fake::Reset(Opts);
+  RunProduct();
+  EXPECT_EQ(fake::CurrentMode(), 0u);
+  EXPECT_EQ(ScreenHeight, 600u);
+
+  Quorvex_Startup_Reset();
+  Opts.Modes = {{1280, 1024}, {1024, 768}, {1024, 600}};
+  fake::Reset(Opts);
+  RunProduct();
+  EXPECT_EQ(fake::CurrentMode(), 1u);
+  EXPECT_EQ(ScreenHeight, 768u);
+}
+
+TEST_F(ModeChoiceTest, OnlyNarrowModesEndTheUtilityWithNothingDrawn) {
+  Opts.Modes = {{800, 600}, {640, 480}};
+  fake::Reset(Opts);
+  EFI_STATUS utilityStatus = EFI_SUCCESS;
+  fake::SetImageReturnHandler([&](EFI_HANDLE, EFI_STATUS Status) { utilityStatus = Status; });
+  RunProduct();
+  fake::SetImageReturnHandler(nullptr);
+  EXPECT_EQ(utilityStatus, EFI_NOT_FOUND);
+  EXPECT_EQ(fake::Blt().PixelsWritten, 0u);
+  EXPECT_EQ(fake::SetModeCalls(), 0u);
+}
+
+struct MissingProtocol {
+  const char* Name;
+  EFI_GUID Guid;
+};
+
+class FailureTableTest : public StartupTest,
+                         public ::testing::WithParamInterface<MissingProtocol> {};
+
+TEST_P(FailureTableTest, MissingRequiredProtocolEndsWithNotFoundAndDrawsNothing) {
+  fake::HideProtocol(GetParam().Guid);
+  EFI_STATUS utilityStatus = EFI_SUCCESS;
+  fake::SetImageReturnHandler([&](EFI_HANDLE, EFI_STATUS Status) { utilityStatus = Status; });
+  RunProduct();
+  fake::SetImageReturnHandler(nullptr);
+  EXPECT_EQ(utilityStatus, EFI_NOT_FOUND) << GetParam().Name;
+  EXPECT_EQ(fake::Blt().PixelsWritten, 0u) << GetParam().Name;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    EveryRequiredService, FailureTableTest,
+    ::testing::Values(MissingProtocol{"GraphicsOutput", kGraphicsOutputGuid},
+                      MissingProtocol{"ImageDisplay", kImageDisplayGuid},
+                      MissingProtocol{"PlatformService", kPlatformServiceGuid},
+                      MissingProtocol{"HiiFont", kHiiFontGuid},
+                      MissingProtocol{"GlyphFont", kGlyphFontGuid},
+                      MissingProtocol{"SetupData", kSetupDataGuid}),
+    [](const ::testing::TestParamInfo<MissingProtocol>& Info) { return Info.param.Name; });
+
+TEST_F(StartupTest, MissingDebugTraceIsIgnored) {
+  fake::HideProtocol(kDebugTraceGuid);
+  fake::RunResult r = RunProduct();
+  EXPECT_TRUE(r.Stopped);
+  EXPECT_EQ(DebugTraceProtocol, nullptr);
+  EXPECT_EQ(fake::PixelAt(1024 / 2, 768 / 2), 0xEBF1FAu);
+}
+
+TEST_F(StartupTest, FixedScreenRegionsAreDrawnInTheirColours) {
+  RunProduct();
+  // Page area and right column; the left band carries the picture.
+  EXPECT_EQ(fake::PixelAt(600, 700), 0xEBF1FAu);
+  EXPECT_EQ(fake::PixelAt(1000, 5), 0xD8E1F2u);
+  EXPECT_NE(fake::PixelAt(100, 5), 0xEBF1FAu);
+}
+
+TEST_F(StartupTest, StoredLanguageOutsideTheTableReadsAsEnglish) {
+  PlatformStartHook = [] { Store_SetByName("language", 7); };
+  RunProduct();
+  PlatformStartHook = nullptr;
+  EXPECT_EQ(Language, 0u);
+}
+
+// The restart pass repeats the mode choice and the layout but neither binds
+// again nor reads the settings again; only the first installation of the
+// trigger protocol restarts, because the notification closes its event and
+// the restart pass registers a new one.
+TEST_F(StartupTest, RestartRebuildsTheScreenOnceWithoutReadingSettingsAgain) {
+  const UINT64 rowWidth = 2 * 1024 / 4 - 300;
+  size_t setUpLines = 0;
+  RunProduct(3, [&](int Round) {
+    if (Round == 0) {
+      setUpLines = Trace.size();
+      EXPECT_EQ(CountLines(Trace, "op 16"), 1u);
+      EXPECT_EQ(MainPageItems[0].Width, rowWidth);
+      MainPageItems[0].Width = 0;  // the layout must put it back
+      fake::TriggerRestart();
+      fake::TriggerRestart();
+    } else if (Round == 1) {
+      EXPECT_EQ(MainPageItems[0].Width, rowWidth);
+      EXPECT_EQ(fake::SetModeCalls(), 2u);
+      fake::TriggerRestart();
+    }
+  });
+  EXPECT_EQ(fake::SetModeCalls(), 3u);
+  // After the first pass only the main loop's start (the hot-key scan code)
+  // talks to the service: no binding, no set-up, no refresh.
+  std::vector<std::string> later(Trace.begin() + setUpLines, Trace.end());
+  EXPECT_EQ(later, (std::vector<std::string>{"op 10", "op 10"}));
+}
+
+}  // namespace

@@ -1,0 +1,181 @@
+// The setup data wrappers: each reaches its own operation number, passes
+// storage of the setting's width, cuts written values to that width and
+// sign-extends 32-bit answers.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <vector>
+
+#include "core/startup.h"
+#include "setup_data/setup_data_wrappers.h"
+
+namespace {
+
+struct Call {
+  UINT32 Op;
+  UINT64 Argument1;
+  UINT64 Argument2;
+};
+
+std::vector<Call> gCalls;
+UINT64 gAnswer = 0;
+// Bytes an operation writes through its first argument (a getter's store).
+std::vector<UINT8> gWrite;
+
+template <UINT32 N> UINT64 EFIAPI Record(UINT64 Argument1, UINT64 Argument2) {
+  gCalls.push_back({N, Argument1, Argument2});
+  if (Argument1 != 0 && !gWrite.empty()) {
+    std::memcpy(reinterpret_cast<void*>(Argument1), gWrite.data(), gWrite.size());
+  }
+  return gAnswer;
+}
+
+template <UINT32... N> SetupDataProtocol MakeTable(std::integer_sequence<UINT32, N...>) {
+  return SetupDataProtocol{{Record<N>...}};
+}
+
+class WrappersTest : public ::testing::Test {
+protected:
+  void SetUp() override {
+    table_ = MakeTable(std::make_integer_sequence<UINT32, kSetupDataOperationCount>());
+    saved_ = SetupData;
+    SetupData = &table_;
+    gCalls.clear();
+    gWrite.clear();
+    gAnswer = 0;
+  }
+  void TearDown() override { SetupData = saved_; }
+
+  const Call& Only() {
+    EXPECT_EQ(gCalls.size(), 1u);
+    return gCalls.back();
+  }
+
+private:
+  SetupDataProtocol table_;
+  SetupDataProtocol* saved_ = nullptr;
+};
+
+TEST_F(WrappersTest, GettersPassStorageOfTheSettingsWidth) {
+  // A byte getter must not let the operation write beyond one byte: the
+  // storage next to it stays as it was.
+  struct {
+    UINT8 Value;
+    UINT8 Guard[7];
+  } byte = {0x11, {0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE, 0xEE}};
+  gWrite = {0x01};
+  SetupData_Get_boot_speed(&byte.Value);
+  EXPECT_EQ(Only().Op, 64u);
+  EXPECT_EQ(gCalls.back().Argument1, reinterpret_cast<UINT64>(&byte.Value));
+  EXPECT_EQ(byte.Value, 0x01);
+  EXPECT_EQ(byte.Guard[0], 0xEE);
+
+  gCalls.clear();
+  UINT16 year = 0;
+  gWrite = {0xDA, 0x07};
+  SetupData_Get_minimum_year(&year);
+  EXPECT_EQ(Only().Op, 14u);
+  EXPECT_EQ(year, 2010);
+
+  gCalls.clear();
+  UINT64 order = 0;
+  gWrite = {0x21, 0x43, 0, 0, 0, 0, 0, 0};
+  SetupData_Get_boot_order(&order);
+  EXPECT_EQ(Only().Op, 107u);
+  EXPECT_EQ(order, 0x4321u);
+
+  gCalls.clear();
+  UINT8 present = 0;
+  gWrite = {1};
+  SetupData_Present_execute_disable_bit(&present);
+  EXPECT_EQ(Only().Op, 69u);
+  EXPECT_EQ(present, 1);
+}
+
+TEST_F(WrappersTest, TextGetterStoresTheServicesPointer) {
+  static const CHAR16 kText[] = u"QVX 1.00";
+  const CHAR16* address = kText;
+  std::vector<UINT8> bytes(sizeof(address));
+  std::memcpy(bytes.data(), &address, sizeof(address));
+  gWrite = bytes;
+  const CHAR16* text = nullptr;
+  SetupData_Get_system_bios_version(&text);
+  EXPECT_EQ(Only().Op, 23u);
+  EXPECT_EQ(text, kText);
+}
+
+TEST_F(WrappersTest, SettersCutTheValueToTheSettingsWidth) {
+  SetupData_Set_boot_speed(0x1FF);
+  EXPECT_EQ(Only().Op, 65u);
+  EXPECT_EQ(gCalls.back().Argument1, 0xFFu);
+
+  gCalls.clear();
+  SetupData_Set_boot_order(0x1234567890ull);
+  EXPECT_EQ(Only().Op, 108u);
+  EXPECT_EQ(gCalls.back().Argument1, 0x1234567890ull);
+
+  gCalls.clear();
+  SetupData_Set_backlight_lighting_time(61);
+  EXPECT_EQ(Only().Op, 143u);
+  EXPECT_EQ(gCalls.back().Argument1, 61u);
+}
+
+TEST_F(WrappersTest, ThirtyTwoBitAnswersAreSignExtended) {
+  gAnswer = 0xFFFFFFFFu;
+  EXPECT_EQ(SetupData_ReadValue_language(), -1);
+  EXPECT_EQ(Only().Op, 27u);
+  EXPECT_EQ(gCalls.back().Argument1, 0u) << "read value passes no storage";
+
+  gCalls.clear();
+  gAnswer = 0xFFFFFFFF00000002ull;  // only the low 32 bits are the answer
+  EXPECT_EQ(SetupData_ReadValue_key_source_mode(), 2);
+  EXPECT_EQ(Only().Op, 193u);
+
+  gCalls.clear();
+  gAnswer = 0x1FF;  // a byte setting answers as the service says
+  EXPECT_EQ(SetupData_ReadValue_supervisor_access(), 0x1FF);
+  EXPECT_EQ(Only().Op, 8u);
+}
+
+TEST_F(WrappersTest, OperationsFollowTheirShapes) {
+  SetupData_leave_without_saving(EFI_ABORTED);
+  EXPECT_EQ(Only().Op, 2u);
+  EXPECT_EQ(gCalls.back().Argument1, 0x8000000000000015ull);
+
+  gCalls.clear();
+  SetupData_load_defaults();
+  EXPECT_EQ(Only().Op, 0u);
+  SetupData_save_and_leave();
+  EXPECT_EQ(gCalls.back().Op, 1u);
+  SetupData_store_language(2);
+  EXPECT_EQ(gCalls.back().Op, 28u);
+  EXPECT_EQ(gCalls.back().Argument1, 2u);
+  SetupData_report_hot_key(0x16);
+  EXPECT_EQ(gCalls.back().Op, 11u);
+  EXPECT_EQ(gCalls.back().Argument1, 0x16u);
+  SetupData_tpm_state_changed(1);
+  EXPECT_EQ(gCalls.back().Op, 166u);
+
+  gCalls.clear();
+  gAnswer = 7;
+  EXPECT_EQ(SetupData_read_cursor_hide_seconds(4, 5), 7u);
+  EXPECT_EQ(Only().Op, 15u);
+  EXPECT_EQ(gCalls.back().Argument1, 4u);
+  EXPECT_EQ(gCalls.back().Argument2, 5u);
+
+  gCalls.clear();
+  const CHAR16 a[] = u"one";
+  const CHAR16 b[] = u"two";
+  SetupData_compare_passwords(a, b);
+  EXPECT_EQ(Only().Op, 9u);
+  EXPECT_EQ(gCalls.back().Argument1, reinterpret_cast<UINT64>(a));
+  EXPECT_EQ(gCalls.back().Argument2, reinterpret_cast<UINT64>(b));
+
+  gCalls.clear();
+  UINT32 ports[4] = {};
+  SetupData_read_display_port_types(ports);
+  EXPECT_EQ(Only().Op, 152u);
+  EXPECT_EQ(gCalls.back().Argument1, reinterpret_cast<UINT64>(ports));
+}
+
+}  // namespace
