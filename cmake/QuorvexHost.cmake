@@ -90,13 +90,16 @@ quorvex_prefix(gen_reference ${GEN} ${QUORVEX_GENERATED_REFERENCE_SOURCES})
 set(QUORVEX_HOST_LIBRARIES)
 
 add_library(quorvex_platform_lib STATIC ${QUORVEX_PLATFORM_LIB_SOURCES})
-target_link_libraries(quorvex_platform_lib PUBLIC quorvex_host_flags quorvex_firmware_flags)
+# The freestanding flags stay PRIVATE: host code and tests linking these
+# libraries keep exceptions and the standard library.
+target_link_libraries(quorvex_platform_lib PUBLIC quorvex_host_flags
+                      PRIVATE quorvex_firmware_flags)
 add_dependencies(quorvex_platform_lib quorvex_generated)
 
 set(utility_sources ${QUORVEX_UTILITY_SOURCES} ${gen_utility})
 if(utility_sources)
   add_library(quorvex_utility STATIC ${utility_sources})
-  target_link_libraries(quorvex_utility PUBLIC quorvex_platform_lib)
+  target_link_libraries(quorvex_utility PUBLIC quorvex_platform_lib PRIVATE quorvex_firmware_flags)
   add_dependencies(quorvex_utility quorvex_generated)
   list(APPEND QUORVEX_HOST_LIBRARIES quorvex_utility)
 endif()
@@ -104,7 +107,8 @@ endif()
 set(reference_sources ${QUORVEX_REFERENCE_SOURCES} ${gen_reference})
 if(reference_sources)
   add_library(quorvex_reference STATIC ${reference_sources})
-  target_link_libraries(quorvex_reference PUBLIC quorvex_platform_lib)
+  target_link_libraries(quorvex_reference PUBLIC quorvex_platform_lib
+                        PRIVATE quorvex_firmware_flags)
   add_dependencies(quorvex_reference quorvex_generated)
   list(APPEND QUORVEX_HOST_LIBRARIES quorvex_reference)
 endif()

@@ -17,6 +17,12 @@ set(CMAKE_ASM_COMPILER_TARGET x86_64-unknown-windows)
 set(CMAKE_AR ${QUORVEX_LLVM_AR})
 set(CMAKE_LINKER ${QUORVEX_LLD_LINK})
 
+# CMake's Generic platform sets no dependency-file flags, so without these
+# the objects would not be rebuilt when a header they include changes.
+set(CMAKE_DEPFILE_FLAGS_C "-MD -MT <DEP_TARGET> -MF <DEP_FILE>")
+set(CMAKE_DEPFILE_FLAGS_CXX "-MD -MT <DEP_TARGET> -MF <DEP_FILE>")
+set(CMAKE_DEPFILE_FLAGS_ASM "-MD -MT <DEP_TARGET> -MF <DEP_FILE>")
+
 # Nothing can be linked or run before the images exist.
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
 

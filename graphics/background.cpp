@@ -31,9 +31,8 @@ EFI_STATUS DrawBandJpeg() {
   if (!ImageDisplay || !ImageDisplay->Operations || !ImageDisplay->Operations->DrawJpeg ||
       !kLeftBandPicture.Data)
     return EFI_NOT_FOUND;
-  return ImageDisplay->Operations->DrawJpeg(kLeftBandPicture.Data,
-                                            static_cast<UINT32>(kLeftBandPicture.Size),
-                                            kBandPictureX, 0);
+  return ImageDisplay->Operations->DrawJpeg(
+      kLeftBandPicture.Data, static_cast<UINT32>(kLeftBandPicture.Size), kBandPictureX, 0);
 }
 
 // For every band column, the source column it shows: a column is repeated
@@ -99,7 +98,8 @@ bool DrawStretchedBand() {
   // band rows.
   INT64 s = 0;
   for (UINT64 r = 0; r < height; ++r) {
-    const UINT64 row = static_cast<UINT64>(s) < sourceRows ? static_cast<UINT64>(s) : sourceRows - 1;
+    const UINT64 row =
+        static_cast<UINT64>(s) < sourceRows ? static_cast<UINT64>(s) : sourceRows - 1;
     const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* from = source.get() + row * kBandSourceWidth;
     EFI_GRAPHICS_OUTPUT_BLT_PIXEL* to = destination.get() + r * band;
     for (UINT64 c = 0; c < band; ++c) to[c] = from[columns[c]];
@@ -113,7 +113,7 @@ bool DrawStretchedBand() {
   return true;
 }
 
-}  // namespace
+} // namespace
 
 void Quorvex_BackGround_Left() {
   if (ScreenWidth == 1024 && ScreenHeight == 768) {
@@ -162,8 +162,7 @@ void Quorvex_HelpBar_DrawBody() {
   }
   Quorvex_Help_Button_Control(x, top + 140, width, 50, TextOf(TEXT(CommonHelpBarSaveAndExit)),
                               u"[F10]");
-  Quorvex_Help_Button_Control(x, top + 200, width, 50, TextOf(TEXT(CommonHelpBarClose)),
-                              u"[ESC]");
+  Quorvex_Help_Button_Control(x, top + 200, width, 50, TextOf(TEXT(CommonHelpBarClose)), u"[ESC]");
   Quorvex_ItemHelp_DrawBody(u"");
 }
 
@@ -218,8 +217,8 @@ void Quorvex_Grayout_All_Screen() {
     const UINT32 p = saved[i];
     out[i] = ((p >> 1) & 0x007F7F7Fu) | (p & 0xFF000000u);
   }
-  Quorvex_Blt(reinterpret_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(out), EfiBltBufferToVideo, 0, 0,
-              0, 0, width, height, delta);
+  Quorvex_Blt(reinterpret_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(out), EfiBltBufferToVideo, 0, 0, 0,
+              0, width, height, delta);
 }
 
 void Quorvex_Restore_All_Screen() {

@@ -44,7 +44,8 @@ EFI_STATUS LabelledButton(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height, const
 
 EFI_STATUS HelpButton(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height, const CHAR16* Caption,
                       const CHAR16* KeyText, UINT32 TextColour) {
-  EFI_STATUS status = Quorvex_Draw_Face(X, Y, Width, Height, kColourButtonFace, kColourButtonBorder);
+  EFI_STATUS status =
+      Quorvex_Draw_Face(X, Y, Width, Height, kColourButtonFace, kColourButtonBorder);
   if (EFI_ERROR(status)) return status;
   const UINT64 top = CentredLineTop(Y, Height);
   if (Caption)
@@ -56,7 +57,7 @@ EFI_STATUS HelpButton(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height, const CHA
   return status;
 }
 
-}  // namespace
+} // namespace
 
 void Quorvex_Draw_Button_Face(EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Pixels, UINT64 Width, UINT64 Height,
                               EFI_GRAPHICS_OUTPUT_BLT_PIXEL Fill,
@@ -88,7 +89,8 @@ EFI_STATUS Quorvex_Draw_Face(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height, UI
     // border colour everywhere, then the inside.
     EFI_STATUS status = Quorvex_FillRect(X, Y, Width, Height, Border);
     if (EFI_ERROR(status)) return status;
-    if (Width > 4 && Height > 4) status = Quorvex_FillRect(X + 2, Y + 2, Width - 4, Height - 4, Fill);
+    if (Width > 4 && Height > 4)
+      status = Quorvex_FillRect(X + 2, Y + 2, Width - 4, Height - 4, Fill);
     return status;
   }
   if (!DrawableExtent(Width, Height)) return EFI_INVALID_PARAMETER;
@@ -138,8 +140,7 @@ EFI_STATUS Quorvex_Selected_Label_Button_Control(UINT64 X, UINT64 Y, UINT64 Widt
 EFI_STATUS Quorvex_Grayout_Label_Button_Control(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
                                                 const CHAR16* Label, const CHAR16* Caption,
                                                 UINT64 LabelWidth) {
-  return LabelledButton(X, Y, Width, Height, Label, Caption, LabelWidth, kGreyed,
-                        kColourGreyText);
+  return LabelledButton(X, Y, Width, Height, Label, Caption, LabelWidth, kGreyed, kColourGreyText);
 }
 
 EFI_STATUS Quorvex_Help_Button_Control(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,

@@ -27,7 +27,9 @@ constinit UINT64 FlushY = 0;
 constinit UINT64 FlushWidth = 0;
 constinit UINT64 FlushHeight = 0;
 
-UINT64 FramePixels() { return FrameWidth * FrameHeight; }
+UINT64 FramePixels() {
+  return FrameWidth * FrameHeight;
+}
 
 // Linear index of (X, Y) in the frame; false when it lies at or past the end
 // of the array (or the arithmetic overflows).
@@ -43,7 +45,9 @@ bool LinearIndex(UINT64 X, UINT64 Y, UINT64* Index) {
 
 // Row stride of the caller's array in pixels: Delta ÷ 4, where a Delta of 0
 // means rows of Width pixels, as for the firmware's Blt.
-UINT64 CallerStride(UINTN Width, UINTN Delta) { return Delta == 0 ? Width : Delta / 4; }
+UINT64 CallerStride(UINTN Width, UINTN Delta) {
+  return Delta == 0 ? Width : Delta / 4;
+}
 
 // Columns of a row that lie left of the right edge when it starts at X.
 UINT64 VisibleColumns(UINT64 X, UINT64 Width) {
@@ -67,8 +71,8 @@ void Fill(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Colour, UINTN X, UINTN Y, UINTN W
   }
 }
 
-void FrameToCaller(EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Caller, UINTN SourceX, UINTN SourceY,
-                   UINTN Width, UINTN Height, UINTN Delta) {
+void FrameToCaller(EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Caller, UINTN SourceX, UINTN SourceY, UINTN Width,
+                   UINTN Height, UINTN Delta) {
   const UINT64 columns = VisibleColumns(SourceX, Width);
   if (columns == 0) return;
   const UINT64 stride = CallerStride(Width, Delta);
@@ -94,8 +98,8 @@ void CallerToFrame(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Caller, UINTN Destinatio
 // Frame to frame, rows in increasing order and, within a row, pixels in
 // increasing order: a destination that overlaps the source further right
 // repeats the source's first pixels, exactly as a pixel-by-pixel copy would.
-void FrameToFrame(UINTN SourceX, UINTN SourceY, UINTN DestinationX, UINTN DestinationY,
-                  UINTN Width, UINTN Height) {
+void FrameToFrame(UINTN SourceX, UINTN SourceY, UINTN DestinationX, UINTN DestinationY, UINTN Width,
+                  UINTN Height) {
   if (Width == 0) return;
   const UINT64 total = FramePixels();
   for (UINT64 j = 0; j < Height; ++j) {
@@ -156,7 +160,7 @@ void FreeFrame() {
   FrameHeight = 0;
 }
 
-}  // namespace
+} // namespace
 
 EFI_STATUS Quorvex_DoubleBuffer_Start(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
   if (!GraphicsOutput) return EFI_INVALID_PARAMETER;
@@ -193,8 +197,8 @@ void Quorvex_DoubleBuffer_Flush() {
     const UINT64 rows = FrameHeight - FlushY;
     const UINT64 height = FlushHeight < rows ? FlushHeight : rows;
     if (width > 0 && height > 0)
-      FirmwareBlt(GraphicsOutput, Frame, EfiBltBufferToVideo, FlushX, FlushY, FlushX, FlushY,
-                  width, height, FrameWidth * sizeof *Frame);
+      FirmwareBlt(GraphicsOutput, Frame, EfiBltBufferToVideo, FlushX, FlushY, FlushX, FlushY, width,
+                  height, FrameWidth * sizeof *Frame);
   }
   GraphicsOutput->Blt = BufferedBlt;
 }

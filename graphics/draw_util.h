@@ -37,7 +37,9 @@ inline EFI_STATUS Quorvex_DrawPicture(const Picture& Image, UINT64 X, UINT64 Y) 
 }
 
 // a − b, or 0 when b > a.
-constexpr UINT64 SaturatingSub(UINT64 A, UINT64 B) { return A > B ? A - B : 0; }
+constexpr UINT64 SaturatingSub(UINT64 A, UINT64 B) {
+  return A > B ? A - B : 0;
+}
 
 // True when a Width × Height pixel array may be allocated.
 constexpr bool DrawableExtent(UINT64 Width, UINT64 Height) {
@@ -51,4 +53,6 @@ inline bool InsideScreen(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
 }
 
 // The 0xRRGGBB colour as a 32-bit buffer word (Reserved 0).
-constexpr UINT32 PixelWordOf(UINT32 Rgb) { return Rgb & 0xFFFFFFu; }
+constexpr UINT32 PixelWordOf(UINT32 Rgb) {
+  return Rgb & 0xFFFFFFu;
+}

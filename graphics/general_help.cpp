@@ -23,8 +23,8 @@ constinit UINT64 HelpPageCount = 0;
 constinit UINT64 HelpPageIndex = 0;
 
 struct HelpGeometry {
-  UINT64 X, Y, Width, Height;                  // the window
-  UINT64 TextX, TextY, TextWidth, TextHeight;  // the page box
+  UINT64 X, Y, Width, Height;                 // the window
+  UINT64 TextX, TextY, TextWidth, TextHeight; // the page box
 };
 
 HelpGeometry Geometry() {
@@ -46,8 +46,7 @@ void DrawPage() {
   const CHAR16* page = HelpPageIndex < HelpPageCount ? HelpPages[HelpPageIndex] : nullptr;
   Quorvex_Button_Control_Color_Modified_Mode(g.TextX, g.TextY, g.TextWidth, g.TextHeight, page,
                                              Pixel(kColourPageArea), Pixel(kColourButtonBorder));
-  Quorvex_Draw_ScrollBar(g.TextX, g.TextY, g.TextWidth, g.TextHeight, HelpPageCount,
-                         HelpPageIndex);
+  Quorvex_Draw_ScrollBar(g.TextX, g.TextY, g.TextWidth, g.TextHeight, HelpPageCount, HelpPageIndex);
 }
 
 void DrawWindow() {
@@ -55,10 +54,9 @@ void DrawWindow() {
   Quorvex_Button_Control_Color_Modified_Mode(g.X, g.Y, g.Width, g.Height, nullptr,
                                              Pixel(kColourRightColumn), Pixel(kColourRightColumn));
   UINT64 last = 0;
-  const EFI_STATUS split =
-      Quorvex_SplitTextLines(TextOf(TEXT(CommonGeneralHelp)), g.TextWidth,
-                             SaturatingSub(g.TextHeight, GlyphLineHeight), HelpPages,
-                             kHelpPageSlots, &last);
+  const EFI_STATUS split = Quorvex_SplitTextLines(TextOf(TEXT(CommonGeneralHelp)), g.TextWidth,
+                                                  SaturatingSub(g.TextHeight, GlyphLineHeight),
+                                                  HelpPages, kHelpPageSlots, &last);
   HelpPageCount = split == EFI_ABORTED || split == EFI_INVALID_PARAMETER ? 0 : last + 1;
   // A text that became shorter (another language) keeps the page in range.
   if (HelpPageIndex >= HelpPageCount) HelpPageIndex = HelpPageCount == 0 ? 0 : HelpPageCount - 1;
@@ -70,7 +68,7 @@ void DrawWindow() {
                                             TextOf(TEXT(CommonOk)));
 }
 
-}  // namespace
+} // namespace
 
 void Quorvex_Draw_ScrollBar(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height, UINT64 PageCount,
                             UINT64 CurrentPage) {
@@ -141,8 +139,12 @@ EFI_STATUS Quorvex_GeneralHelp() {
   return result;
 }
 
-UINT64 Quorvex_GeneralHelp_PageIndex() { return HelpPageIndex; }
-UINT64 Quorvex_GeneralHelp_PageCount() { return HelpPageCount; }
+UINT64 Quorvex_GeneralHelp_PageIndex() {
+  return HelpPageIndex;
+}
+UINT64 Quorvex_GeneralHelp_PageCount() {
+  return HelpPageCount;
+}
 
 void Quorvex_Windows_Reset() {
   ChoiceWindowOpen = 0;

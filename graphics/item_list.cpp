@@ -21,9 +21,13 @@ constexpr UINT64 kListIndent = 50;
 // Options beyond this many are not shown by a drop-down list.
 constexpr UINTN kMaxShownOptions = 32;
 
-UINT64 SaturatingAdd(UINT64 A, UINT64 B) { return A > ~0ull - B ? ~0ull : A + B; }
+UINT64 SaturatingAdd(UINT64 A, UINT64 B) {
+  return A > ~0ull - B ? ~0ull : A + B;
+}
 
-UINT64 RowStep(const SetupItem& Item) { return SaturatingAdd(Item.Height, Item.Gap); }
+UINT64 RowStep(const SetupItem& Item) {
+  return SaturatingAdd(Item.Height, Item.Gap);
+}
 
 // The current language's texts of a null-terminated array of text
 // references, into Out (kMaxShownOptions + 1 entries, null-terminated).
@@ -47,7 +51,9 @@ const CHAR16* ToggleOption(const SetupItem& Item) {
   return nullptr;
 }
 
-bool ListOpen(const SetupItem& Item) { return (Item.Value & 0xFF) != 0; }
+bool ListOpen(const SetupItem& Item) {
+  return (Item.Value & 0xFF) != 0;
+}
 
 // Next row at or after Index that is not hidden, or End.
 UINT64 NextShown(const SetupItem* Items, UINT64 Index, UINT64 End) {
@@ -58,8 +64,7 @@ UINT64 NextShown(const SetupItem* Items, UINT64 Index, UINT64 End) {
 // Walks the rows of [First, End) as the drawer places them: calls Visit(row,
 // top) for each shown row, and stops where the drawer stops (a next row
 // whose bottom would pass the screen) or when Visit returns false.
-template <typename F>
-void WalkRows(const SetupItem* Items, UINT64 First, UINT64 End, F Visit) {
+template <typename F> void WalkRows(const SetupItem* Items, UINT64 First, UINT64 End, F Visit) {
   UINT64 y = kListTop;
   for (UINT64 i = NextShown(Items, First, End); i < End;) {
     if (!Visit(i, y)) return;
@@ -138,11 +143,11 @@ void DrawRow(const SetupItem& Item, UINT64 X, UINT64 Y, bool Selected) {
     }
     break;
   default:
-    break;  // an unknown kind takes its room and shows nothing
+    break; // an unknown kind takes its room and shows nothing
   }
 }
 
-}  // namespace
+} // namespace
 
 UINT64 Quorvex_Item_Pages(const SetupItem* Items, UINT64 Count, UINT64* First, UINT64* End,
                           UINT64* PageStarts) {

@@ -45,11 +45,11 @@ EFI_STATUS Quorvex_DropDownList_Control(UINT64 X, UINT64 Y, UINT64 Width, UINT64
                                         const CHAR16* Label, const CHAR16* const* Options,
                                         UINT64 Index);
 EFI_STATUS Quorvex_Selected_DropDownList_Control(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
-                                                 const CHAR16* Label,
-                                                 const CHAR16* const* Options, UINT64 Index);
+                                                 const CHAR16* Label, const CHAR16* const* Options,
+                                                 UINT64 Index);
 EFI_STATUS Quorvex_Grayout_DropDownList_Control(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
-                                                const CHAR16* Label,
-                                                const CHAR16* const* Options, UINT64 Index);
+                                                const CHAR16* Label, const CHAR16* const* Options,
+                                                UINT64 Index);
 EFI_STATUS Quorvex_ItemSelected_Label_DropDownList_Control(UINT64 X, UINT64 Y, UINT64 Width,
                                                            UINT64 Height, const CHAR16* Label,
                                                            const CHAR16* const* Options,
@@ -59,8 +59,8 @@ EFI_STATUS Quorvex_Button_Control_PopUpForm(UINT64 X, UINT64 Y, UINT64 Width, UI
                                             const CHAR16* Caption);
 EFI_STATUS Quorvex_Selected_Button_Control_PopUpForm(UINT64 X, UINT64 Y, UINT64 Width,
                                                      UINT64 Height, const CHAR16* Caption);
-EFI_STATUS Quorvex_Grayout_Button_Control_PopUpForm(UINT64 X, UINT64 Y, UINT64 Width,
-                                                    UINT64 Height, const CHAR16* Caption);
+EFI_STATUS Quorvex_Grayout_Button_Control_PopUpForm(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
+                                                    const CHAR16* Caption);
 
 EFI_STATUS Quorvex_Adjustment_Button(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
                                      const CHAR16* Label, UINT64 Value);

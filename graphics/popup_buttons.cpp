@@ -66,7 +66,7 @@ EFI_STATUS Adjustment(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height, const CHA
   return status;
 }
 
-}  // namespace
+} // namespace
 
 EFI_STATUS Quorvex_Button_Control_PopUpForm(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
                                             const CHAR16* Caption) {
@@ -78,8 +78,8 @@ EFI_STATUS Quorvex_Selected_Button_Control_PopUpForm(UINT64 X, UINT64 Y, UINT64 
   return PopUpButton(X, Y, Width, Height, Caption, kPopUpSelected);
 }
 
-EFI_STATUS Quorvex_Grayout_Button_Control_PopUpForm(UINT64 X, UINT64 Y, UINT64 Width,
-                                                    UINT64 Height, const CHAR16* Caption) {
+EFI_STATUS Quorvex_Grayout_Button_Control_PopUpForm(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
+                                                    const CHAR16* Caption) {
   return PopUpButton(X, Y, Width, Height, Caption, kPopUpGreyed);
 }
 

@@ -87,7 +87,7 @@ UINT32 BreaksBefore(const CHAR16* Text, UINTN Index, UINT64 UnitAdvance, UINT64 
   return breaks;
 }
 
-}  // namespace
+} // namespace
 
 EFI_STATUS Quorvex_FillLikeCopy(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height, UINT32 Word) {
   if (Width == 0 || Height == 0) return EFI_SUCCESS;
@@ -161,7 +161,8 @@ EFI_STATUS Quorvex_Font_Draw(CHAR16 Character, UINT64 X, UINT64 Y,
     const UINT32 backB = Background.Blue;
     const UINT32 backG = Background.Green;
     const UINT32 backR = Background.Red;
-    const EFI_GRAPHICS_OUTPUT_BLT_PIXEL back = {Background.Blue, Background.Green, Background.Red, 0};
+    const EFI_GRAPHICS_OUTPUT_BLT_PIXEL back = {Background.Blue, Background.Green, Background.Red,
+                                                0};
     for (UINT32 r = 0; r < height; ++r) {
       const UINT8* row = coverage + static_cast<UINTN>(r) * pitch;
       EFI_GRAPHICS_OUTPUT_BLT_PIXEL* out = cell + static_cast<UINTN>(r) * width;

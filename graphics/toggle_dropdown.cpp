@@ -33,8 +33,8 @@ EFI_STATUS Toggle(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height, const CHAR16*
   ClearMargin(X, Y, Width, Height, Margin);
   EFI_STATUS status = EFI_SUCCESS;
   Keep(&status, Quorvex_DrawString(Label, Pixel(Ink), Back, X, Y, Width, lineHeight));
-  Keep(&status, Quorvex_DrawString(Option, Pixel(Ink), Back, X, SaturatingSub(Y + Height, lineHeight),
-                                   Width, lineHeight));
+  Keep(&status, Quorvex_DrawString(Option, Pixel(Ink), Back, X,
+                                   SaturatingSub(Y + Height, lineHeight), Width, lineHeight));
   Quorvex_DrawPicture(Value != 0 ? kSwitchOn : kSwitchOff, SaturatingSub(X + Width, 62),
                       SaturatingSub(Y + Height, 26));
   return status;
@@ -53,7 +53,7 @@ EFI_STATUS ClosedList(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height, const CHA
   return status;
 }
 
-}  // namespace
+} // namespace
 
 EFI_STATUS Quorvex_Toggle_Item_Control(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
                                        const CHAR16* Label, const CHAR16* Option, UINT64 Value) {
@@ -82,14 +82,14 @@ EFI_STATUS Quorvex_DropDownList_Control(UINT64 X, UINT64 Y, UINT64 Width, UINT64
 }
 
 EFI_STATUS Quorvex_Selected_DropDownList_Control(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
-                                                 const CHAR16* Label,
-                                                 const CHAR16* const* Options, UINT64 Index) {
+                                                 const CHAR16* Label, const CHAR16* const* Options,
+                                                 UINT64 Index) {
   return ClosedList(X, Y, Width, Height, Label, Options, Index, kColourAccent, kColourWhite);
 }
 
 EFI_STATUS Quorvex_Grayout_DropDownList_Control(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
-                                                const CHAR16* Label,
-                                                const CHAR16* const* Options, UINT64 Index) {
+                                                const CHAR16* Label, const CHAR16* const* Options,
+                                                UINT64 Index) {
   return ClosedList(X, Y, Width, Height, Label, Options, Index, kColourPageArea, kColourGreyText);
 }
 
@@ -104,8 +104,8 @@ EFI_STATUS Quorvex_ItemSelected_Label_DropDownList_Control(UINT64 X, UINT64 Y, U
   ClearMargin(X, Y, Width, Height, kColourAccent);
   EFI_STATUS status = EFI_SUCCESS;
   if (Label)
-    Keep(&status, Quorvex_DrawString(Label, Pixel(kColourWhite), kTransparent, X, Y, Width,
-                                     2 * lineHeight));
+    Keep(&status,
+         Quorvex_DrawString(Label, Pixel(kColourWhite), kTransparent, X, Y, Width, 2 * lineHeight));
   Keep(&status, Quorvex_Button_Control(X + 10, SaturatingSub(Y + Height, 35),
                                        SaturatingSub(Width, 10), 35, nullptr));
   // The unfolded list hangs below the control, over the items that follow.

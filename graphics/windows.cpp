@@ -44,7 +44,7 @@ EFI_STATUS CentredLine(const CHAR16* Text, UINT64 X, UINT64 Width, UINT64 Top) {
                             SaturatingSub(Width, 20), GlyphLineHeight);
 }
 
-}  // namespace
+} // namespace
 
 void Quorvex_PopUp_Button_Row(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
                               const CHAR16* const* Captions, UINT64 Highlighted) {
@@ -64,10 +64,9 @@ void Quorvex_PopUp_Button_Row(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
   }
 }
 
-EFI_STATUS Quorvex_Choice_Window(UINT64 Width, UINT64 Height, UINT64 LeftMargin,
-                                 UINT64 TopMargin, const CHAR16* Message,
-                                 const CHAR16* const* Captions, UINT64 InitialChoice,
-                                 UINT64* Choice) {
+EFI_STATUS Quorvex_Choice_Window(UINT64 Width, UINT64 Height, UINT64 LeftMargin, UINT64 TopMargin,
+                                 const CHAR16* Message, const CHAR16* const* Captions,
+                                 UINT64 InitialChoice, UINT64* Choice) {
   const UINT64 x0 = SaturatingSub(ScreenWidth / 2, Width / 2);
   const UINT64 y0 = SaturatingSub(ScreenHeight / 2, Height / 2);
   const UINT64 count = CountCaptions(Captions);
@@ -133,8 +132,8 @@ EFI_STATUS Quorvex_Choice_Window(UINT64 Width, UINT64 Height, UINT64 LeftMargin,
 }
 
 EFI_STATUS Quorvex_ErrorMessageWindow(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
-                                      const CHAR16* Line1, const CHAR16* Line2,
-                                      const CHAR16* Line3, const CHAR16* ButtonCaption) {
+                                      const CHAR16* Line1, const CHAR16* Line2, const CHAR16* Line3,
+                                      const CHAR16* ButtonCaption) {
   EFI_STATUS status = Quorvex_Draw_Face(X, Y, Width, Height, kColourErrorBox, kColourErrorBox);
   if (EFI_ERROR(status)) return status;
   const UINT64 lineHeight = GlyphLineHeight;
@@ -143,9 +142,8 @@ EFI_STATUS Quorvex_ErrorMessageWindow(UINT64 X, UINT64 Y, UINT64 Width, UINT64 H
   CentredLine(Line2, X, Width, SaturatingSub(Y + middle, lineHeight / 2));
   CentredLine(Line3, X, Width, Y + lineHeight + middle);
   status = Quorvex_Selected_Button_Control_PopUpForm(SaturatingSub(X + Width / 2, 50),
-                                                     SaturatingSub(Y + Height, 35),
-                                                     kRowButtonWidth, kRowButtonHeight,
-                                                     ButtonCaption);
+                                                     SaturatingSub(Y + Height, 35), kRowButtonWidth,
+                                                     kRowButtonHeight, ButtonCaption);
   Quorvex_DrawPicture(kCloseMark, SaturatingSub(X + Width, 32), Y + 10);
   return EFI_ERROR(status) && status != EFI_INVALID_PARAMETER ? status : EFI_SUCCESS;
 }

@@ -17,16 +17,15 @@ extern const CHAR16* YesNoCaptions[3];
 // current language) and runs until the user decides: EFI_SUCCESS with the
 // chosen index in *Choice, or EFI_ABORTED (Esc, "N") with *Choice untouched.
 // Modal loops take the cursor down themselves.
-EFI_STATUS Quorvex_Choice_Window(UINT64 Width, UINT64 Height, UINT64 LeftMargin,
-                                 UINT64 TopMargin, const CHAR16* Message,
-                                 const CHAR16* const* Captions, UINT64 InitialChoice,
-                                 UINT64* Choice);
+EFI_STATUS Quorvex_Choice_Window(UINT64 Width, UINT64 Height, UINT64 LeftMargin, UINT64 TopMargin,
+                                 const CHAR16* Message, const CHAR16* const* Captions,
+                                 UINT64 InitialChoice, UINT64* Choice);
 void Quorvex_PopUp_Button_Row(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
                               const CHAR16* const* Captions, UINT64 Highlighted);
 // Draws only; the caller takes the cursor down around it.
 EFI_STATUS Quorvex_ErrorMessageWindow(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
-                                      const CHAR16* Line1, const CHAR16* Line2,
-                                      const CHAR16* Line3, const CHAR16* ButtonCaption);
+                                      const CHAR16* Line1, const CHAR16* Line2, const CHAR16* Line3,
+                                      const CHAR16* ButtonCaption);
 // Returns EFI_SUCCESS when closed by Enter, Y or N, EFI_ABORTED when closed
 // by Esc or by a click (GeneralHelpOpen cleared by the pointer dispatcher).
 EFI_STATUS Quorvex_GeneralHelp();

@@ -155,7 +155,6 @@ class Canvas:
 BAND_W, BAND_H = 256, 768
 HEADER_END = 252     # the tab strip starts at 260
 FOOTER_START = 664   # and ends at 660
-TAB_TOPS = (260, 340, 420, 500, 580, 660)
 
 
 def facet_texture(width, height, cell, seed):
@@ -215,11 +214,9 @@ def left_band():
     # Thin accent at the header's foot and the footer's head.
     d.line((0, HEADER_END - 1, w, HEADER_END - 1), fill=mix(TEAL, WHITE, 0.15))
     d.line((0, FOOTER_START, w, FOOTER_START), fill=mix(TEAL, WHITE, 0.25))
-    # Faint separators between the tabs, and a hairline against the page.
-    for y in TAB_TOPS[1:-1]:
-        for x in range(18, 238):
-            fade = min(1.0, (x - 18) / 24, (238 - x) / 24)
-            px[x, y] = mix(px[x, y], (0xC9, 0xD3, 0xE6), fade)
+    # A hairline against the page. The panel itself stays plain: the band is
+    # stretched at other resolutions while the tabs keep their positions, so
+    # nothing in the picture may line up with them.
     for y in range(HEADER_END, FOOTER_START):
         px[w - 4, y] = mix(px[w - 4, y], (0xC9, 0xD3, 0xE6), 0.9)
     return img

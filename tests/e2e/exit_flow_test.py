@@ -188,9 +188,10 @@ class ExitFlowTest(harness.QemuTestCase):
         self.press("ret", "the editor to close",
                    self.is_colour(L.right_column, RIGHT_COLUMN, "screen not greyed"),
                    self.is_colour(L.date_face, TEAL, "System Date selected"))
-        self.press("left", "the Main tab highlighted",
-                   self.is_colour(L.main_tab, TEAL, "Main tab highlighted"))
-        edited = self.tab_level("the Main tab highlighted after the edit")
+        # Up to System Time: the date row is drawn unselected, as after a boot.
+        edited = self.press("up", "System Time selected",
+                            self.is_colour(L.time_face, TEAL, "System Time selected"),
+                            self.is_colour(L.date_face, BUTTON_FACE, "System Date drawn normal"))
         date_edited = self.region(edited, L.date_value)
         date_edited.save(self.artefact("_date_edited.png"))
         self.assertNotEqual(date_edited, date_at_boot, "the date row did not change")
@@ -205,7 +206,8 @@ class ExitFlowTest(harness.QemuTestCase):
             self.assertEqual(self.region(img, L.date_value), date_edited,
                              f"the date row changed {when}")
 
-        # F10, Yes: saved, the machine resets and the utility is back in French.
+        # F10 (from inside the page), Yes: saved, the machine resets and the
+        # utility is back in French.
         after_save = self.confirm_and_reset("f10", "Exit Saving Changes")
         m.screenshot(self.artefact("_after_save.png"))
         self.assertEqual(self.region(after_save, L.lower_logo), fr_logo,

@@ -106,9 +106,9 @@ class TabsTest(harness.QemuTestCase):
 
         for k, name in enumerate(TAB_NAMES):
             if k:
-                self.press("down", f"Down to the {name} tab", highlighted=k)
+                shown = self.press("down", f"Down to the {name} tab", highlighted=k)
                 if k == 1:
-                    self.band[0] = self.tab_region(self.machine.screenshot(), 0)
+                    self.band[0] = self.tab_region(shown, 0)
             self.press("right", f"Right into the {name} page", focused=k)
             if name in ("Main", "Exit"):
                 m.screenshot(self.artefact(f"_{name.lower()}_page.png"))

@@ -180,4 +180,4 @@ TEST_F(BackgroundTest, GreyOutHalvesEveryChannelAndRestoreGivesBackTheExactScree
   EXPECT_EQ(At(0, 0), 0x00FF00u);
 }
 
-}  // namespace
+} // namespace

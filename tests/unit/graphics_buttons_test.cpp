@@ -216,4 +216,4 @@ TEST_F(ButtonsTest, TogglesAndDropDownListsPlaceTheirParts) {
       << "face (width - 8) x (n LH + 10)";
 }
 
-}  // namespace
+} // namespace

@@ -174,4 +174,4 @@ TEST_F(DoubleBufferTest, WithoutGopOrMemoryDrawingStaysDirect) {
   EXPECT_EQ(gop->Blt, firmware);
 }
 
-}  // namespace
+} // namespace

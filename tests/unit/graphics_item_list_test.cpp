@@ -79,26 +79,26 @@ TEST_F(ItemListTest, RowsAreDrawnByKindAndStateWithTheOpenListLast) {
   const CHAR16* toggle[] = {TEXT(CommonOptionDisabled), TEXT(CommonOptionEnabled), nullptr};
   const CHAR16* options[] = {TEXT(CommonYes), TEXT(CommonNo), TEXT(CommonOk), nullptr};
   std::vector<SetupItem> items;
-  items.push_back(Row(ItemButton, 40, 10, TEXT(CommonYes)));  // y 50
-  items.push_back(Row(ItemButton, 400, 0, TEXT(CommonNo)));   // hidden
+  items.push_back(Row(ItemButton, 40, 10, TEXT(CommonYes))); // y 50
+  items.push_back(Row(ItemButton, 400, 0, TEXT(CommonNo)));  // hidden
   items.back().Hidden = 1;
-  items.push_back(Row(ItemButton, 40, 10, TEXT(CommonNo)));  // y 100, greyed
+  items.push_back(Row(ItemButton, 40, 10, TEXT(CommonNo))); // y 100, greyed
   items.back().GreyedOut = 1;
-  items.push_back(Row(ItemOptionCycle, 50, 10, TEXT(CommonOk)));  // y 150
+  items.push_back(Row(ItemOptionCycle, 50, 10, TEXT(CommonOk))); // y 150
   items.back().Data = ItemDataFrom(toggle);
-  items.back().Value = 0x101;  // low byte 1: on
-  items.push_back(Row(ItemDropDown, 62, 10, TEXT(CommonYes)));  // y 210, open
+  items.back().Value = 0x101;                                  // low byte 1: on
+  items.push_back(Row(ItemDropDown, 62, 10, TEXT(CommonYes))); // y 210, open
   items.back().Options = options;
   items.back().Data = 2;
   items.back().Value = 1;
   items.back().Selected = 1;
   items.back().Help = TEXT(CommonHelpBarHelp);
-  items.push_back(Row(ItemButton, 40, 10, TEXT(CommonOk)));  // y 282, under the open list
-  items.push_back(Row(ItemHeading, 40, 10, TEXT(CommonCancel)));  // y 332
+  items.push_back(Row(ItemButton, 40, 10, TEXT(CommonOk)));      // y 282, under the open list
+  items.push_back(Row(ItemHeading, 40, 10, TEXT(CommonCancel))); // y 332
   items.push_back(Row(ItemAdjust, 40, 10, TEXT(CommonOk)));      // y 382
   items.back().Data = 42;
-  items.push_back(Row(99, 40, 10, TEXT(CommonOk)));  // unknown kind, y 432
-  items.push_back(Row(ItemButton, 40, 10, TEXT(CommonYes)));  // y 482
+  items.push_back(Row(99, 40, 10, TEXT(CommonOk)));          // unknown kind, y 432
+  items.push_back(Row(ItemButton, 40, 10, TEXT(CommonYes))); // y 482
 
   Paint(0, 0, ScreenWidth, ScreenHeight, 0xFF00FF);
   const UINT64 x = Left();
@@ -127,7 +127,8 @@ TEST_F(ItemListTest, RowsAreDrawnByKindAndStateWithTheOpenListLast) {
   EXPECT_EQ(At(x, 432), kColourPageArea) << "an unknown kind shows nothing";
   EXPECT_EQ(At(x, 482), kColourButtonBorder) << "but takes its room";
   // Focused: the selected row's help text ("Aide") in the item help box.
-  EXPECT_EQ(At(3 * ScreenWidth / 4 + 10, 50), MarkerColour(u'A', kColourDarkText, kColourRightColumn));
+  EXPECT_EQ(At(3 * ScreenWidth / 4 + 10, 50),
+            MarkerColour(u'A', kColourDarkText, kColourRightColumn));
 
   // Greyed, the open row is drawn closed and grey; unfocused, the selected
   // row is drawn normal and the help box is left alone.
@@ -202,4 +203,4 @@ TEST_F(ItemListTest, PageScrollBarThumbEndsAtTheTrackBottom) {
   EXPECT_EQ(PicturesOf(kScrollArrowDown)[0].Y, 50 + track);
 }
 
-}  // namespace
+} // namespace

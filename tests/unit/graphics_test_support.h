@@ -118,7 +118,7 @@ struct PictureCall {
   const void* Data;
   UINT64 X;
   UINT64 Y;
-  bool Buffered;  // the GOP Blt was not the firmware's at the time
+  bool Buffered; // the GOP Blt was not the firmware's at the time
 };
 struct ImageState {
   std::vector<PictureCall> Calls;
@@ -172,7 +172,7 @@ template <int... N> SetupDataProtocol MakeSetupData(std::integer_sequence<int, N
 }
 inline SetupDataProtocol TestSetupData = MakeSetupData(std::make_integer_sequence<int, 200>());
 
-}  // namespace gfxtest
+} // namespace gfxtest
 
 // A fresh firmware and screen per test; no pointer devices (the cursor is
 // tested with the pointer module). Override Modes() for another screen.

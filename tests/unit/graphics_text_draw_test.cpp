@@ -35,12 +35,11 @@ TEST_F(TextDrawTest, TabMarksSetThePenFromTheBoxEdge) {
   // %x220 (either case of x) aligns what follows at 220, however far the
   // first word reached; the mark itself is not drawn.
   ASSERT_EQ(Draw(u"ab%x220cd%X300e", 400, 100), EFI_SUCCESS);
-  EXPECT_EQ(Line(0), (std::vector<Mark>{{0, u'a'}, {10, u'b'}, {220, u'c'}, {230, u'd'},
-                                         {300, u'e'}}));
+  EXPECT_EQ(Line(0),
+            (std::vector<Mark>{{0, u'a'}, {10, u'b'}, {220, u'c'}, {230, u'd'}, {300, u'e'}}));
   // A mark may move the pen back over what was drawn.
   ASSERT_EQ(Draw(u"Wxyz%x5q", 400, 100), EFI_SUCCESS);
-  EXPECT_EQ(Line(0), (std::vector<Mark>{{0, u'W'}, {5, u'q'}, {20, u'x'}, {30, u'y'},
-                                         {40, u'z'}}));
+  EXPECT_EQ(Line(0), (std::vector<Mark>{{0, u'W'}, {5, u'q'}, {20, u'x'}, {30, u'y'}, {40, u'z'}}));
   // "%x" followed by a character outside '0'..'@' is ordinary text.
   ASSERT_EQ(Draw(u"%xAb", 400, 100), EFI_SUCCESS);
   EXPECT_EQ(TextInRow(kX, kY, 400), u"%xAb");
@@ -168,4 +167,4 @@ TEST_F(TextDrawTest, TextWidthSumsEveryCodeUnit) {
   EXPECT_EQ(Quorvex_TextWidth(nullptr), 0u);
 }
 
-}  // namespace
+} // namespace

@@ -19,18 +19,22 @@ protected:
   bool Run(const std::function<void()>& Window, std::vector<std::function<void()>> Steps = {}) {
     size_t next = 0;
     fake::SetIdleHandler([&] {
-      if (next >= Steps.size()) throw fake::StopRun{1};
+      if (next >= Steps.size()) fake::StopRunNow(1);
       Steps[next++]();
     });
-    bool ended = true;
-    try {
-      Window();
-    } catch (const fake::StopRun&) {
-      ended = false;
-      CheckPool = false;
-    }
+    CurrentWindow = &Window;
+    const fake::RunResult result =
+        fake::RunImage(RunWindow, fake::CreateImageHandle(u"\\Test.efi"));
+    CurrentWindow = nullptr;
     fake::SetIdleHandler(nullptr);
-    return ended;
+    // A window stopped half-way keeps what it holds.
+    if (result.Stopped) CheckPool = false;
+    return !result.Stopped;
+  }
+  static inline const std::function<void()>* CurrentWindow = nullptr;
+  static EFI_STATUS EFIAPI RunWindow(EFI_HANDLE, EFI_SYSTEM_TABLE*) {
+    (*CurrentWindow)();
+    return EFI_SUCCESS;
   }
 
   static std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> Screen() { return fake::Framebuffer(); }
@@ -44,8 +48,7 @@ protected:
   static void Key(UINT16 Scan, CHAR16 Char = 0) { fake::PushKey(Scan, Char); }
 
   // The Exit page's Yes / No window: W/2 × H/4, buttons 210 wide in all.
-  EFI_STATUS Choose(UINT64 Initial, UINT64* Choice,
-                    std::vector<std::function<void()>> Steps = {}) {
+  EFI_STATUS Choose(UINT64 Initial, UINT64* Choice, std::vector<std::function<void()>> Steps = {}) {
     EFI_STATUS status = EFI_NOT_READY;
     const bool ended = Run(
         [&] {
@@ -85,16 +88,17 @@ TEST_F(WindowsTest, ChoiceKeysStopAtTheEndsAndYAndNDecideAtOnce) {
 
   // Left on the first changes nothing; Right then moves the highlight.
   Key(SCAN_LEFT);
-  EXPECT_EQ(Choose(0, &choice, {[&] {
-                                  EXPECT_EQ(RowButton(0), kColourAccent);
-                                  Key(SCAN_RIGHT);
-                                },
-                                [&] {
-                                  EXPECT_EQ(RowButton(1), kColourAccent);
-                                  EXPECT_EQ(RowButton(0), kColourPageArea);
-                                  Key(SCAN_LEFT);
-                                  Key(0, CHAR_CARRIAGE_RETURN);
-                                }}),
+  EXPECT_EQ(Choose(0, &choice,
+                   {[&] {
+                      EXPECT_EQ(RowButton(0), kColourAccent);
+                      Key(SCAN_RIGHT);
+                    },
+                    [&] {
+                      EXPECT_EQ(RowButton(1), kColourAccent);
+                      EXPECT_EQ(RowButton(0), kColourPageArea);
+                      Key(SCAN_LEFT);
+                      Key(0, CHAR_CARRIAGE_RETURN);
+                    }}),
             EFI_SUCCESS);
   EXPECT_EQ(choice, 0u);
 
@@ -145,8 +149,7 @@ TEST_F(TallHelpTest, AHelpTextOfOnePageHasNoThumbAndIgnoresPageKeys) {
   Key(SCAN_PAGE_DOWN);
   Key(SCAN_DOWN);
   EFI_STATUS status = EFI_NOT_READY;
-  EXPECT_TRUE(Run([&] { status = Quorvex_GeneralHelp(); },
-                  {[&] {
+  EXPECT_TRUE(Run([&] { status = Quorvex_GeneralHelp(); }, {[&] {
                     EXPECT_EQ(GeneralHelpOpen, 1u);
                     EXPECT_EQ(Quorvex_GeneralHelp_PageCount(), 1u);
                     EXPECT_EQ(Quorvex_GeneralHelp_PageIndex(), 0u);
@@ -174,7 +177,7 @@ TEST_F(WindowsTest, HelpPagesTurnWithTheKeysAndReopenWhereTheyWereLeft) {
                      pages = Quorvex_GeneralHelp_PageCount();
                      ASSERT_GE(pages, 2u);
                      EXPECT_EQ(At(266, 227), firstPage);
-                     Key(SCAN_UP);  // nothing before the first page
+                     Key(SCAN_UP); // nothing before the first page
                      Key(SCAN_PAGE_DOWN);
                    },
                    [&] {
@@ -201,8 +204,7 @@ TEST_F(WindowsTest, HelpPagesTurnWithTheKeysAndReopenWhereTheyWereLeft) {
 
   // Reopened: the same page; closed by the pointer (flag cleared).
   status = EFI_NOT_READY;
-  EXPECT_TRUE(Run([&] { status = Quorvex_GeneralHelp(); },
-                  {[&] {
+  EXPECT_TRUE(Run([&] { status = Quorvex_GeneralHelp(); }, {[&] {
                     EXPECT_EQ(Quorvex_GeneralHelp_PageIndex(), left);
                     if (left != 0) {
                       EXPECT_NE(At(266, 227), firstPage);
@@ -216,4 +218,4 @@ TEST_F(WindowsTest, HelpPagesTurnWithTheKeysAndReopenWhereTheyWereLeft) {
   EXPECT_EQ(Quorvex_GeneralHelp_PageIndex(), left);
 }
 
-}  // namespace
+} // namespace

@@ -95,9 +95,9 @@ TEST(RefPlatSha256, Pbkdf2Vectors) {
   EXPECT_EQ(std::memcmp(shorter, out, sizeof(shorter)), 0);
 }
 
-class PasswordTest : public RefPlatTest {};
+class RefPlatPasswordTest : public RefPlatTest {};
 
-TEST_F(PasswordTest, SetVerifyAndDelete) {
+TEST_F(RefPlatPasswordTest, SetVerifyAndDelete) {
   EXPECT_FALSE(Password_Installed(PasswordSupervisor));
   EXPECT_TRUE(Password_Verify(PasswordSupervisor, u"")); // none set: only empty matches
   EXPECT_FALSE(Password_Verify(PasswordSupervisor, u"x"));
@@ -118,7 +118,7 @@ TEST_F(PasswordTest, SetVerifyAndDelete) {
   EXPECT_FALSE(Password_Verify(PasswordSupervisor, nullptr));
 }
 
-TEST_F(PasswordTest, OnlySaltedHashesAreStored) {
+TEST_F(RefPlatPasswordTest, OnlySaltedHashesAreStored) {
   ASSERT_TRUE(Password_Set(PasswordUser, u"hunter22"));
   ASSERT_TRUE(Password_Set(PasswordHddUser, u"hunter22"));
   const StoredPassword* a = Store_Password(PasswordUser);
@@ -137,7 +137,7 @@ TEST_F(PasswordTest, OnlySaltedHashesAreStored) {
   EXPECT_EQ(haystack.find("hunter22"), std::string::npos);
 }
 
-TEST_F(PasswordTest, LengthFollowsThePlatformMaximum) {
+TEST_F(RefPlatPasswordTest, LengthFollowsThePlatformMaximum) {
   ASSERT_TRUE(Store_SetByName("max_password_length", 8));
   EXPECT_TRUE(Password_Set(PasswordUser, u"12345678"));
   EXPECT_FALSE(Password_Set(PasswordUser, u"123456789"));
@@ -149,7 +149,7 @@ TEST_F(PasswordTest, LengthFollowsThePlatformMaximum) {
   EXPECT_FALSE(Password_Set(PasswordUser, (longest + u"x").c_str()));
 }
 
-TEST_F(PasswordTest, CompareIsExactOnWholeStrings) {
+TEST_F(RefPlatPasswordTest, CompareIsExactOnWholeStrings) {
   EXPECT_TRUE(Password_Compare(u"abc", u"abc"));
   EXPECT_FALSE(Password_Compare(u"abc", u"abd"));
   EXPECT_FALSE(Password_Compare(u"abc", u"abcd"));

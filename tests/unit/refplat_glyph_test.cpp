@@ -36,7 +36,7 @@ constexpr FontData kFontWithReplacement = {8, 6, 2, kWithReplacement, kBitmaps};
 constexpr FontGlyphRecord kOnlyA[] = {{u'A', 6, 1, 2, 3, 4, 0, 0}};
 constexpr FontData kFontOnlyA = {10, 8, 1, kOnlyA, kBitmaps};
 
-class GlyphTest : public RefPlatTest {
+class RefPlatGlyphTest : public RefPlatTest {
 protected:
   void TearDown() override {
     GlyphFont_Release(&Instance);
@@ -62,7 +62,7 @@ protected:
   GlyphFontInstance Instance = {};
 };
 
-TEST_F(GlyphTest, BoxIsPlacedInsideTheCell) {
+TEST_F(RefPlatGlyphTest, BoxIsPlacedInsideTheCell) {
   const Cell cell = Get(kFontWithQuestion, u'A');
   ASSERT_EQ(cell.Width, 6u);
   ASSERT_EQ(cell.Height, 8u);
@@ -75,7 +75,7 @@ TEST_F(GlyphTest, BoxIsPlacedInsideTheCell) {
     }
 }
 
-TEST_F(GlyphTest, BoxesReachingPastTheCellAreClipped) {
+TEST_F(RefPlatGlyphTest, BoxesReachingPastTheCellAreClipped) {
   // 'W': 3 wide cell, box from x = -1 (4 wide) and y = 6 (3 high, cell 8).
   const Cell w = Get(kFontWithQuestion, u'W');
   ASSERT_EQ(w.Width, 3u);
@@ -99,7 +99,7 @@ TEST_F(GlyphTest, BoxesReachingPastTheCellAreClipped) {
   EXPECT_EQ(a.Map[0], 0);
 }
 
-TEST_F(GlyphTest, UnknownCodePointsFallBack) {
+TEST_F(RefPlatGlyphTest, UnknownCodePointsFallBack) {
   const Cell question = Get(kFontWithQuestion, 0x65E5);
   EXPECT_EQ(question.Width, 5u);
   EXPECT_EQ(question.Map[3 * 5 + 2], 99);
@@ -123,7 +123,7 @@ TEST_F(GlyphTest, UnknownCodePointsFallBack) {
   EXPECT_EQ(line_height, 10u);
 }
 
-TEST_F(GlyphTest, NullArgumentsAreRefused) {
+TEST_F(RefPlatGlyphTest, NullArgumentsAreRefused) {
   GlyphFont_Init(&Instance, &kFontOnlyA);
   const UINT8* map = nullptr;
   UINT32 w, h, p;
@@ -135,7 +135,7 @@ TEST_F(GlyphTest, NullArgumentsAreRefused) {
   EXPECT_EQ(Instance.Protocol.GetLineHeight(nullptr, nullptr), EFI_INVALID_PARAMETER);
 }
 
-TEST_F(GlyphTest, EveryEmbeddedGlyphExpands) {
+TEST_F(RefPlatGlyphTest, EveryEmbeddedGlyphExpands) {
   for (const FontData* font : {&kGlyphFontData, &kLargeDigitFontData}) {
     ASSERT_GT(font->GlyphCount, 0u);
     GlyphFont_Release(&Instance);

@@ -70,7 +70,7 @@ std::vector<UINT8> SplitImageData(const std::vector<UINT8>& Png, size_t Piece) {
   return out;
 }
 
-class ImageTest : public RefPlatTest {
+class RefPlatImageTest : public RefPlatTest {
 protected:
   void SetUp() override {
     RefPlatTest::SetUp();
@@ -92,7 +92,7 @@ protected:
   }
 };
 
-TEST_F(ImageTest, OpaquePngLandsAtItsPosition) {
+TEST_F(RefPlatImageTest, OpaquePngLandsAtItsPosition) {
   Fill(0x102030);
   std::vector<Rgba> pixels;
   for (int y = 0; y < 3; ++y)
@@ -106,7 +106,7 @@ TEST_F(ImageTest, OpaquePngLandsAtItsPosition) {
   EXPECT_EQ(fake::PixelAt(10, 23), 0x102030u);
 }
 
-TEST_F(ImageTest, AlphaBlendsOverTheScreen) {
+TEST_F(RefPlatImageTest, AlphaBlendsOverTheScreen) {
   Fill(0x204060);
   const std::vector<UINT8> png =
       Png(3, 1, {{200, 100, 0, 0}, {200, 100, 0, 128}, {200, 100, 0, 255}});
@@ -119,7 +119,7 @@ TEST_F(ImageTest, AlphaBlendsOverTheScreen) {
   EXPECT_EQ(fake::PixelAt(2, 0), 0xC86400u);
 }
 
-TEST_F(ImageTest, ClippedToTheScreen) {
+TEST_F(RefPlatImageTest, ClippedToTheScreen) {
   Fill(0);
   const std::vector<UINT8> png = SolidPng(4, 4, {255, 255, 255, 255});
   const UINT32 w = fake::ScreenWidth(), h = fake::ScreenHeight();
@@ -134,7 +134,7 @@ TEST_F(ImageTest, ClippedToTheScreen) {
   EXPECT_EQ(Screen(), before);
 }
 
-TEST_F(ImageTest, JpegDrawsAndFormatsAreNotMixedUp) {
+TEST_F(RefPlatImageTest, JpegDrawsAndFormatsAreNotMixedUp) {
   Fill(0);
   const std::vector<UINT8> jpeg = SolidJpeg(16, 16, 40, 160, 220);
   ASSERT_EQ(Ops()->DrawJpeg(jpeg.data(), static_cast<UINT32>(jpeg.size()), 3, 0), EFI_SUCCESS);
@@ -157,7 +157,7 @@ TEST_F(ImageTest, JpegDrawsAndFormatsAreNotMixedUp) {
   EXPECT_EQ(Ops()->GetSize(nullptr, 10, &width, &height), EFI_INVALID_PARAMETER);
 }
 
-TEST_F(ImageTest, ImageDataInManyChunksDecodesTheSame) {
+TEST_F(RefPlatImageTest, ImageDataInManyChunksDecodesTheSame) {
   // Noise does not compress: the data outgrows the decoder's first buffer.
   std::vector<Rgba> noise(64 * 64);
   UINT32 seed = 12345;
@@ -178,7 +178,7 @@ TEST_F(ImageTest, ImageDataInManyChunksDecodesTheSame) {
             (UINT32(noise.back().R) << 16) | (noise.back().G << 8) | noise.back().B);
 }
 
-TEST_F(ImageTest, DamagedDataDrawsNothing) {
+TEST_F(RefPlatImageTest, DamagedDataDrawsNothing) {
   Fill(0x123456);
   std::vector<Rgba> pixels(32 * 32);
   for (size_t i = 0; i < pixels.size(); ++i)
@@ -212,7 +212,7 @@ TEST_F(ImageTest, DamagedDataDrawsNothing) {
   EXPECT_EQ(fake::Pool().OutstandingCount, outstanding);
 }
 
-TEST_F(ImageTest, EachFailedAllocationDrawsNothingAndLeaksNothing) {
+TEST_F(RefPlatImageTest, EachFailedAllocationDrawsNothingAndLeaksNothing) {
   std::vector<Rgba> pixels(40 * 30);
   for (size_t i = 0; i < pixels.size(); ++i)
     pixels[i] = {static_cast<UINT8>(i), 50, static_cast<UINT8>(i >> 3), static_cast<UINT8>(i)};
@@ -237,7 +237,7 @@ TEST_F(ImageTest, EachFailedAllocationDrawsNothingAndLeaksNothing) {
   EXPECT_TRUE(drawn);
 }
 
-TEST_F(ImageTest, CacheDecodesOnceAndNoticesChangedData) {
+TEST_F(RefPlatImageTest, CacheDecodesOnceAndNoticesChangedData) {
   Fill(0);
   std::vector<UINT8> png = SolidPng(2, 2, {255, 0, 0, 255});
   const UINT64 decodes = ImageDisplay_DecodeCount();

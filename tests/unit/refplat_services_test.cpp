@@ -14,7 +14,7 @@
 
 namespace {
 
-class ServicesTest : public RefPlatTest {
+class RefPlatServicesTest : public RefPlatTest {
 protected:
   static UINTN HandlesWith(const EFI_GUID& Guid) {
     UINTN count = 0;
@@ -55,7 +55,7 @@ EFI_STATUS EFIAPI StandInUtility(EFI_HANDLE, EFI_SYSTEM_TABLE* System) {
   return EFI_NOT_FOUND;
 }
 
-TEST_F(ServicesTest, LauncherInstallsEverythingThenStartsTheUtility) {
+TEST_F(RefPlatServicesTest, LauncherInstallsEverythingThenStartsTheUtility) {
   gSeen = Seen();
   fake::Options options;
   options.HiiFont = false;
@@ -75,7 +75,7 @@ TEST_F(ServicesTest, LauncherInstallsEverythingThenStartsTheUtility) {
   EXPECT_EQ(fake::LoadedImages().size(), 1u);
 }
 
-TEST_F(ServicesTest, LauncherReportsALoadFailure) {
+TEST_F(RefPlatServicesTest, LauncherReportsALoadFailure) {
   gSeen = Seen();
   fake::SetImageEntry(StandInUtility);
   fake::FailLoadImage(EFI_SECURITY_VIOLATION);
@@ -90,7 +90,7 @@ TEST_F(ServicesTest, LauncherReportsALoadFailure) {
   EXPECT_EQ(HandlesWith(kHiiFontGuid), 1u); // the firmware's own: no placeholder added
 }
 
-TEST_F(ServicesTest, HiiFontPlaceholderOnlyWhenMissing) {
+TEST_F(RefPlatServicesTest, HiiFontPlaceholderOnlyWhenMissing) {
   EXPECT_EQ(HiiFontFallback_InstallIfMissing(), EFI_SUCCESS);
   EXPECT_EQ(HandlesWith(kHiiFontGuid), 1u);
   fake::RemoveProtocol(kHiiFontGuid);
@@ -98,7 +98,7 @@ TEST_F(ServicesTest, HiiFontPlaceholderOnlyWhenMissing) {
   EXPECT_EQ(HandlesWith(kHiiFontGuid), 1u);
 }
 
-TEST_F(ServicesTest, BatteryQuestionFollowsTheStore) {
+TEST_F(RefPlatServicesTest, BatteryQuestionFollowsTheStore) {
   PlatformServiceOperations* ops = PlatformService_Instance()->Operations;
   EXPECT_EQ(ops->Operation[kPlatformBatteryQuestion](), 1u);
   Store_SetByName("battery_disable_allowed", 0);
@@ -110,7 +110,7 @@ TEST_F(ServicesTest, BatteryQuestionFollowsTheStore) {
   }
 }
 
-TEST_F(ServicesTest, ExtendedKeysCarryPs2Codes) {
+TEST_F(RefPlatServicesTest, ExtendedKeysCarryPs2Codes) {
   ASSERT_EQ(ExtendedKey_Install(), EFI_SUCCESS);
   ExtendedKeyCodeProtocol* keys = ExtendedKey_Instance();
   fake::PushKey(SCAN_F12, 0);
@@ -148,7 +148,7 @@ EFI_STATUS EFIAPI ReaderOverConIn(EFI_SIMPLE_TEXT_INPUT_PROTOCOL*, EFI_INPUT_KEY
   return status;
 }
 
-TEST_F(ServicesTest, ExtendedKeysWithoutInputExUseTheSavedReader) {
+TEST_F(RefPlatServicesTest, ExtendedKeysWithoutInputExUseTheSavedReader) {
   fake::HideProtocol(kSimpleTextInputExGuid);
   ASSERT_EQ(ExtendedKey_Install(), EFI_SUCCESS);
   EFI_SIMPLE_TEXT_INPUT_PROTOCOL* conin = fake::SystemTable()->ConIn;
@@ -166,7 +166,7 @@ TEST_F(ServicesTest, ExtendedKeysWithoutInputExUseTheSavedReader) {
   EXPECT_EQ(ExtendedKey_Ps2ScanCode({0, u' '}), 0x39);
 }
 
-TEST_F(ServicesTest, DebugTraceWritesTheFormattedLine) {
+TEST_F(RefPlatServicesTest, DebugTraceWritesTheFormattedLine) {
   DebugTraceProtocolTable* trace = DebugTrace_Instance();
   testing::internal::CaptureStderr();
   EXPECT_EQ(trace->Operation[kDebugTraceOperationIndex](

@@ -9,7 +9,7 @@
 
 namespace {
 
-class SetupDataTest : public RefPlatTest {
+class RefPlatSetupDataTest : public RefPlatTest {
 protected:
   UINT64 Op(UINT32 Number, UINT64 A = 0, UINT64 B = 0) {
     return SetupDataService_Instance()->Operation[Number](A, B);
@@ -18,7 +18,7 @@ protected:
   std::string LastTrace() { return Trace().empty() ? std::string() : Trace().back(); }
 };
 
-TEST_F(SetupDataTest, UnassignedNumbersAreUnsupportedAndChangeNothing) {
+TEST_F(RefPlatSetupDataTest, UnassignedNumbersAreUnsupportedAndChangeNothing) {
   for (UINT32 number = 0; number < kSetupDataOperationCount; ++number)
     ASSERT_NE(SetupDataService_Instance()->Operation[number], nullptr) << number;
   for (UINT32 number : {21u, 35u, 42u, 111u, 180u, 199u}) {
@@ -33,7 +33,7 @@ TEST_F(SetupDataTest, UnassignedNumbersAreUnsupportedAndChangeNothing) {
   EXPECT_TRUE(Resets().empty());
 }
 
-TEST_F(SetupDataTest, GettersWriteExactlyTheirTypeWidth) {
+TEST_F(RefPlatSetupDataTest, GettersWriteExactlyTheirTypeWidth) {
   UINT64 word = 0xAAAAAAAAAAAAAAAAull;
   Op(52, Address(&word)); // hdd_password_mode, u8, default 0
   EXPECT_EQ(word, 0xAAAAAAAAAAAAAA00ull);
@@ -63,7 +63,7 @@ TEST_F(SetupDataTest, GettersWriteExactlyTheirTypeWidth) {
   EXPECT_EQ(std::u16string(text), u"QVX 1.00");
 }
 
-TEST_F(SetupDataTest, SettersAreRangeCheckedAndTraceTheirValue) {
+TEST_F(RefPlatSetupDataTest, SettersAreRangeCheckedAndTraceTheirValue) {
   EXPECT_EQ(Op(65, 1), EFI_SUCCESS);
   EXPECT_EQ(Store_Get(kSetting_boot_speed), 1u);
   EXPECT_EQ(LastTrace(), "op 65 1");
@@ -84,7 +84,7 @@ TEST_F(SetupDataTest, SettersAreRangeCheckedAndTraceTheirValue) {
   EXPECT_EQ(Op(27), 2u);
 }
 
-TEST_F(SetupDataTest, PresenceFollowsTheStore) {
+TEST_F(RefPlatSetupDataTest, PresenceFollowsTheStore) {
   UINT8 bytes[2] = {0x55, 0x55};
   Op(66, Address(bytes));
   EXPECT_EQ(bytes[0], 1);
@@ -95,7 +95,7 @@ TEST_F(SetupDataTest, PresenceFollowsTheStore) {
   EXPECT_EQ(bytes[0], 0);
 }
 
-TEST_F(SetupDataTest, LoadDefaultsRevertsInMemoryOnly) {
+TEST_F(RefPlatSetupDataTest, LoadDefaultsRevertsInMemoryOnly) {
   Op(65, 1);
   Op(113, 1);
   EXPECT_EQ(Op(0), EFI_SUCCESS);
@@ -106,7 +106,7 @@ TEST_F(SetupDataTest, LoadDefaultsRevertsInMemoryOnly) {
   EXPECT_TRUE(Resets().empty());
 }
 
-TEST_F(SetupDataTest, SaveAndLeaveWritesThenResets) {
+TEST_F(RefPlatSetupDataTest, SaveAndLeaveWritesThenResets) {
   Op(65, 1);
   Op(1);
   ASSERT_EQ(Resets().size(), 1u);
@@ -117,7 +117,7 @@ TEST_F(SetupDataTest, SaveAndLeaveWritesThenResets) {
   EXPECT_EQ(Store_Get(kSetting_boot_speed), 1u);
 }
 
-TEST_F(SetupDataTest, FailedSaveStaysInTheUtility) {
+TEST_F(RefPlatSetupDataTest, FailedSaveStaysInTheUtility) {
   Op(65, 1);
   fake::FailSetVariable(1, EFI_DEVICE_ERROR);
   testing::internal::CaptureStderr();
@@ -134,7 +134,7 @@ TEST_F(SetupDataTest, FailedSaveStaysInTheUtility) {
   EXPECT_EQ(Store_Requests() & kRequestBatteryOff, 0u); // no request left behind
 }
 
-TEST_F(SetupDataTest, LeaveWithoutSavingResetsWithTheGivenStatus) {
+TEST_F(RefPlatSetupDataTest, LeaveWithoutSavingResetsWithTheGivenStatus) {
   Op(65, 1);
   Op(2, EFI_ABORTED);
   EXPECT_EQ(fake::SetVariableCalls(), 0u);
@@ -144,7 +144,7 @@ TEST_F(SetupDataTest, LeaveWithoutSavingResetsWithTheGivenStatus) {
   EXPECT_EQ(LastTrace(), "op 2 0x8000000000000015");
 }
 
-TEST_F(SetupDataTest, BatteryOffSavesThenPowersOff) {
+TEST_F(RefPlatSetupDataTest, BatteryOffSavesThenPowersOff) {
   Op(113, 1);
   Op(4);
   ASSERT_EQ(Resets().size(), 1u);
@@ -164,7 +164,7 @@ TEST_F(SetupDataTest, BatteryOffSavesThenPowersOff) {
   EXPECT_EQ(LastTrace(), "op 190");
 }
 
-TEST_F(SetupDataTest, HotKeyReportInstallsTheRestartTrigger) {
+TEST_F(RefPlatSetupDataTest, HotKeyReportInstallsTheRestartTrigger) {
   auto triggers = [] {
     UINTN count = 0;
     EFI_HANDLE* handles = nullptr;
@@ -184,7 +184,7 @@ TEST_F(SetupDataTest, HotKeyReportInstallsTheRestartTrigger) {
   EXPECT_EQ(LastTrace(), "op 11 22");
 }
 
-TEST_F(SetupDataTest, ValueAndActionShapesTrace) {
+TEST_F(RefPlatSetupDataTest, ValueAndActionShapesTrace) {
   EXPECT_EQ(Op(15, 7, 9), 3u);
   EXPECT_EQ(LastTrace(), "op 15 7 9 -> 3");
   Op(5, 25);
@@ -203,7 +203,7 @@ TEST_F(SetupDataTest, ValueAndActionShapesTrace) {
   EXPECT_EQ(LastTrace(), "op 163");
 }
 
-TEST_F(SetupDataTest, DisplayPortArrays) {
+TEST_F(RefPlatSetupDataTest, DisplayPortArrays) {
   UINT32 types[5] = {9, 9, 9, 9, 9};
   UINT8 present[5] = {9, 9, 9, 9, 9};
   Store_SetByName("display_port4_type", 3);
@@ -222,7 +222,7 @@ TEST_F(SetupDataTest, DisplayPortArrays) {
   EXPECT_EQ(Op(152, 0), EFI_INVALID_PARAMETER);
 }
 
-TEST_F(SetupDataTest, PasswordOperationsNeverTraceThePassword) {
+TEST_F(RefPlatSetupDataTest, PasswordOperationsNeverTraceThePassword) {
   const CHAR16* password = u"zebra7";
   EXPECT_EQ(Op(29), 0u);
   EXPECT_EQ(Op(31, Address(password)), 1u);

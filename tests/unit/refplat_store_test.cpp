@@ -8,7 +8,7 @@
 
 namespace {
 
-class StoreTest : public RefPlatTest {
+class RefPlatStoreTest : public RefPlatTest {
 protected:
   // A saved record with non-default values, as raw bytes.
   std::vector<UINT8> SavedNonDefaultRecord() {
@@ -30,7 +30,7 @@ protected:
   }
 };
 
-TEST_F(StoreTest, SaveWritesOneVariableThatLoadsBack) {
+TEST_F(RefPlatStoreTest, SaveWritesOneVariableThatLoadsBack) {
   EXPECT_TRUE(Store_SetByName("boot_speed", 1));
   EXPECT_TRUE(Store_SetByName("boot_order", 0x1234));
   EXPECT_TRUE(Store_SetByName("minimum_year", 2020));
@@ -57,7 +57,7 @@ TEST_F(StoreTest, SaveWritesOneVariableThatLoadsBack) {
   EXPECT_EQ(Store_Requests(), static_cast<UINT32>(kRequestResetBootLogo));
 }
 
-TEST_F(StoreTest, MissingRecordGivesDefaultsAndOneReport) {
+TEST_F(RefPlatStoreTest, MissingRecordGivesDefaultsAndOneReport) {
   Store_SetByName("boot_speed", 1);
   testing::internal::CaptureStderr();
   Store_Load();
@@ -68,7 +68,7 @@ TEST_F(StoreTest, MissingRecordGivesDefaultsAndOneReport) {
   EXPECT_EQ(report.find('\n'), report.size() - 1); // exactly one line
 }
 
-TEST_F(StoreTest, DamagedRecordsGiveDefaults) {
+TEST_F(RefPlatStoreTest, DamagedRecordsGiveDefaults) {
   const std::vector<UINT8> good = SavedNonDefaultRecord();
   ASSERT_EQ(good.size(), sizeof(StoreRecord));
 
@@ -119,7 +119,7 @@ TEST_F(StoreTest, DamagedRecordsGiveDefaults) {
   }
 }
 
-TEST_F(StoreTest, SealedValueOutsideItsRangeRevertsAlone) {
+TEST_F(RefPlatStoreTest, SealedValueOutsideItsRangeRevertsAlone) {
   std::vector<UINT8> data = SavedNonDefaultRecord();
   const UINT64 bad = 7; // boot_speed allows 0..1
   std::memcpy(data.data() + offsetof(StoreRecord, Values) + kSetting_boot_speed * 8, &bad, 8);
@@ -132,7 +132,7 @@ TEST_F(StoreTest, SealedValueOutsideItsRangeRevertsAlone) {
   EXPECT_EQ(Store_Get(kSetting_boot_order), 0x1234u);
 }
 
-TEST_F(StoreTest, FailedSaveLeavesTheOldRecord) {
+TEST_F(RefPlatStoreTest, FailedSaveLeavesTheOldRecord) {
   const std::vector<UINT8> before = SavedNonDefaultRecord();
   Store_SetByName("boot_speed", 0);
   fake::FailSetVariable(1, EFI_DEVICE_ERROR);
@@ -142,12 +142,12 @@ TEST_F(StoreTest, FailedSaveLeavesTheOldRecord) {
   EXPECT_EQ(StoredRecord(), before);
 }
 
-TEST_F(StoreTest, Crc32MatchesTheStandardCheckValue) {
+TEST_F(RefPlatStoreTest, Crc32MatchesTheStandardCheckValue) {
   EXPECT_EQ(Store_Crc32("123456789", 9), 0xCBF43926u);
   EXPECT_EQ(Store_Crc32("", 0), 0u);
 }
 
-TEST_F(StoreTest, SetByNameChecksNamesAndRanges) {
+TEST_F(RefPlatStoreTest, SetByNameChecksNamesAndRanges) {
   EXPECT_FALSE(Store_SetByName("no_such_setting", 1));
   EXPECT_FALSE(Store_SetByName("", 1));
   EXPECT_FALSE(Store_SetByName(nullptr, 1));
@@ -174,7 +174,7 @@ TEST_F(StoreTest, SetByNameChecksNamesAndRanges) {
   EXPECT_EQ(Store_Get(kSetting_odd_present), 0u);
 }
 
-TEST_F(StoreTest, LoadDefaultsKeepsWhatDoesNotRevert) {
+TEST_F(RefPlatStoreTest, LoadDefaultsKeepsWhatDoesNotRevert) {
   Store_SetByName("boot_speed", 1);
   Store_SetByName("wake_on_lan", 1);
   Store_SetByName("bios_access_rights", 2);

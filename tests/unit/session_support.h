@@ -26,6 +26,7 @@
 #include "pages/pages.h"
 #include "pages/security_page.h"
 #include "pages/sysconfig_page.h"
+#include "reference_platform/image_display.h"
 #include "reference_platform/reference_platform.h"
 #include "setup_data/advanced_page_table.h"
 #include "setup_data/exit_page_table.h"
@@ -33,6 +34,7 @@
 #include "setup_data/power_page_table.h"
 #include "setup_data/security_page_table.h"
 #include "setup_data/sysconfig_page_table.h"
+#include "setup_data/text_table.h"
 
 namespace session {
 
@@ -156,8 +158,10 @@ protected:
   }
 
   void TearDown() override {
-    // Frees what the graphics modules hold while their firmware still lives.
+    // Frees what the graphics modules and the platform's picture cache hold
+    // while their firmware still lives.
     Quorvex_Graphics_Reset();
+    ImageDisplay_ClearCache();
     SetupDataTraceSink = nullptr;
     PlatformStartHook = nullptr;
     session::TraceSink() = nullptr;
