@@ -16,7 +16,7 @@ namespace {
 // PS/2 scan code whose keys are dropped by the extended reader.
 constexpr UINT8 kDiscardedPs2ScanCode = 0x56;
 constexpr UINT32 kKeySourceExtended = 2;
-}  // namespace
+} // namespace
 
 void Quorvex_KeyboardConIn_Replacement_Start() {
   UINTN handleCount = 0;

@@ -20,7 +20,9 @@ void FlushKeys() {
   }
 }
 
-void Quorvex_LoadHotKey() { SetupData_Get_hot_key_scan_code(&HotKeyScanCode); }
+void Quorvex_LoadHotKey() {
+  SetupData_Get_hot_key_scan_code(&HotKeyScanCode);
+}
 
 EFI_STATUS Quorvex_ReadKey(EFI_INPUT_KEY* Key) {
   Key->ScanCode = 0;
@@ -141,11 +143,15 @@ void EnterFromTab(bool FromSubPageTab) {
   }
 }
 
-}  // namespace
+} // namespace
 
-void EnterPage() { EnterFromTab(true); }
+void EnterPage() {
+  EnterFromTab(true);
+}
 
-void EnterPageByEnter() { EnterFromTab(false); }
+void EnterPageByEnter() {
+  EnterFromTab(false);
+}
 
 void LeavePage() {
   switch (PageState) {

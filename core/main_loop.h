@@ -10,13 +10,13 @@ enum PageStateValue : UINT32 {
   kStateSecurityTab = 1,
   kStatePowerTab = 2,
   kStateAdvancedTab = 3,
-  kStateAdvancedSubPageTab = 4,  // Advanced tab highlighted, a sub-page shown
+  kStateAdvancedSubPageTab = 4, // Advanced tab highlighted, a sub-page shown
   kStateExitTab = 5,
   kStateMainPage = 6,
   kStateSecurityPage = 7,
   kStatePowerPage = 8,
   kStateAdvancedPage = 9,
-  kStateBootOrderDialog = 10,  // the Advanced page's boot order dialog
+  kStateBootOrderDialog = 10, // the Advanced page's boot order dialog
   kStateAdvancedSubPage = 11,
   kStateExitPage = 12,
 };

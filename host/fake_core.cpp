@@ -20,7 +20,9 @@ constexpr UINT32 kUefiRevision = (2u << 16) | 70u;
 // ---------------------------------------------------------------------------
 // Text output: everything written is kept (and echoed when asked) as UTF-8.
 // ---------------------------------------------------------------------------
-EFI_STATUS EFIAPI ConOutReset(EFI_SIMPLE_TEXT_OUTPUT_PROTOCOL*, BOOLEAN) { return EFI_SUCCESS; }
+EFI_STATUS EFIAPI ConOutReset(EFI_SIMPLE_TEXT_OUTPUT_PROTOCOL*, BOOLEAN) {
+  return EFI_SUCCESS;
+}
 
 EFI_STATUS EFIAPI ConOutOutputString(EFI_SIMPLE_TEXT_OUTPUT_PROTOCOL*, const CHAR16* String) {
   if (String == nullptr) return EFI_INVALID_PARAMETER;
@@ -94,7 +96,9 @@ EFI_STATUS EFIAPI Stall(UINTN Microseconds) {
   return EFI_SUCCESS;
 }
 
-EFI_STATUS EFIAPI SetWatchdogTimer(UINTN, UINT64, UINTN, CHAR16*) { return EFI_SUCCESS; }
+EFI_STATUS EFIAPI SetWatchdogTimer(UINTN, UINT64, UINTN, CHAR16*) {
+  return EFI_SUCCESS;
+}
 
 EFI_STATUS EFIAPI GetNextMonotonicCount(UINT64* Count) {
   if (Count == nullptr) return EFI_INVALID_PARAMETER;
@@ -132,11 +136,15 @@ EFI_STATUS EFIAPI SetTimer(EFI_EVENT Event, UINT32, UINT64) {
   // Timers never fire: the fake clock does not run by itself.
   return FindEvent(Event) ? EFI_SUCCESS : EFI_INVALID_PARAMETER;
 }
-EFI_STATUS EFIAPI WaitForEvent(UINTN, EFI_EVENT*, UINTN*) { return Unsupported("WaitForEvent"); }
+EFI_STATUS EFIAPI WaitForEvent(UINTN, EFI_EVENT*, UINTN*) {
+  return Unsupported("WaitForEvent");
+}
 EFI_STATUS EFIAPI LocateDevicePath(const EFI_GUID*, EFI_DEVICE_PATH_PROTOCOL**, EFI_HANDLE*) {
   return EFI_NOT_FOUND;
 }
-EFI_STATUS EFIAPI ExitBootServices(EFI_HANDLE, UINTN) { return Unsupported("ExitBootServices"); }
+EFI_STATUS EFIAPI ExitBootServices(EFI_HANDLE, UINTN) {
+  return Unsupported("ExitBootServices");
+}
 EFI_STATUS EFIAPI ConnectController(EFI_HANDLE, EFI_HANDLE*, EFI_DEVICE_PATH_PROTOCOL*, BOOLEAN) {
   return EFI_NOT_FOUND;
 }
@@ -190,9 +198,11 @@ void DispatchPendingNotifies() {
   }
 }
 
-}  // namespace
+} // namespace
 
-State::~State() { ReleaseAllBlocks(*this); }
+State::~State() {
+  ReleaseAllBlocks(*this);
+}
 
 EFI_STATUS Unsupported(const char* Service) {
   std::fprintf(stderr, "fake firmware: %s is not offered\n", Service);
@@ -210,7 +220,9 @@ void Signal(EventRec* Event) {
   }
 }
 
-std::vector<UINT8> EndDevicePath() { return {0x7F, 0xFF, 4, 0}; }
+std::vector<UINT8> EndDevicePath() {
+  return {0x7F, 0xFF, 4, 0};
+}
 
 std::vector<UINT8> FileDevicePath(const std::u16string& Path) {
   // Media device path, file path node: type 4, sub-type 4, a NUL-terminated
@@ -231,7 +243,7 @@ std::vector<UINT8> FileDevicePath(const std::u16string& Path) {
   return bytes;
 }
 
-}  // namespace fake::detail
+} // namespace fake::detail
 
 namespace fake {
 
@@ -243,9 +255,7 @@ void Reset(const Options& Opts) {
   State& s = *g;
   s.Opts = Opts;
   s.Clock = Opts.Clock;
-  s.ResetHandler = [](EFI_RESET_TYPE Type, EFI_STATUS Status) {
-    throw SystemReset{Type, Status};
-  };
+  s.ResetHandler = [](EFI_RESET_TYPE Type, EFI_STATUS Status) { throw SystemReset{Type, Status}; };
   s.ImageEntry = _ModuleEntryPoint;
 
   std::memset(&s.BootServices, 0, sizeof s.BootServices);
@@ -284,10 +294,9 @@ void Reset(const Options& Opts) {
 
   // Text output (ConOut and StdErr share one device).
   s.ConOutMode = {1, 0, 0x07, 0, 0, 0};
-  s.ConOut = {ConOutReset,        ConOutOutputString, ConOutTestString,
-              ConOutQueryMode,    ConOutSetMode,      ConOutSetAttribute,
-              ConOutClearScreen,  ConOutSetCursorPosition, ConOutEnableCursor,
-              &s.ConOutMode};
+  s.ConOut = {ConOutReset,        ConOutOutputString, ConOutTestString,  ConOutQueryMode,
+              ConOutSetMode,      ConOutSetAttribute, ConOutClearScreen, ConOutSetCursorPosition,
+              ConOutEnableCursor, &s.ConOutMode};
   Install(&s.ConsoleOut, kSimpleTextOutputGuid, &s.ConOut);
   s.SystemTable.ConsoleOutHandle = s.ConsoleOut;
   s.SystemTable.ConOut = &s.ConOut;
@@ -310,20 +319,44 @@ void Reset(const Options& Opts) {
   s.RestartTrigger.Revision = 1;
 }
 
-EFI_SYSTEM_TABLE* SystemTable() { return &g->SystemTable; }
-EFI_BOOT_SERVICES* BootServices() { return &g->BootServices; }
-EFI_RUNTIME_SERVICES* RuntimeServices() { return &g->RuntimeServices; }
-EFI_HANDLE ConsoleInHandle() { return g->ConsoleIn; }
-EFI_HANDLE GopHandle() { return g->GopHandle; }
-EFI_HANDLE MouseHandle() { return g->MouseHandle; }
-EFI_HANDLE TouchHandle() { return g->TouchHandle; }
-EFI_HANDLE VolumeHandle() { return g->VolumeHandle; }
-EFI_TPL CurrentTpl() { return g->Tpl; }
+EFI_SYSTEM_TABLE* SystemTable() {
+  return &g->SystemTable;
+}
+EFI_BOOT_SERVICES* BootServices() {
+  return &g->BootServices;
+}
+EFI_RUNTIME_SERVICES* RuntimeServices() {
+  return &g->RuntimeServices;
+}
+EFI_HANDLE ConsoleInHandle() {
+  return g->ConsoleIn;
+}
+EFI_HANDLE GopHandle() {
+  return g->GopHandle;
+}
+EFI_HANDLE MouseHandle() {
+  return g->MouseHandle;
+}
+EFI_HANDLE TouchHandle() {
+  return g->TouchHandle;
+}
+EFI_HANDLE VolumeHandle() {
+  return g->VolumeHandle;
+}
+EFI_TPL CurrentTpl() {
+  return g->Tpl;
+}
 
-UINT64 StallCalls() { return g->StallCalls; }
-UINT64 StalledMicroseconds() { return g->StalledMicroseconds; }
+UINT64 StallCalls() {
+  return g->StallCalls;
+}
+UINT64 StalledMicroseconds() {
+  return g->StalledMicroseconds;
+}
 
-const std::string& ConsoleText() { return g->ConsoleText; }
+const std::string& ConsoleText() {
+  return g->ConsoleText;
+}
 void SetConsoleEcho(std::function<void(const std::string&)> Echo) {
   g->ConsoleEcho = std::move(Echo);
 }
@@ -335,9 +368,9 @@ void TriggerRestart() {
 
 std::string GuidToString(const EFI_GUID& Guid) {
   char text[40];
-  std::snprintf(text, sizeof text, "%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X",
-                Guid.Data1, Guid.Data2, Guid.Data3, Guid.Data4[0], Guid.Data4[1], Guid.Data4[2],
-                Guid.Data4[3], Guid.Data4[4], Guid.Data4[5], Guid.Data4[6], Guid.Data4[7]);
+  std::snprintf(text, sizeof text, "%08X-%04X-%04X-%02X%02X-%02X%02X%02X%02X%02X%02X", Guid.Data1,
+                Guid.Data2, Guid.Data3, Guid.Data4[0], Guid.Data4[1], Guid.Data4[2], Guid.Data4[3],
+                Guid.Data4[4], Guid.Data4[5], Guid.Data4[6], Guid.Data4[7]);
   return text;
 }
 
@@ -372,4 +405,4 @@ std::string Utf16ToUtf8(const CHAR16* Text, size_t MaxUnits) {
   return out;
 }
 
-}  // namespace fake
+} // namespace fake

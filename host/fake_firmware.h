@@ -28,11 +28,11 @@ struct Mode {
 
 // What a fresh firmware offers. The defaults are the simulator's.
 struct Options {
-  std::vector<Mode> Modes = {{1024, 768}};  // GOP modes, in mode-number order
-  bool Gop = true;                           // install the Graphics Output Protocol
-  bool Mouse = true;                         // a USB mouse beside the console's pointer
-  bool Touch = true;                         // a touch panel (Absolute Pointer)
-  bool HiiFont = true;                       // an HII Font instance (presence only)
+  std::vector<Mode> Modes = {{1024, 768}}; // GOP modes, in mode-number order
+  bool Gop = true;                         // install the Graphics Output Protocol
+  bool Mouse = true;                       // a USB mouse beside the console's pointer
+  bool Touch = true;                       // a touch panel (Absolute Pointer)
+  bool HiiFont = true;                     // an HII Font instance (presence only)
   EFI_TIME Clock = {2025, 1, 1, 9, 0, 0, 0, 0, 0x07FF, 0, 0};
 };
 
@@ -48,11 +48,11 @@ EFI_RUNTIME_SERVICES* RuntimeServices();
 // ---------------------------------------------------------------------------
 // Protocol database
 // ---------------------------------------------------------------------------
-EFI_HANDLE ConsoleInHandle();  // Simple Text Input (+Ex) and the console's merged pointer
-EFI_HANDLE GopHandle();        // null when Options::Gop is false
-EFI_HANDLE MouseHandle();      // null when Options::Mouse is false
-EFI_HANDLE TouchHandle();      // null when Options::Touch is false
-EFI_HANDLE VolumeHandle();     // the device the images are loaded from (a device path only)
+EFI_HANDLE ConsoleInHandle(); // Simple Text Input (+Ex) and the console's merged pointer
+EFI_HANDLE GopHandle();       // null when Options::Gop is false
+EFI_HANDLE MouseHandle();     // null when Options::Mouse is false
+EFI_HANDLE TouchHandle();     // null when Options::Touch is false
+EFI_HANDLE VolumeHandle();    // the device the images are loaded from (a device path only)
 EFI_GRAPHICS_OUTPUT_PROTOCOL* Gop();
 
 // Uninstalls every instance of a protocol from every handle now.
@@ -67,8 +67,8 @@ void HideProtocol(const EFI_GUID& Guid, bool Hidden = true);
 void TriggerRestart();
 
 bool IsLiveHandle(EFI_HANDLE Handle);
-size_t HandleCount();          // live handles
-size_t LiveEventCount();       // events created and not closed
+size_t HandleCount();    // live handles
+size_t LiveEventCount(); // events created and not closed
 size_t NotifyRegistrationCount();
 EFI_TPL CurrentTpl();
 
@@ -107,7 +107,7 @@ UINT64 StalledMicroseconds();
 // The fake clock stands still unless it is set or advanced.
 void SetClock(const EFI_TIME& Time);
 EFI_TIME Clock();
-void AdvanceClock(UINT64 Seconds);  // carries into minutes, hours, days, months, years
+void AdvanceClock(UINT64 Seconds); // carries into minutes, hours, days, months, years
 // Interactive use: GetTime answers the host's local time instead.
 void SetClockFollowsHost(bool Follow);
 bool IsValidTime(const EFI_TIME& Time);
@@ -138,7 +138,7 @@ void SetConsoleEcho(std::function<void(const std::string&)> Echo);
 // ---------------------------------------------------------------------------
 // Graphics Output
 // ---------------------------------------------------------------------------
-UINT32 ScreenWidth();   // of the current mode
+UINT32 ScreenWidth(); // of the current mode
 UINT32 ScreenHeight();
 UINT32 CurrentMode();
 UINT64 SetModeCalls();
@@ -147,9 +147,9 @@ UINT32 PixelAt(UINT32 X, UINT32 Y);
 void SetPixel(UINT32 X, UINT32 Y, UINT32 Rgb);
 const std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL>& Framebuffer();
 struct BltStats {
-  UINT64 Calls[EfiGraphicsOutputBltOperationMax] = {};  // accepted, per operation
-  UINT64 Rejected = 0;                                  // EFI_INVALID_PARAMETER answers
-  UINT64 PixelsWritten = 0;                             // to the framebuffer
+  UINT64 Calls[EfiGraphicsOutputBltOperationMax] = {}; // accepted, per operation
+  UINT64 Rejected = 0;                                 // EFI_INVALID_PARAMETER answers
+  UINT64 PixelsWritten = 0;                            // to the framebuffer
 };
 BltStats Blt();
 // Changes whenever the framebuffer is written (for window presentation).
@@ -179,8 +179,8 @@ void TouchAt(UINT32 X, UINT32 Y);
 UINT64 TouchUnitsFor(UINT32 Pixel, UINT32 ScreenSize);
 size_t PendingInputs();
 void ClearInput();
-UINT64 InputReads();   // every read of any device
-UINT64 InputsTaken();  // reads that returned an input
+UINT64 InputReads();    // every read of any device
+UINT64 InputsTaken();   // reads that returned an input
 UINT64 InputsDropped(); // inputs no reader took (see kMaxSkips)
 
 // The utility is idle when the queue is empty and it has read keys this many
@@ -243,4 +243,4 @@ RunResult RunImage(EFI_IMAGE_ENTRY_POINT Entry, EFI_HANDLE Image);
 std::string GuidToString(const EFI_GUID& Guid);
 std::string Utf16ToUtf8(const CHAR16* Text, size_t MaxUnits = SIZE_MAX);
 
-}  // namespace fake
+} // namespace fake

@@ -27,9 +27,8 @@ protected:
   void TearDown() override {
     if (!CheckPool) return;
     const fake::PoolStats now = fake::Pool();
-    EXPECT_EQ(now.OutstandingCount, PoolAtStart.OutstandingCount)
-        << "pool blocks left behind:\n"
-        << Outstanding();
+    EXPECT_EQ(now.OutstandingCount, PoolAtStart.OutstandingCount) << "pool blocks left behind:\n"
+                                                                  << Outstanding();
     EXPECT_EQ(now.BadFrees, 0u) << "FreePool of memory the pool never gave out";
   }
 

@@ -70,9 +70,9 @@ EFI_STATUS Reject() {
 }
 
 EFI_STATUS EFIAPI Blt(EFI_GRAPHICS_OUTPUT_PROTOCOL* This, EFI_GRAPHICS_OUTPUT_BLT_PIXEL* BltBuffer,
-                      EFI_GRAPHICS_OUTPUT_BLT_OPERATION BltOperation, UINTN SourceX,
-                      UINTN SourceY, UINTN DestinationX, UINTN DestinationY, UINTN Width,
-                      UINTN Height, UINTN Delta) {
+                      EFI_GRAPHICS_OUTPUT_BLT_OPERATION BltOperation, UINTN SourceX, UINTN SourceY,
+                      UINTN DestinationX, UINTN DestinationY, UINTN Width, UINTN Height,
+                      UINTN Delta) {
   State& s = *g;
   if (This == nullptr || BltOperation >= EfiGraphicsOutputBltOperationMax) return Reject();
   if (Width == 0 || Height == 0) return Reject();
@@ -89,7 +89,8 @@ EFI_STATUS EFIAPI Blt(EFI_GRAPHICS_OUTPUT_PROTOCOL* This, EFI_GRAPHICS_OUTPUT_BL
   };
   auto buffer = [&](UINTN X, UINTN Y) -> EFI_GRAPHICS_OUTPUT_BLT_PIXEL& {
     return *reinterpret_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(
-        reinterpret_cast<UINT8*>(BltBuffer) + Y * Delta + X * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
+        reinterpret_cast<UINT8*>(BltBuffer) + Y * Delta +
+        X * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
   };
 
   switch (BltOperation) {
@@ -134,7 +135,7 @@ EFI_STATUS EFIAPI Blt(EFI_GRAPHICS_OUTPUT_PROTOCOL* This, EFI_GRAPHICS_OUTPUT_BL
   return EFI_SUCCESS;
 }
 
-}  // namespace
+} // namespace
 
 void SetUpGraphics(State& S) {
   S.GopMode = {};
@@ -148,24 +149,41 @@ void SetUpGraphics(State& S) {
   if (S.Opts.Gop) Install(&S.GopHandle, kGraphicsOutputGuid, &S.Gop);
 }
 
-}  // namespace fake::detail
+} // namespace fake::detail
 
 namespace fake {
 
 using namespace detail;
 
-EFI_GRAPHICS_OUTPUT_PROTOCOL* Gop() { return &g->Gop; }
-UINT32 ScreenWidth() { return g->GopInfo.HorizontalResolution; }
-UINT32 ScreenHeight() { return g->GopInfo.VerticalResolution; }
-UINT32 CurrentMode() { return g->GopMode.Mode; }
-UINT64 SetModeCalls() { return g->SetModeCalls; }
-BltStats Blt() { return g->Blt; }
-UINT64 FramebufferGeneration() { return g->FramebufferGeneration; }
-const std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL>& Framebuffer() { return g->Framebuffer; }
+EFI_GRAPHICS_OUTPUT_PROTOCOL* Gop() {
+  return &g->Gop;
+}
+UINT32 ScreenWidth() {
+  return g->GopInfo.HorizontalResolution;
+}
+UINT32 ScreenHeight() {
+  return g->GopInfo.VerticalResolution;
+}
+UINT32 CurrentMode() {
+  return g->GopMode.Mode;
+}
+UINT64 SetModeCalls() {
+  return g->SetModeCalls;
+}
+BltStats Blt() {
+  return g->Blt;
+}
+UINT64 FramebufferGeneration() {
+  return g->FramebufferGeneration;
+}
+const std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL>& Framebuffer() {
+  return g->Framebuffer;
+}
 
 UINT32 PixelAt(UINT32 X, UINT32 Y) {
   if (X >= ScreenWidth() || Y >= ScreenHeight()) return 0;
-  const EFI_GRAPHICS_OUTPUT_BLT_PIXEL p = g->Framebuffer[static_cast<size_t>(Y) * ScreenWidth() + X];
+  const EFI_GRAPHICS_OUTPUT_BLT_PIXEL p =
+      g->Framebuffer[static_cast<size_t>(Y) * ScreenWidth() + X];
   return (static_cast<UINT32>(p.Red) << 16) | (static_cast<UINT32>(p.Green) << 8) | p.Blue;
 }
 
@@ -197,4 +215,4 @@ bool WritePng(const std::string& Path, std::string* Error) {
   return true;
 }
 
-}  // namespace fake
+} // namespace fake

@@ -24,7 +24,9 @@ ImageRec* FindImage(EFI_HANDLE Handle) {
   return nullptr;
 }
 
-char16_t Lower(char16_t C) { return (C >= u'A' && C <= u'Z') ? C + (u'a' - u'A') : C; }
+char16_t Lower(char16_t C) {
+  return (C >= u'A' && C <= u'Z') ? C + (u'a' - u'A') : C;
+}
 
 // True when the device path names the utility's file: a media file-path node
 // whose last path component is QuorvexSetup.efi (any case).
@@ -144,7 +146,7 @@ EFI_STATUS EFIAPI UnloadImage(EFI_HANDLE ImageHandle) {
   return EFI_SUCCESS;
 }
 
-}  // namespace
+} // namespace
 
 void SetUpImageServices(State& S) {
   S.BootServices.LoadImage = LoadImage;
@@ -153,25 +155,35 @@ void SetUpImageServices(State& S) {
   S.BootServices.UnloadImage = UnloadImage;
 }
 
-}  // namespace fake::detail
+} // namespace fake::detail
 
 namespace fake {
 
 using namespace detail;
 
-void SetImageEntry(EFI_IMAGE_ENTRY_POINT Entry) { g->ImageEntry = Entry; }
+void SetImageEntry(EFI_IMAGE_ENTRY_POINT Entry) {
+  g->ImageEntry = Entry;
+}
 void SetImageReturnHandler(std::function<void(EFI_HANDLE, EFI_STATUS)> Handler) {
   g->ImageReturnHandler = std::move(Handler);
 }
-void FailLoadImage(EFI_STATUS Status) { g->LoadImageFailure = Status; }
-const std::vector<EFI_HANDLE>& LoadedImages() { return g->LoadedImages; }
-UINT64 StartImageCalls() { return g->StartImageCalls; }
+void FailLoadImage(EFI_STATUS Status) {
+  g->LoadImageFailure = Status;
+}
+const std::vector<EFI_HANDLE>& LoadedImages() {
+  return g->LoadedImages;
+}
+UINT64 StartImageCalls() {
+  return g->StartImageCalls;
+}
 
 EFI_HANDLE CreateImageHandle(const std::u16string& Path) {
   return NewImage(nullptr, FileDevicePath(Path))->Handle;
 }
 
-void StopRunNow(int Code) { throw StopRun{Code}; }
+void StopRunNow(int Code) {
+  throw StopRun{Code};
+}
 
 RunResult RunImage(EFI_IMAGE_ENTRY_POINT Entry, EFI_HANDLE Image) {
   RunResult result;
@@ -191,4 +203,4 @@ RunResult RunImage(EFI_IMAGE_ENTRY_POINT Entry, EFI_HANDLE Image) {
   return result;
 }
 
-}  // namespace fake
+} // namespace fake

@@ -13,14 +13,17 @@ namespace {
 
 constexpr UINT32 kShiftStateValid = 0x80000000u;
 constexpr UINT8 kToggleStateValid = 0x80;
-constexpr UINT8 kToggleStateMask = 0x07 | 0x40;  // scroll, num, caps lock; key state exposed
-constexpr INT32 kHomeDistance = -65536;          // far enough to clamp any cursor to the corner
+constexpr UINT8 kToggleStateMask = 0x07 | 0x40; // scroll, num, caps lock; key state exposed
+constexpr INT32 kHomeDistance = -65536;         // far enough to clamp any cursor to the corner
 
 const char* KindName(InputKind Kind) {
   switch (Kind) {
-  case InputKind::Key: return "key";
-  case InputKind::Mouse: return "mouse state";
-  case InputKind::Touch: return "touch state";
+  case InputKind::Key:
+    return "key";
+  case InputKind::Mouse:
+    return "mouse state";
+  case InputKind::Touch:
+    return "touch state";
   }
   return "input";
 }
@@ -88,7 +91,9 @@ void RemoveQueued(InputKind Kind) {
   }
 }
 
-bool HeadIs(InputKind Kind) { return !g->Queue.empty() && g->Queue.front().Kind == Kind; }
+bool HeadIs(InputKind Kind) {
+  return !g->Queue.empty() && g->Queue.front().Kind == Kind;
+}
 
 // ---------------------------------------------------------------------------
 // Simple Text Input and Simple Text Input Ex
@@ -206,7 +211,7 @@ InputEvent Blank(InputKind Kind) {
   return event;
 }
 
-}  // namespace
+} // namespace
 
 void SetUpInput(State& S) {
   S.WaitForKey = NewEvent(EVT_NOTIFY_WAIT, TPL_NOTIFY, KeyWaitNotify, nullptr);
@@ -216,7 +221,7 @@ void SetUpInput(State& S) {
   S.WaitForTouch = NewEvent(EVT_NOTIFY_WAIT, TPL_NOTIFY, TouchWaitNotify, nullptr);
 
   S.ConIn = {ConInReset, ConInReadKeyStroke, S.WaitForKey};
-  S.ConInEx = {ConInExReset,    ConInExReadKeyStrokeEx,     S.WaitForKeyEx,
+  S.ConInEx = {ConInExReset,    ConInExReadKeyStrokeEx,   S.WaitForKeyEx,
                ConInExSetState, ConInExRegisterKeyNotify, ConInExUnregisterKeyNotify};
   S.ConsolePointerMode = {1, 1, 0, 1, 1};
   S.ConsolePointer = {PointerReset, PointerGetState, S.WaitForConsolePointer,
@@ -241,7 +246,7 @@ void SetUpInput(State& S) {
   }
 }
 
-}  // namespace fake::detail
+} // namespace fake::detail
 
 namespace fake {
 
@@ -298,12 +303,26 @@ void TouchAt(UINT32 X, UINT32 Y) {
   PushTouchState(x, y, 0);
 }
 
-size_t PendingInputs() { return g->Queue.size(); }
-void ClearInput() { g->Queue.clear(); }
-UINT64 InputReads() { return g->InputReads; }
-UINT64 InputsTaken() { return g->InputsTaken; }
-UINT64 InputsDropped() { return g->InputsDropped; }
-void SetIdleHandler(std::function<void()> Handler) { g->IdleHandler = std::move(Handler); }
-void SetReadHook(std::function<void(bool)> Hook) { g->ReadHook = std::move(Hook); }
+size_t PendingInputs() {
+  return g->Queue.size();
+}
+void ClearInput() {
+  g->Queue.clear();
+}
+UINT64 InputReads() {
+  return g->InputReads;
+}
+UINT64 InputsTaken() {
+  return g->InputsTaken;
+}
+UINT64 InputsDropped() {
+  return g->InputsDropped;
+}
+void SetIdleHandler(std::function<void()> Handler) {
+  g->IdleHandler = std::move(Handler);
+}
+void SetReadHook(std::function<void(bool)> Hook) {
+  g->ReadHook = std::move(Hook);
+}
 
-}  // namespace fake
+} // namespace fake

@@ -17,9 +17,9 @@
 namespace fake::detail {
 
 struct ProtocolEntry {
-  const EFI_GUID* Guid;  // interned: stable for ProtocolsPerHandle
+  const EFI_GUID* Guid; // interned: stable for ProtocolsPerHandle
   void* Interface;
-  UINT64 Serial;  // installation order across the whole database
+  UINT64 Serial; // installation order across the whole database
 };
 
 struct HandleRec {
@@ -42,7 +42,7 @@ struct EventRec {
 struct NotifyRegistration {
   EFI_GUID Guid;
   EventRec* Event;
-  std::deque<HandleRec*> Fresh;  // handles that got the protocol since registration
+  std::deque<HandleRec*> Fresh; // handles that got the protocol since registration
   bool Live = true;
 };
 
@@ -50,7 +50,7 @@ struct PoolBlock {
   UINTN Size;
   EFI_MEMORY_TYPE Type;
   UINT64 Serial;
-  UINTN Pages;  // 0 for pool blocks
+  UINTN Pages; // 0 for pool blocks
 };
 
 struct Variable {
@@ -77,7 +77,7 @@ struct KeyNotification {
 struct ImageRec {
   HandleRec* Handle;
   EFI_LOADED_IMAGE_PROTOCOL Loaded;
-  std::vector<UINT8> FilePath;  // a device path: file node + end node
+  std::vector<UINT8> FilePath; // a device path: file node + end node
   bool Started = false;
   bool Running = false;
   std::jmp_buf* ExitJump = nullptr;
@@ -197,19 +197,19 @@ void SetUpProtocolServices(State& S);
 void SetUpMemoryServices(State& S);
 void SetUpRuntimeServices(State& S);
 void SetUpImageServices(State& S);
-void SetUpGraphics(State& S);  // installs the GOP handle
-void SetUpInput(State& S);     // installs the console and pointer handles
+void SetUpGraphics(State& S); // installs the GOP handle
+void SetUpInput(State& S);    // installs the console and pointer handles
 
 // Protocol database helpers.
-HandleRec* FindHandle(EFI_HANDLE Handle);  // live handles only
-EventRec* FindEvent(EFI_EVENT Event);      // live events only
+HandleRec* FindHandle(EFI_HANDLE Handle); // live handles only
+EventRec* FindEvent(EFI_EVENT Event);     // live events only
 bool IsHidden(const EFI_GUID& Guid);
 EFI_STATUS Install(EFI_HANDLE* Handle, const EFI_GUID& Guid, void* Interface);
 EFI_EVENT NewEvent(UINT32 Type, EFI_TPL Tpl, EFI_EVENT_NOTIFY Notify, void* Context);
 void Signal(EventRec* Event);
 
 // Pool helpers (the boot services' own entry points, callable from C++).
-void* PoolAllocate(UINTN Size);  // EfiBootServicesData; nullptr when refused
+void* PoolAllocate(UINTN Size); // EfiBootServicesData; nullptr when refused
 void ReleaseAllBlocks(State& S);
 
 // Device path helpers.
@@ -219,4 +219,4 @@ std::vector<UINT8> EndDevicePath();
 // Boot services that are not offered answer this.
 EFI_STATUS Unsupported(const char* Service);
 
-}  // namespace fake::detail
+} // namespace fake::detail

@@ -13,9 +13,9 @@ namespace fake::detail {
 
 namespace {
 
-constexpr UINT32 kMaxMemoryType = 16;           // EfiMaxMemoryType
+constexpr UINT32 kMaxMemoryType = 16; // EfiMaxMemoryType
 constexpr UINT32 kOemMemoryTypeStart = 0x70000000u;
-constexpr UINTN kLargestAllocation = 512ull << 20;  // a bigger request finds no memory
+constexpr UINTN kLargestAllocation = 512ull << 20; // a bigger request finds no memory
 constexpr UINTN kPageSize = 4096;
 
 bool ValidPoolType(EFI_MEMORY_TYPE Type) {
@@ -128,7 +128,7 @@ EFI_STATUS EFIAPI FreePages(EFI_PHYSICAL_ADDRESS Memory, UINTN Pages) {
   return EFI_SUCCESS;
 }
 
-}  // namespace
+} // namespace
 
 void* PoolAllocate(UINTN Size) {
   void* buffer = nullptr;
@@ -148,15 +148,19 @@ void SetUpMemoryServices(State& S) {
   S.BootServices.FreePages = FreePages;
 }
 
-}  // namespace fake::detail
+} // namespace fake::detail
 
 namespace fake {
 
 using namespace detail;
 
-PoolStats Pool() { return g->Pool; }
+PoolStats Pool() {
+  return g->Pool;
+}
 
-void FailAllocation(UINT64 Nth) { g->FailCountdown = Nth; }
+void FailAllocation(UINT64 Nth) {
+  g->FailCountdown = Nth;
+}
 
 std::vector<std::string> DescribeOutstanding() {
   std::vector<PoolBlock> blocks;
@@ -175,4 +179,4 @@ std::vector<std::string> DescribeOutstanding() {
   return lines;
 }
 
-}  // namespace fake
+} // namespace fake

@@ -151,8 +151,7 @@ EFI_STATUS EFIAPI HandleProtocol(EFI_HANDLE Handle, const EFI_GUID* Protocol, vo
 EFI_STATUS EFIAPI OpenProtocol(EFI_HANDLE Handle, const EFI_GUID* Protocol, void** Interface,
                                EFI_HANDLE, EFI_HANDLE, UINT32 Attributes) {
   if (Protocol == nullptr) return EFI_INVALID_PARAMETER;
-  if (Attributes != kOpenProtocolTestProtocol && Interface == nullptr)
-    return EFI_INVALID_PARAMETER;
+  if (Attributes != kOpenProtocolTestProtocol && Interface == nullptr) return EFI_INVALID_PARAMETER;
   if (Interface) *Interface = nullptr;
   HandleRec* handle = FindHandle(Handle);
   if (handle == nullptr) return EFI_INVALID_PARAMETER;
@@ -323,7 +322,7 @@ EFI_STATUS EFIAPI CheckEvent(EFI_EVENT Event) {
   return EFI_SUCCESS;
 }
 
-}  // namespace
+} // namespace
 
 HandleRec* FindHandle(EFI_HANDLE Handle) {
   if (Handle == nullptr) return nullptr;
@@ -396,7 +395,7 @@ void SetUpProtocolServices(State& S) {
   bs.LocateProtocol = LocateProtocol;
 }
 
-}  // namespace fake::detail
+} // namespace fake::detail
 
 namespace fake {
 
@@ -423,7 +422,9 @@ void HideProtocol(const EFI_GUID& Guid, bool Hidden) {
   if (Hidden) list.push_back(Guid);
 }
 
-bool IsLiveHandle(EFI_HANDLE Handle) { return FindHandle(Handle) != nullptr; }
+bool IsLiveHandle(EFI_HANDLE Handle) {
+  return FindHandle(Handle) != nullptr;
+}
 
 size_t HandleCount() {
   size_t count = 0;
@@ -443,4 +444,4 @@ size_t NotifyRegistrationCount() {
   return count;
 }
 
-}  // namespace fake
+} // namespace fake

@@ -14,7 +14,9 @@ namespace {
 constexpr INT16 kUnspecifiedTimeZone = 0x07FF;
 constexpr UINT64 kSecondsPerDay = 86400;
 
-bool IsLeapYear(UINT32 Year) { return (Year % 4 == 0 && Year % 100 != 0) || Year % 400 == 0; }
+bool IsLeapYear(UINT32 Year) {
+  return (Year % 4 == 0 && Year % 100 != 0) || Year % 400 == 0;
+}
 
 UINT32 DaysInMonth(UINT32 Year, UINT32 Month) {
   static constexpr UINT8 kDays[12] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
@@ -82,10 +84,18 @@ EFI_STATUS EFIAPI SetTime(EFI_TIME* Time) {
   return EFI_SUCCESS;
 }
 
-EFI_STATUS EFIAPI GetWakeupTime(BOOLEAN*, BOOLEAN*, EFI_TIME*) { return EFI_UNSUPPORTED; }
-EFI_STATUS EFIAPI SetWakeupTime(BOOLEAN, EFI_TIME*) { return EFI_UNSUPPORTED; }
-EFI_STATUS EFIAPI SetVirtualAddressMap(UINTN, UINTN, UINT32, void*) { return EFI_UNSUPPORTED; }
-EFI_STATUS EFIAPI ConvertPointer(UINTN, void**) { return EFI_UNSUPPORTED; }
+EFI_STATUS EFIAPI GetWakeupTime(BOOLEAN*, BOOLEAN*, EFI_TIME*) {
+  return EFI_UNSUPPORTED;
+}
+EFI_STATUS EFIAPI SetWakeupTime(BOOLEAN, EFI_TIME*) {
+  return EFI_UNSUPPORTED;
+}
+EFI_STATUS EFIAPI SetVirtualAddressMap(UINTN, UINTN, UINT32, void*) {
+  return EFI_UNSUPPORTED;
+}
+EFI_STATUS EFIAPI ConvertPointer(UINTN, void**) {
+  return EFI_UNSUPPORTED;
+}
 EFI_STATUS EFIAPI GetNextHighMonotonicCount(UINT32* HighCount) {
   if (HighCount == nullptr) return EFI_INVALID_PARAMETER;
   *HighCount = 0;
@@ -165,8 +175,7 @@ EFI_STATUS EFIAPI SetVariable(const CHAR16* VariableName, const EFI_GUID* Vendor
     g->Variables.erase(it);
     return EFI_SUCCESS;
   }
-  if (it != g->Variables.end() && it->second.Attributes != Attributes)
-    return EFI_INVALID_PARAMETER;
+  if (it != g->Variables.end() && it->second.Attributes != Attributes) return EFI_INVALID_PARAMETER;
   const UINT8* bytes = static_cast<const UINT8*>(Data);
   g->Variables[key] = Variable{Attributes, std::vector<UINT8>(bytes, bytes + DataSize)};
   return EFI_SUCCESS;
@@ -178,7 +187,7 @@ void EFIAPI ResetSystem(EFI_RESET_TYPE ResetType, EFI_STATUS ResetStatus, UINTN,
   if (g->ResetHandler) g->ResetHandler(ResetType, ResetStatus);
 }
 
-}  // namespace
+} // namespace
 
 void SetUpRuntimeServices(State& S) {
   EFI_RUNTIME_SERVICES& rs = S.RuntimeServices;
@@ -195,7 +204,7 @@ void SetUpRuntimeServices(State& S) {
   rs.ResetSystem = ResetSystem;
 }
 
-}  // namespace fake::detail
+} // namespace fake::detail
 
 namespace fake {
 
@@ -207,14 +216,19 @@ bool IsValidTime(const EFI_TIME& T) {
   if (T.Day < 1 || T.Day > DaysInMonth(T.Year, T.Month)) return false;
   if (T.Hour > 23 || T.Minute > 59 || T.Second > 59) return false;
   if (T.Nanosecond > 999999999) return false;
-  if (T.TimeZone != kUnspecifiedTimeZone && (T.TimeZone < -1440 || T.TimeZone > 1440))
-    return false;
+  if (T.TimeZone != kUnspecifiedTimeZone && (T.TimeZone < -1440 || T.TimeZone > 1440)) return false;
   return (T.Daylight & ~3) == 0;
 }
 
-void SetClock(const EFI_TIME& Time) { g->Clock = Time; }
-EFI_TIME Clock() { return g->Clock; }
-void SetClockFollowsHost(bool Follow) { g->ClockFollowsHost = Follow; }
+void SetClock(const EFI_TIME& Time) {
+  g->Clock = Time;
+}
+EFI_TIME Clock() {
+  return g->Clock;
+}
+void SetClockFollowsHost(bool Follow) {
+  g->ClockFollowsHost = Follow;
+}
 
 void AdvanceClock(UINT64 Seconds) {
   // Past the last second an EFI_TIME can hold the clock stays there.
@@ -239,7 +253,9 @@ bool PeekVariable(const std::u16string& Name, const EFI_GUID& Guid, std::vector<
   return true;
 }
 
-UINT64 SetVariableCalls() { return g->SetVariableCalls; }
+UINT64 SetVariableCalls() {
+  return g->SetVariableCalls;
+}
 
 void FailSetVariable(UINT64 Nth, EFI_STATUS Status) {
   g->SetVariableFailCountdown = Nth;
@@ -249,7 +265,11 @@ void FailSetVariable(UINT64 Nth, EFI_STATUS Status) {
 void SetResetHandler(std::function<void(EFI_RESET_TYPE, EFI_STATUS)> Handler) {
   g->ResetHandler = std::move(Handler);
 }
-UINT64 ResetCount() { return g->ResetCount; }
-EFI_RESET_TYPE LastResetType() { return g->LastResetType; }
+UINT64 ResetCount() {
+  return g->ResetCount;
+}
+EFI_RESET_TYPE LastResetType() {
+  return g->LastResetType;
+}
 
-}  // namespace fake
+} // namespace fake

@@ -22,22 +22,34 @@ struct KeyName {
 };
 
 constexpr KeyName kKeyNames[] = {
-    {"up", SCAN_UP, 0},          {"down", SCAN_DOWN, 0},
-    {"left", SCAN_LEFT, 0},      {"right", SCAN_RIGHT, 0},
+    {"up", SCAN_UP, 0},
+    {"down", SCAN_DOWN, 0},
+    {"left", SCAN_LEFT, 0},
+    {"right", SCAN_RIGHT, 0},
     {"enter", SCAN_NULL, CHAR_CARRIAGE_RETURN},
-    {"esc", SCAN_ESC, 0},        {"tab", SCAN_NULL, CHAR_TAB},
+    {"esc", SCAN_ESC, 0},
+    {"tab", SCAN_NULL, CHAR_TAB},
     {"backspace", SCAN_NULL, CHAR_BACKSPACE},
-    {"pgup", SCAN_PAGE_UP, 0},   {"pgdn", SCAN_PAGE_DOWN, 0},
-    {"space", SCAN_NULL, u' '},  {"f1", SCAN_F1, 0},
-    {"f2", SCAN_F2, 0},          {"f3", SCAN_F3, 0},
-    {"f4", SCAN_F4, 0},          {"f5", SCAN_F5, 0},
-    {"f6", SCAN_F6, 0},          {"f7", SCAN_F7, 0},
-    {"f8", SCAN_F8, 0},          {"f9", SCAN_F9, 0},
-    {"f10", SCAN_F10, 0},        {"f11", SCAN_F11, 0},
+    {"pgup", SCAN_PAGE_UP, 0},
+    {"pgdn", SCAN_PAGE_DOWN, 0},
+    {"space", SCAN_NULL, u' '},
+    {"f1", SCAN_F1, 0},
+    {"f2", SCAN_F2, 0},
+    {"f3", SCAN_F3, 0},
+    {"f4", SCAN_F4, 0},
+    {"f5", SCAN_F5, 0},
+    {"f6", SCAN_F6, 0},
+    {"f7", SCAN_F7, 0},
+    {"f8", SCAN_F8, 0},
+    {"f9", SCAN_F9, 0},
+    {"f10", SCAN_F10, 0},
+    {"f11", SCAN_F11, 0},
     {"f12", SCAN_F12, 0},
 };
 
-bool IsBlank(char C) { return C == ' ' || C == '\t' || C == '\r'; }
+bool IsBlank(char C) {
+  return C == ' ' || C == '\t' || C == '\r';
+}
 
 // The line without its comment and surrounding blanks.
 std::string StripLine(const std::string& Line) {
@@ -241,9 +253,7 @@ bool ParseLine(const std::string& Text, int Line, std::vector<ScriptCommand>* Co
   }
   if (verb == "click" || verb == "touch" || verb == "move") {
     if (!point()) return fail("usage: " + verb + " X Y (X and Y from 0 to 100000)");
-    command.Kind = verb == "click"   ? Verb::Click
-                   : verb == "touch" ? Verb::Touch
-                                     : Verb::Move;
+    command.Kind = verb == "click" ? Verb::Click : verb == "touch" ? Verb::Touch : Verb::Move;
     Commands->push_back(command);
     return true;
   }
@@ -300,7 +310,7 @@ std::string Hex6(UINT32 Rgb) {
   return text;
 }
 
-}  // namespace
+} // namespace
 
 bool ParseScript(const std::string& Text, std::vector<ScriptCommand>* Commands,
                  std::string* Error) {
@@ -377,4 +387,4 @@ void ScriptStep(ScriptRun& Run) {
   Run.Finish(0, "");
 }
 
-}  // namespace fake
+} // namespace fake

@@ -36,23 +36,22 @@ enum class Verb { Key, Click, Touch, Move, Time, Tick, Restart, Shot, ExpectPixe
 struct ScriptCommand {
   Verb Kind = Verb::Quit;
   int Line = 0;
-  std::string Source;      // the line as written, for messages
-  UINT16 ScanCode = 0;     // Key
-  CHAR16 Char = 0;         // Key
-  UINT32 X = 0, Y = 0;     // Click, Touch, Move, ExpectPixel
-  UINT32 Rgb = 0;          // ExpectPixel
-  EFI_TIME Time = {};      // Time
-  UINT64 Seconds = 0;      // Tick
-  std::string Name;        // Shot
+  std::string Source;  // the line as written, for messages
+  UINT16 ScanCode = 0; // Key
+  CHAR16 Char = 0;     // Key
+  UINT32 X = 0, Y = 0; // Click, Touch, Move, ExpectPixel
+  UINT32 Rgb = 0;      // ExpectPixel
+  EFI_TIME Time = {};  // Time
+  UINT64 Seconds = 0;  // Tick
+  std::string Name;    // Shot
 };
 
 // Parses a whole script. On error returns false and sets Error to
 // "LINE: message".
-bool ParseScript(const std::string& Text, std::vector<ScriptCommand>* Commands,
-                 std::string* Error);
+bool ParseScript(const std::string& Text, std::vector<ScriptCommand>* Commands, std::string* Error);
 
 struct ScriptRun {
-  std::string Name;  // the script's file name, for messages
+  std::string Name; // the script's file name, for messages
   std::vector<ScriptCommand> Commands;
   size_t Next = 0;
   // Writes a screenshot; returns false with a reason on failure.
@@ -67,4 +66,4 @@ struct ScriptRun {
 // and on a failure.
 void ScriptStep(ScriptRun& Run);
 
-}  // namespace fake
+} // namespace fake

@@ -49,7 +49,7 @@ std::FILE* TraceFile = nullptr;
 std::vector<sim::SettingLine> Settings;
 fake::ScriptRun Script;
 bool HaveScript = false;
-bool Live = false;  // the window drives the input (no script, or the script is done)
+bool Live = false; // the window drives the input (no script, or the script is done)
 EFI_HANDLE PlatformImage = nullptr;
 
 [[noreturn]] void Usage(const std::string& Message) {
@@ -163,8 +163,7 @@ void LoadScript() {
   std::string text;
   if (!ReadFile(Args.ScriptFile, &text)) Usage("cannot read script " + Args.ScriptFile);
   std::string error;
-  if (!fake::ParseScript(text, &Script.Commands, &error))
-    Usage(Args.ScriptFile + ":" + error);
+  if (!fake::ParseScript(text, &Script.Commands, &error)) Usage(Args.ScriptFile + ":" + error);
   Script.Name = Args.ScriptFile;
   HaveScript = true;
 }
@@ -195,7 +194,7 @@ void MakeOutDir() {
 
 std::string OutPath(const std::string& Name) {
   return Args.OutDir.empty() || Args.OutDir.back() == '/' ? Args.OutDir + Name
-                                                         : Args.OutDir + "/" + Name;
+                                                          : Args.OutDir + "/" + Name;
 }
 
 // The launcher calls this once its store is loaded, before the utility
@@ -243,7 +242,7 @@ void OnImageReturn(EFI_HANDLE Image, EFI_STATUS Status) {
   Finish(Status == EFI_SUCCESS ? 0 : 1, "");
 }
 
-}  // namespace
+} // namespace
 
 int main(int argc, char** argv) {
   ParseCommandLine(argc, argv);

@@ -54,7 +54,7 @@ bool ParseValue(const std::string& Text, UINT64* Value) {
   return true;
 }
 
-}  // namespace
+} // namespace
 
 bool ParseSettings(const std::string& Text, std::vector<SettingLine>* Settings,
                    std::string* Error) {
@@ -84,4 +84,4 @@ bool ParseSettings(const std::string& Text, std::vector<SettingLine>* Settings,
   return true;
 }
 
-}  // namespace sim
+} // namespace sim

@@ -16,7 +16,6 @@ struct SettingLine {
 };
 
 // On a malformed line returns false and sets Error to "LINE: message".
-bool ParseSettings(const std::string& Text, std::vector<SettingLine>* Settings,
-                   std::string* Error);
+bool ParseSettings(const std::string& Text, std::vector<SettingLine>* Settings, std::string* Error);
 
-}  // namespace sim
+} // namespace sim

@@ -36,22 +36,54 @@ constexpr UINT64 kReadsBeforeSleep = 64;
 bool SpecialKey(SDL_Keycode Key, UINT16* Scan, CHAR16* Char) {
   *Char = 0;
   switch (Key) {
-  case SDLK_UP: *Scan = SCAN_UP; return true;
-  case SDLK_DOWN: *Scan = SCAN_DOWN; return true;
-  case SDLK_RIGHT: *Scan = SCAN_RIGHT; return true;
-  case SDLK_LEFT: *Scan = SCAN_LEFT; return true;
-  case SDLK_HOME: *Scan = SCAN_HOME; return true;
-  case SDLK_END: *Scan = SCAN_END; return true;
-  case SDLK_INSERT: *Scan = SCAN_INSERT; return true;
-  case SDLK_DELETE: *Scan = SCAN_DELETE; return true;
-  case SDLK_PAGEUP: *Scan = SCAN_PAGE_UP; return true;
-  case SDLK_PAGEDOWN: *Scan = SCAN_PAGE_DOWN; return true;
-  case SDLK_ESCAPE: *Scan = SCAN_ESC; return true;
+  case SDLK_UP:
+    *Scan = SCAN_UP;
+    return true;
+  case SDLK_DOWN:
+    *Scan = SCAN_DOWN;
+    return true;
+  case SDLK_RIGHT:
+    *Scan = SCAN_RIGHT;
+    return true;
+  case SDLK_LEFT:
+    *Scan = SCAN_LEFT;
+    return true;
+  case SDLK_HOME:
+    *Scan = SCAN_HOME;
+    return true;
+  case SDLK_END:
+    *Scan = SCAN_END;
+    return true;
+  case SDLK_INSERT:
+    *Scan = SCAN_INSERT;
+    return true;
+  case SDLK_DELETE:
+    *Scan = SCAN_DELETE;
+    return true;
+  case SDLK_PAGEUP:
+    *Scan = SCAN_PAGE_UP;
+    return true;
+  case SDLK_PAGEDOWN:
+    *Scan = SCAN_PAGE_DOWN;
+    return true;
+  case SDLK_ESCAPE:
+    *Scan = SCAN_ESC;
+    return true;
   case SDLK_RETURN:
-  case SDLK_KP_ENTER: *Scan = SCAN_NULL; *Char = CHAR_CARRIAGE_RETURN; return true;
-  case SDLK_TAB: *Scan = SCAN_NULL; *Char = CHAR_TAB; return true;
-  case SDLK_BACKSPACE: *Scan = SCAN_NULL; *Char = CHAR_BACKSPACE; return true;
-  default: break;
+  case SDLK_KP_ENTER:
+    *Scan = SCAN_NULL;
+    *Char = CHAR_CARRIAGE_RETURN;
+    return true;
+  case SDLK_TAB:
+    *Scan = SCAN_NULL;
+    *Char = CHAR_TAB;
+    return true;
+  case SDLK_BACKSPACE:
+    *Scan = SCAN_NULL;
+    *Char = CHAR_BACKSPACE;
+    return true;
+  default:
+    break;
   }
   if (Key >= SDLK_F1 && Key <= SDLK_F12) {
     *Scan = static_cast<UINT16>(SCAN_F1 + (Key - SDLK_F1));
@@ -135,7 +167,7 @@ void HandleEvent(const SDL_Event& Event) {
   }
 }
 
-}  // namespace
+} // namespace
 
 bool Window_Open(std::function<void()> OnClose, std::string* Error) {
   if (SDL_Init(SDL_INIT_VIDEO) != 0) {
@@ -197,9 +229,9 @@ void Window_Close() {
   Window = nullptr;
 }
 
-}  // namespace sim
+} // namespace sim
 
-#else  // built without SDL2
+#else // built without SDL2
 
 namespace sim {
 
@@ -210,6 +242,6 @@ bool Window_Open(std::function<void()>, std::string* Error) {
 void Window_Pump(bool) {}
 void Window_Close() {}
 
-}  // namespace sim
+} // namespace sim
 
 #endif

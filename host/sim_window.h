@@ -15,4 +15,4 @@ bool Window_Open(std::function<void()> OnClose, std::string* Error);
 void Window_Pump(bool QueueEmpty);
 void Window_Close();
 
-}  // namespace sim
+} // namespace sim

@@ -56,7 +56,9 @@ constinit EFI_GRAPHICS_OUTPUT_BLT_PIXEL* SaveUnder = nullptr;
 constinit bool CursorUp = false;
 constinit UINT32 TakeDownDepth = 0;
 
-bool HaveDevices() { return MouseCount != 0 || TouchCount != 0; }
+bool HaveDevices() {
+  return MouseCount != 0 || TouchCount != 0;
+}
 
 // The cursor rectangle clipped to the screen; false when nothing is left.
 bool CursorClip(UINT64* Width, UINT64* Height) {
@@ -148,7 +150,7 @@ void PollMice() {
     Clamp();
     Quorvex_UpdateMouse();
     if (state.LeftButton != 0) RunClickChain(false);
-    return;  // one mouse state per round
+    return; // one mouse state per round
   }
 }
 
@@ -156,7 +158,7 @@ bool TouchPosition(EFI_ABSOLUTE_POINTER_PROTOCOL* Panel, const EFI_ABSOLUTE_POIN
   const EFI_ABSOLUTE_POINTER_MODE* mode = Panel->Mode;
   if (mode == nullptr || mode->AbsoluteMaxX <= mode->AbsoluteMinX ||
       mode->AbsoluteMaxY <= mode->AbsoluteMinY) {
-    return false;  // a panel without a range gives no position
+    return false; // a panel without a range gives no position
   }
   Quorvex_RestoreUnderCursor();
   const UINT64 x = State.CurrentX * ScreenWidth / (mode->AbsoluteMaxX - mode->AbsoluteMinX);
@@ -230,7 +232,7 @@ EFI_STATUS EFIAPI MouseReadEfiKey(ExtendedKeyCodeProtocol* This, ExtendedKeyData
   return SavedReadEfiKey(This, Data);
 }
 
-}  // namespace
+} // namespace
 
 EFI_STATUS EFIAPI Quorvex_MouseReadKeyStroke(EFI_SIMPLE_TEXT_INPUT_PROTOCOL* This,
                                              EFI_INPUT_KEY* Key) {
@@ -284,7 +286,8 @@ EFI_STATUS Quorvex_MouseInit(UINT64 Argument1, UINT64 Argument2) {
     if (mice[i] == SystemTable->ConsoleInHandle) continue;
     void* mouse = nullptr;
     BootServices->HandleProtocol(mice[i], &kSimplePointerGuid, &mouse);
-    if (mouse != nullptr) MouseList[MouseCount++] = static_cast<EFI_SIMPLE_POINTER_PROTOCOL*>(mouse);
+    if (mouse != nullptr)
+      MouseList[MouseCount++] = static_cast<EFI_SIMPLE_POINTER_PROTOCOL*>(mouse);
   }
   for (UINTN i = 0; TouchList != nullptr && i < touchHandles; ++i) {
     void* panel = nullptr;
@@ -401,10 +404,14 @@ void Quorvex_HelpBarClick() {
   const UINT64 x = ScreenWidth * 3 / 4 + 10;
   const UINT64 width = ScreenWidth / 4 - 20;
   const UINT64 top = ScreenHeight * 3 / 5;
-  if (Quorvex_PointInRect(x, top + 20, width, 50)) HelpF1Pending = 1;
-  else if (Quorvex_PointInRect(x, top + 80, width, 50)) HelpF9Pending = 1;
-  else if (Quorvex_PointInRect(x, top + 140, width, 50)) HelpF10Pending = 1;
-  else if (Quorvex_PointInRect(x, top + 200, width, 50)) HelpEscPending = 1;
+  if (Quorvex_PointInRect(x, top + 20, width, 50))
+    HelpF1Pending = 1;
+  else if (Quorvex_PointInRect(x, top + 80, width, 50))
+    HelpF9Pending = 1;
+  else if (Quorvex_PointInRect(x, top + 140, width, 50))
+    HelpF10Pending = 1;
+  else if (Quorvex_PointInRect(x, top + 200, width, 50))
+    HelpEscPending = 1;
 }
 
 void Quorvex_Mouse_Reset() {

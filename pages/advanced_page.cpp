@@ -38,23 +38,25 @@ constexpr ByteSetting kSettings[] = {
      SetupData_Set_beep_sound},
     {AdvancedRowIntelAt, SetupData_Present_intel_at, SetupData_Get_intel_at,
      SetupData_Set_intel_at},
-    {AdvancedRowIntelAtSuspend, SetupData_Present_intel_at_suspend,
-     SetupData_Get_intel_at_suspend, SetupData_Set_intel_at_suspend},
+    {AdvancedRowIntelAtSuspend, SetupData_Present_intel_at_suspend, SetupData_Get_intel_at_suspend,
+     SetupData_Set_intel_at_suspend},
     {AdvancedRowRapidStart, SetupData_Present_rapid_start, SetupData_Get_rapid_start,
      SetupData_Set_rapid_start},
-    {AdvancedRowSleepAndCharge, SetupData_Present_sleep_and_charge,
-     SetupData_Get_sleep_and_charge, SetupData_Set_sleep_and_charge},
+    {AdvancedRowSleepAndCharge, SetupData_Present_sleep_and_charge, SetupData_Get_sleep_and_charge,
+     SetupData_Set_sleep_and_charge},
     {AdvancedRowCdpChargeMode, SetupData_Present_system_on_cdp_charge,
      SetupData_Get_system_on_cdp_charge, SetupData_Set_system_on_cdp_charge},
     {AdvancedRowUsbPowerInSleep, SetupData_Present_usb_power_in_sleep,
      SetupData_Get_usb_power_in_sleep, SetupData_Set_usb_power_in_sleep},
-    {AdvancedRowSleepAndMusic, SetupData_Present_sleep_and_music,
-     SetupData_Get_sleep_and_music, SetupData_Set_sleep_and_music},
+    {AdvancedRowSleepAndMusic, SetupData_Present_sleep_and_music, SetupData_Get_sleep_and_music,
+     SetupData_Set_sleep_and_music},
     {AdvancedRowUsbLegacyEmulation, SetupData_Present_usb_legacy_emulation,
      SetupData_Get_usb_legacy_emulation, SetupData_Set_usb_legacy_emulation},
 };
 
-SetupItem& Row(UINT64 Index) { return AdvancedPageItems[Index]; }
+SetupItem& Row(UINT64 Index) {
+  return AdvancedPageItems[Index];
+}
 
 void ReadPresence(SetupItem& Item, UINT64 (*Present)(UINT8*)) {
   UINT8 present = Item.Present;
@@ -90,16 +92,15 @@ void EnterSubPage() {
   Quorvex_SystemConfigurationPage_Enter();
 }
 
-}  // namespace
+} // namespace
 
-const PageView kAdvancedPageView = {AdvancedPageItems,  &AdvancedPageItemCount,
-                                    kTabAdvanced,       kStateAdvancedTab,
-                                    kStateAdvancedPage, Quorvex_AdvancedPage_Refresh};
+constinit const PageView kAdvancedPageView = {AdvancedPageItems,  &AdvancedPageItemCount,
+                                              kTabAdvanced,       kStateAdvancedTab,
+                                              kStateAdvancedPage, Quorvex_AdvancedPage_Refresh};
 
 // ---- Sleep and Charge -------------------------------------------------------------
 
-UINT64 Quorvex_SleepCharge_BuildOptions(const SleepChargeSupport& Support,
-                                        const CHAR16** Options) {
+UINT64 Quorvex_SleepCharge_BuildOptions(const SleepChargeSupport& Support, const CHAR16** Options) {
   UINT64 count = 0;
   Options[count++] = AdvancedSleepChargeModeTexts[SleepChargeDisabled];
   if (Support.Auto) Options[count++] = AdvancedSleepChargeModeTexts[SleepChargeAuto];
@@ -195,7 +196,9 @@ void Quorvex_AdvancedPage_Prepare() {
   Quorvex_Page_CloseLists(AdvancedPageItems, AdvancedPageItemCount);
 }
 
-void Quorvex_AdvancedPage_Init() { Quorvex_AdvancedPage_LoadValues(); }
+void Quorvex_AdvancedPage_Init() {
+  Quorvex_AdvancedPage_LoadValues();
+}
 
 // Option texts and the access level, before each draw and after loading.
 void Quorvex_AdvancedPage_Refresh() {
@@ -240,7 +243,9 @@ void Quorvex_AdvancedPageSelected_Draw() {
   Quorvex_Page_HighlightedDraw(kAdvancedPageView);
 }
 
-void Quorvex_AdvancedPageNotSelected_Draw() { Quorvex_Page_NotSelectedDraw(kAdvancedPageView); }
+void Quorvex_AdvancedPageNotSelected_Draw() {
+  Quorvex_Page_NotSelectedDraw(kAdvancedPageView);
+}
 
 void Quorvex_AdvancedPage_Enter() {
   if (PageState == kStateAdvancedSubPage) {

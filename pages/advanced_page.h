@@ -14,8 +14,7 @@ extern SleepChargeSupport SleepChargeModes;
 
 // Builds the option list ("Disabled", then the offered modes) into Options
 // (null-terminated); returns the option count.
-UINT64 Quorvex_SleepCharge_BuildOptions(const SleepChargeSupport& Support,
-                                        const CHAR16** Options);
+UINT64 Quorvex_SleepCharge_BuildOptions(const SleepChargeSupport& Support, const CHAR16** Options);
 // Stored mode → list index, and back. The mapping does not look at the
 // alternate flag, so a stored alternate mode without that support loads as
 // an index past the list, which is kept.

@@ -54,7 +54,9 @@ Geometry DialogGeometry() {
   return g;
 }
 
-UINT64 U(INT64 Value) { return Value > 0 ? static_cast<UINT64>(Value) : 0; }
+UINT64 U(INT64 Value) {
+  return Value > 0 ? static_cast<UINT64>(Value) : 0;
+}
 
 void UnpackIntoRows() {
   const Geometry g = DialogGeometry();
@@ -235,7 +237,7 @@ void ActivateButton(UINT32 Button) {
   }
 }
 
-}  // namespace
+} // namespace
 
 void Quorvex_BootOrder_Unpack(UINT64 Packed, UINT64 Count, UINT64* Order) {
   if (Count > kBootClassCount) Count = kBootClassCount;
@@ -277,11 +279,17 @@ void Quorvex_AdvancedPage_LoadValues2() {
   Quorvex_BootOrder_Unpack(BootOrderPacked, BootOrderCount, BootOrder);
 }
 
-void Quorvex_AdvancedPage_Init2() { Quorvex_AdvancedPage_LoadValues2(); }
+void Quorvex_AdvancedPage_Init2() {
+  Quorvex_AdvancedPage_LoadValues2();
+}
 
-void Quorvex_AdvancedPage_Layout2() { UnpackIntoRows(); }
+void Quorvex_AdvancedPage_Layout2() {
+  UnpackIntoRows();
+}
 
-void Quorvex_AdvancedPage_Store2() { SetupData_Set_boot_order(BootOrderPacked); }
+void Quorvex_AdvancedPage_Store2() {
+  SetupData_Set_boot_order(BootOrderPacked);
+}
 
 // ---- Dialog ----------------------------------------------------------------------------
 

@@ -25,7 +25,7 @@ namespace {
 constexpr UINT32 kNoFocus = 0xFFFFFFFFu;
 constexpr UINT64 kFieldMargin = 20;
 constexpr UINT64 kFieldGap = 10;
-constexpr UINT64 kValueUnits = 50;  // 100 bytes
+constexpr UINT64 kValueUnits = 50; // 100 bytes
 
 constexpr CHAR16 kPlus = u'+';
 constexpr CHAR16 kMinus = u'-';
@@ -139,7 +139,7 @@ void LocateLargeDigitFont() {
   LargeDigitFont = static_cast<GlyphFontProtocol*>(found);
 }
 
-}  // namespace
+} // namespace
 
 UINT64 Quorvex_DaysInMonth(UINT64 Month, UINT64 Year) {
   switch (Month) {
@@ -237,10 +237,10 @@ EditorOutcome Quorvex_ClockEditor_Key(ClockEditor& Editor, const EFI_INPUT_KEY& 
     return EditorOutcome::Changed;
   case u'+':
     return Quorvex_ClockEditor_Increase(Editor, Editor.Focus) ? EditorOutcome::Changed
-                                                             : EditorOutcome::Nothing;
+                                                              : EditorOutcome::Nothing;
   case u'-':
     return Quorvex_ClockEditor_Decrease(Editor, Editor.Focus) ? EditorOutcome::Changed
-                                                             : EditorOutcome::Nothing;
+                                                              : EditorOutcome::Nothing;
   case CHAR_CARRIAGE_RETURN:
     return Editor.Focus == kEditorCancel ? EditorOutcome::Abort : EditorOutcome::Accept;
   default:

@@ -14,16 +14,16 @@ enum ClockEditorFocus : UINT32 {
 };
 
 struct ClockEditor {
-  bool IsDate;           // month, day, year; else hour, minute, second
+  bool IsDate; // month, day, year; else hour, minute, second
   UINT64 Values[3];
   UINT64 Maximum[3];
   UINT64 Minimum[3];
-  UINT32 Focus;          // ClockEditorFocus
+  UINT32 Focus; // ClockEditorFocus
 };
 
 enum class EditorOutcome {
-  Nothing,  // key without effect
-  Changed,  // a value or the focus changed: redraw
+  Nothing, // key without effect
+  Changed, // a value or the focus changed: redraw
   Accept,
   Abort,
 };

@@ -14,8 +14,8 @@
 
 UINT64 AccessLevel = 4;
 
-const PageView kExitPageView = {ExitPageItems, &ExitPageItemCount, kTabExit,
-                                kStateExitTab,  kStateExitPage,     nullptr};
+constinit const PageView kExitPageView = {ExitPageItems, &ExitPageItemCount, kTabExit,
+                                          kStateExitTab, kStateExitPage,     nullptr};
 
 namespace {
 
@@ -89,7 +89,7 @@ void RedrawCurrentPage() {
   }
 }
 
-}  // namespace
+} // namespace
 
 // ---- Global actions -------------------------------------------------------------
 
@@ -134,9 +134,12 @@ void Quorvex_LoadSetupDefaults() {
   Quorvex_AdvancedPage_LoadValues2();
   Quorvex_SystemConfigurationPage_LoadValues();
   Quorvex_SecurityPage_LoadValues();
-  const PageView* views[] = {&kMainPageView,     &kSecurityPageView,
-                             &kPowerManagementPageView, &kAdvancedPageView,
-                             &kSystemConfigurationPageView, &kExitPageView};
+  const PageView* views[] = {&kMainPageView,
+                             &kSecurityPageView,
+                             &kPowerManagementPageView,
+                             &kAdvancedPageView,
+                             &kSystemConfigurationPageView,
+                             &kExitPageView};
   for (const PageView* view : views) FixFocus(view->Items, *view->Count);
   Quorvex_RefreshAllPages();
   RedrawCurrentPage();
@@ -151,10 +154,18 @@ void Quorvex_DisableBatteryAndPowerOff() {
 
 // ---- Item actions ---------------------------------------------------------------
 
-void Quorvex_ExitPage_SaveChanges(SetupItem*) { Quorvex_ExitSavingChanges(); }
-void Quorvex_ExitPage_DiscardChanges(SetupItem*) { Quorvex_ExitDiscardingChanges(); }
-void Quorvex_ExitPage_LoadDefaults(SetupItem*) { Quorvex_LoadSetupDefaults(); }
-void Quorvex_ExitPage_DisableBattery(SetupItem*) { Quorvex_DisableBatteryAndPowerOff(); }
+void Quorvex_ExitPage_SaveChanges(SetupItem*) {
+  Quorvex_ExitSavingChanges();
+}
+void Quorvex_ExitPage_DiscardChanges(SetupItem*) {
+  Quorvex_ExitDiscardingChanges();
+}
+void Quorvex_ExitPage_LoadDefaults(SetupItem*) {
+  Quorvex_LoadSetupDefaults();
+}
+void Quorvex_ExitPage_DisableBattery(SetupItem*) {
+  Quorvex_DisableBatteryAndPowerOff();
+}
 
 // ---- Page routines --------------------------------------------------------------
 
@@ -197,9 +208,13 @@ void Quorvex_ExitPage_Layout() {
 
 void Quorvex_ExitPage_Store() {}
 
-void Quorvex_ExitPageSelected_Draw() { Quorvex_Page_HighlightedDraw(kExitPageView); }
+void Quorvex_ExitPageSelected_Draw() {
+  Quorvex_Page_HighlightedDraw(kExitPageView);
+}
 
-void Quorvex_ExitPageNotSelected_Draw() { Quorvex_Page_NotSelectedDraw(kExitPageView); }
+void Quorvex_ExitPageNotSelected_Draw() {
+  Quorvex_Page_NotSelectedDraw(kExitPageView);
+}
 
 void Quorvex_ExitPage_Enter() {
   Quorvex_Page_FocusedDraw(kExitPageView);

@@ -26,7 +26,9 @@ namespace {
 // Widths follow the screen (W/2 computed as 2W/4).
 constexpr UINT64 kInfoRowHeight = 50;
 
-void AfterActivate() { Quorvex_RefreshAllPages(); }
+void AfterActivate() {
+  Quorvex_RefreshAllPages();
+}
 
 bool SameSecond(const EFI_TIME& A, const EFI_TIME& B) {
   return A.Year == B.Year && A.Month == B.Month && A.Day == B.Day && A.Hour == B.Hour &&
@@ -41,7 +43,9 @@ void ReadInfoText(MainPageRow Row, UINT64 (*Get)(const CHAR16**)) {
   item.Data = ItemDataFrom(text);
 }
 
-SetupItem& LanguageRow() { return MainPageItems[MainRowLanguage]; }
+SetupItem& LanguageRow() {
+  return MainPageItems[MainRowLanguage];
+}
 
 void BuildLanguageList() {
   SetupItem& row = LanguageRow();
@@ -78,10 +82,10 @@ void EditClock(bool IsDate) {
   Quorvex_MainPage_FormatClock();
 }
 
-}  // namespace
+} // namespace
 
-const PageView kMainPageView = {MainPageItems, &MainPageItemCount, kTabMain,
-                                kStateMainTab, kStateMainPage,     nullptr};
+constinit const PageView kMainPageView = {MainPageItems, &MainPageItemCount, kTabMain,
+                                          kStateMainTab, kStateMainPage,     nullptr};
 
 // ---- Language list ----------------------------------------------------------------
 
@@ -147,15 +151,18 @@ void Quorvex_MainPage_ClockRefresh() {
   if (SameSecond(now, LastTime)) return;
   LastTime = now;
   Quorvex_MainPage_FormatClock();
-  Quorvex_Draw_Item_List(MainPageItems, MainPageItemCount,
-                         PageState == kStateMainPage ? 1 : 0);
+  Quorvex_Draw_Item_List(MainPageItems, MainPageItemCount, PageState == kStateMainPage ? 1 : 0);
 }
 
 // ---- Item actions -------------------------------------------------------------------
 
-void Quorvex_MainPage_EditTime(SetupItem*) { EditClock(false); }
+void Quorvex_MainPage_EditTime(SetupItem*) {
+  EditClock(false);
+}
 
-void Quorvex_MainPage_EditDate(SetupItem*) { EditClock(true); }
+void Quorvex_MainPage_EditDate(SetupItem*) {
+  EditClock(true);
+}
 
 void Quorvex_MainPage_ChooseLanguage(SetupItem*) {
   SetupItem& row = LanguageRow();
@@ -278,9 +285,13 @@ void Quorvex_MainPage_Store() {
   }
 }
 
-void Quorvex_MainPageSelected_Draw() { Quorvex_Page_HighlightedDraw(kMainPageView); }
+void Quorvex_MainPageSelected_Draw() {
+  Quorvex_Page_HighlightedDraw(kMainPageView);
+}
 
-void Quorvex_MainPageNotSelected_Draw() { Quorvex_Page_NotSelectedDraw(kMainPageView); }
+void Quorvex_MainPageNotSelected_Draw() {
+  Quorvex_Page_NotSelectedDraw(kMainPageView);
+}
 
 void Quorvex_MainPage_Enter() {
   Quorvex_Tab_Draw(kTabMain, TabLook::PageFocus);

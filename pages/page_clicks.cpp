@@ -17,11 +17,17 @@ namespace {
 constexpr UINT64 kTabStripTop = 260;
 constexpr UINT64 kTabStripHeight = 400;
 
-UINT64 LeftBandWidth() { return ScreenWidth / 4; }
+UINT64 LeftBandWidth() {
+  return ScreenWidth / 4;
+}
 
-bool InTabStrip() { return Quorvex_PointInRect(0, kTabStripTop, LeftBandWidth(), kTabStripHeight); }
+bool InTabStrip() {
+  return Quorvex_PointInRect(0, kTabStripTop, LeftBandWidth(), kTabStripHeight);
+}
 
-bool OnTab(UINT32 Tab) { return Quorvex_PointInRect(0, TabTop(Tab), LeftBandWidth(), kTabHeight); }
+bool OnTab(UINT32 Tab) {
+  return Quorvex_PointInRect(0, TabTop(Tab), LeftBandWidth(), kTabHeight);
+}
 
 bool InItemArea() {
   return Quorvex_PointInRect(ScreenWidth / 4, 0, ScreenWidth * 2 / 4, ScreenHeight);
@@ -72,7 +78,8 @@ EFI_STATUS ClockEditorClick() {
       handled = true;
     }
   }
-  if (!handled && Quorvex_PointInRect(g.X + 20 + (g.FieldWidth + 10), g.ButtonY, g.FieldWidth, 30)) {
+  if (!handled &&
+      Quorvex_PointInRect(g.X + 20 + (g.FieldWidth + 10), g.ButtonY, g.FieldWidth, 30)) {
     editor->Focus = kEditorOk;
     ClockEditorAccept = 1;
     handled = true;
@@ -92,15 +99,29 @@ EFI_STATUS ClockEditorClick() {
   return EFI_SUCCESS;
 }
 
-void MainEnter() { Quorvex_MainPage_Enter(); }
-void SecurityEnter() { Quorvex_SecurityPage_Enter(); }
-void PowerEnter() { Quorvex_PowerManagementPage_Enter(); }
-void AdvancedEnter() { Quorvex_AdvancedPage_Enter(); }
-void ExitEnter() { Quorvex_ExitPage_Enter(); }
-void RefreshAll() { Quorvex_RefreshAllPages(); }
-void RefreshSecurity() { Quorvex_SecurityPage_Refresh(); }
+void MainEnter() {
+  Quorvex_MainPage_Enter();
+}
+void SecurityEnter() {
+  Quorvex_SecurityPage_Enter();
+}
+void PowerEnter() {
+  Quorvex_PowerManagementPage_Enter();
+}
+void AdvancedEnter() {
+  Quorvex_AdvancedPage_Enter();
+}
+void ExitEnter() {
+  Quorvex_ExitPage_Enter();
+}
+void RefreshAll() {
+  Quorvex_RefreshAllPages();
+}
+void RefreshSecurity() {
+  Quorvex_SecurityPage_Refresh();
+}
 
-}  // namespace
+} // namespace
 
 bool Quorvex_Page_PointerBusy() {
   if (ChoiceWindowOpen != 0 || GeneralHelpOpen != 0 || ClockEditorOpen != 0) return true;
@@ -197,16 +218,15 @@ EFI_STATUS Quorvex_MainPage_MouseClick(INT64, INT64) {
 }
 
 EFI_STATUS Quorvex_SecurityPage_MouseClick(INT64, INT64) {
-  return Quorvex_Page_Click(
-      kSecurityPageView, {Quorvex_SecurityPageSelected_Draw, Quorvex_SecurityPageNotSelected_Draw,
-                          SecurityEnter, nullptr, RefreshSecurity});
+  return Quorvex_Page_Click(kSecurityPageView, {Quorvex_SecurityPageSelected_Draw,
+                                                Quorvex_SecurityPageNotSelected_Draw, SecurityEnter,
+                                                nullptr, RefreshSecurity});
 }
 
 EFI_STATUS Quorvex_PowerManagementPage_MouseClick(INT64, INT64) {
-  return Quorvex_Page_Click(kPowerManagementPageView,
-                            {Quorvex_PowerManagementPageSelected_Draw,
-                             Quorvex_PowerManagementPageNotSelected_Draw, PowerEnter, nullptr,
-                             nullptr});
+  return Quorvex_Page_Click(kPowerManagementPageView, {Quorvex_PowerManagementPageSelected_Draw,
+                                                       Quorvex_PowerManagementPageNotSelected_Draw,
+                                                       PowerEnter, nullptr, nullptr});
 }
 
 EFI_STATUS Quorvex_AdvancedPage_MouseClick(INT64, INT64) {
@@ -217,10 +237,9 @@ EFI_STATUS Quorvex_AdvancedPage_MouseClick(INT64, INT64) {
     Quorvex_SystemConfigurationPage_TabDraw();
     return EFI_ABORTED;
   }
-  return Quorvex_Page_Click(kAdvancedPageView,
-                            {Quorvex_AdvancedPageSelected_Draw,
-                             Quorvex_AdvancedPageNotSelected_Draw, AdvancedEnter, nullptr,
-                             nullptr});
+  return Quorvex_Page_Click(kAdvancedPageView, {Quorvex_AdvancedPageSelected_Draw,
+                                                Quorvex_AdvancedPageNotSelected_Draw, AdvancedEnter,
+                                                nullptr, nullptr});
 }
 
 EFI_STATUS Quorvex_SystemConfigurationPage_MouseClick(INT64, INT64) {
@@ -231,7 +250,6 @@ EFI_STATUS Quorvex_SystemConfigurationPage_MouseClick(INT64, INT64) {
   }
   return Quorvex_Page_Click(kSystemConfigurationPageView,
                             {Quorvex_SystemConfigurationPage_TabDraw,
-                             Quorvex_SystemConfigurationPageNotSelected_Draw,
-                             AdvancedEnter, Quorvex_SystemConfigurationPage_ActivateFromClick,
-                             nullptr});
+                             Quorvex_SystemConfigurationPageNotSelected_Draw, AdvancedEnter,
+                             Quorvex_SystemConfigurationPage_ActivateFromClick, nullptr});
 }

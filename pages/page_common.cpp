@@ -65,7 +65,7 @@ void SaveTabPixels(UINT32 Tab) {
               kTabHeight, 0);
 }
 
-}  // namespace
+} // namespace
 
 void Quorvex_Tab_Draw(UINT32 Tab, TabLook Look) {
   if (Tab >= kTabCount || GraphicsOutput == nullptr) return;
@@ -99,9 +99,12 @@ void Quorvex_Tabs_Reset() {
 }
 
 const PageView* Quorvex_Page_ViewOf(const SetupItem* Items) {
-  const PageView* views[] = {&kMainPageView,     &kSecurityPageView,
-                             &kPowerManagementPageView, &kAdvancedPageView,
-                             &kSystemConfigurationPageView, &kExitPageView};
+  const PageView* views[] = {&kMainPageView,
+                             &kSecurityPageView,
+                             &kPowerManagementPageView,
+                             &kAdvancedPageView,
+                             &kSystemConfigurationPageView,
+                             &kExitPageView};
   for (const PageView* view : views) {
     if (view->Items == Items) return view;
   }
@@ -174,7 +177,7 @@ bool FocusFirstOnPage(SetupItem* Items, UINT64 Count, const ListPages& Pages, UI
   return false;
 }
 
-}  // namespace
+} // namespace
 
 bool Quorvex_Page_ListPageUp(SetupItem* Items, UINT64 Count) {
   ListPages pages;
@@ -345,8 +348,11 @@ void Quorvex_Pages_ForgetModalState() {
   ClockEditorAccept = 0;
   ClockEditorActive = nullptr;
   SubPageActionBusy = 0;
-  const PageView* views[] = {&kMainPageView,     &kSecurityPageView,
-                             &kPowerManagementPageView, &kAdvancedPageView,
-                             &kSystemConfigurationPageView, &kExitPageView};
+  const PageView* views[] = {&kMainPageView,
+                             &kSecurityPageView,
+                             &kPowerManagementPageView,
+                             &kAdvancedPageView,
+                             &kSystemConfigurationPageView,
+                             &kExitPageView};
   for (const PageView* view : views) Quorvex_Page_CloseLists(view->Items, *view->Count);
 }

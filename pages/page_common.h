@@ -10,12 +10,14 @@
 // ---- Tab column -------------------------------------------------------------
 enum PageTab : UINT32 { kTabMain, kTabSecurity, kTabPower, kTabAdvanced, kTabExit, kTabCount };
 enum class TabLook {
-  Highlighted,  // the tab column has the focus on this tab
-  PageFocus,    // the page's items have the focus
-  NotSelected,  // another tab is current
+  Highlighted, // the tab column has the focus on this tab
+  PageFocus,   // the page's items have the focus
+  NotSelected, // another tab is current
 };
 // Top edge of a tab: 260, 340, 420, 500, 580.
-constexpr UINT64 TabTop(UINT32 Tab) { return 260 + 80 * static_cast<UINT64>(Tab); }
+constexpr UINT64 TabTop(UINT32 Tab) {
+  return 260 + 80 * static_cast<UINT64>(Tab);
+}
 constexpr UINT64 kTabHeight = 80;
 constexpr UINT64 kTabLeft = 3;
 void Quorvex_Tab_Draw(UINT32 Tab, TabLook Look);
@@ -31,8 +33,8 @@ struct PageView {
   SetupItem* Items;
   const UINT64* Count;
   UINT32 Tab;
-  UINT32 TabState;     // PageState with the tab highlighted
-  UINT32 InsideState;  // PageState while the items have the focus
+  UINT32 TabState;    // PageState with the tab highlighted
+  UINT32 InsideState; // PageState while the items have the focus
   // Brings option texts and dependent rows up to date before a draw; may be
   // null.
   void (*BeforeDraw)();
@@ -63,8 +65,8 @@ struct PageClickHooks {
   void (*SelectedDraw)();
   void (*NotSelectedDraw)();
   void (*Enter)();
-  void (*Activate)();       // null: ActivateSelected
-  void (*AfterActivate)();  // may be null
+  void (*Activate)();      // null: ActivateSelected
+  void (*AfterActivate)(); // may be null
 };
 EFI_STATUS Quorvex_Page_Click(const PageView& View, const PageClickHooks& Hooks);
 // A click on the options of the view's open drop-down list; EFI_ABORTED when
@@ -111,11 +113,15 @@ bool Quorvex_Page_DropDown(const PageView& View, SetupItem& Item);
 extern UINT64 DropDownSavedValue;
 // Flips an option row between off and on.
 void Quorvex_Page_Toggle(SetupItem& Item);
-inline UINT8 ItemState(const SetupItem& Item) { return static_cast<UINT8>(Item.Value); }
+inline UINT8 ItemState(const SetupItem& Item) {
+  return static_cast<UINT8>(Item.Value);
+}
 inline void SetItemState(SetupItem& Item, UINT8 State) {
   Item.Value = (Item.Value & ~0xFFull) | State;
 }
-inline bool ItemListOpen(const SetupItem& Item) { return (Item.Value & 0xFF) != 0; }
+inline bool ItemListOpen(const SetupItem& Item) {
+  return (Item.Value & 0xFF) != 0;
+}
 
 // Reads a setting of width T into an item word: the word keeps its value when
 // the read fails.

@@ -49,7 +49,9 @@ constexpr ByteSetting kSettings[] = {
      SetupData_Get_keyboard_backlight_mode, SetupData_Set_keyboard_backlight_mode},
 };
 
-SetupItem& Row(UINT64 Index) { return PowerManagementPageItems[Index]; }
+SetupItem& Row(UINT64 Index) {
+  return PowerManagementPageItems[Index];
+}
 
 // The "+" and "-" keys of the lighting time; every other key goes on.
 bool PageKey(const EFI_INPUT_KEY& Key) {
@@ -64,11 +66,11 @@ bool PageKey(const EFI_INPUT_KEY& Key) {
   return true;
 }
 
-}  // namespace
+} // namespace
 
-const PageView kPowerManagementPageView = {
-    PowerManagementPageItems, &PowerManagementPageItemCount, kTabPower,
-    kStatePowerTab,           kStatePowerPage,               Quorvex_PowerManagementPage_Refresh};
+constinit const PageView kPowerManagementPageView = {
+    PowerManagementPageItems, &PowerManagementPageItemCount,      kTabPower, kStatePowerTab,
+    kStatePowerPage,          Quorvex_PowerManagementPage_Refresh};
 
 // A byte setting lands in the option state of an on/off row and in the index
 // of a drop-down row.
@@ -108,7 +110,9 @@ void Quorvex_PowerManagementPage_Prepare() {
   Quorvex_Page_CloseLists(PowerManagementPageItems, PowerManagementPageItemCount);
 }
 
-void Quorvex_PowerManagementPage_Init() { Quorvex_PowerManagementPage_LoadValues(); }
+void Quorvex_PowerManagementPage_Init() {
+  Quorvex_PowerManagementPage_LoadValues();
+}
 
 // Dependencies and the access level, before each draw and after loading.
 void Quorvex_PowerManagementPage_Refresh() {

@@ -22,7 +22,9 @@ UINT8 UserOnlyAtStart;
 
 namespace {
 
-SetupItem& Row(UINT64 Index) { return SecurityPageItems[Index]; }
+SetupItem& Row(UINT64 Index) {
+  return SecurityPageItems[Index];
+}
 
 void ReadState(SetupItem& Item, UINT64 (*Get)(UINT8*)) {
   if (Item.Present == 0) return;
@@ -36,23 +38,29 @@ void ReadIndex(SetupItem& Item, UINT64 (*Get)(UINT8*)) {
   ReadIntoWord<UINT8>(&Item.Data, Get);
 }
 
-void Show(UINT64 Index, bool Visible) { SetHidden(Row(Index), !Visible); }
-void Grey(UINT64 Index, bool Grey) { SetGrey(Row(Index), Grey); }
+void Show(UINT64 Index, bool Visible) {
+  SetHidden(Row(Index), !Visible);
+}
+void Grey(UINT64 Index, bool Grey) {
+  SetGrey(Row(Index), Grey);
+}
 
 void RegistrationLabel(UINT64 Index, UINT32 Kind, const CHAR16* NotRegistered,
                        const CHAR16* Registered) {
   Row(Index).Label = Quorvex_PasswordInstalled(Kind) ? Registered : NotRegistered;
 }
 
-void AfterActivate() { Quorvex_SecurityPage_Refresh(); }
+void AfterActivate() {
+  Quorvex_SecurityPage_Refresh();
+}
 
-}  // namespace
+} // namespace
 
 // The rules ask the service about the passwords, so they run when the page is
 // drawn selected and after each item action, not before every list redraw.
-const PageView kSecurityPageView = {SecurityPageItems, &SecurityPageItemCount,
-                                    kTabSecurity,      kStateSecurityTab,
-                                    kStateSecurityPage, nullptr};
+constinit const PageView kSecurityPageView = {SecurityPageItems,  &SecurityPageItemCount,
+                                              kTabSecurity,       kStateSecurityTab,
+                                              kStateSecurityPage, nullptr};
 
 bool Quorvex_PasswordInstalled(UINT32 Kind) {
   switch (Kind) {
@@ -71,7 +79,9 @@ bool Quorvex_PasswordInstalled(UINT32 Kind) {
 
 // ---- Item actions -----------------------------------------------------------------
 
-void Quorvex_SecurityPage_OptionList(SetupItem* Page) { Quorvex_Page_OpenDropDown(Page); }
+void Quorvex_SecurityPage_OptionList(SetupItem* Page) {
+  Quorvex_Page_OpenDropDown(Page);
+}
 
 void Quorvex_SecurityPage_Toggle(SetupItem*) {
   const UINT64 row = SelectedIndex(SecurityPageItems, SecurityPageItemCount);
@@ -123,10 +133,10 @@ void Quorvex_SecurityPage_Prepare() {
 void Quorvex_SecurityPage_Init() {
   Quorvex_Page_HideAbsent(SecurityPageItems, SecurityPageItemCount);
   Quorvex_SecurityPage_LoadValues();
-  UserOnlyAtStart = Quorvex_PasswordInstalled(kPasswordUser) &&
-                            !Quorvex_PasswordInstalled(kPasswordSupervisor)
-                        ? 1
-                        : 0;
+  UserOnlyAtStart =
+      Quorvex_PasswordInstalled(kPasswordUser) && !Quorvex_PasswordInstalled(kPasswordSupervisor)
+          ? 1
+          : 0;
   KeySourceMode = static_cast<UINT32>(SetupData_ReadValue_key_source_mode());
   Quorvex_KeyboardConIn_Replacement_Start();
 }
@@ -251,7 +261,9 @@ void Quorvex_SecurityPageSelected_Draw() {
   Quorvex_Page_HighlightedDraw(kSecurityPageView);
 }
 
-void Quorvex_SecurityPageNotSelected_Draw() { Quorvex_Page_NotSelectedDraw(kSecurityPageView); }
+void Quorvex_SecurityPageNotSelected_Draw() {
+  Quorvex_Page_NotSelectedDraw(kSecurityPageView);
+}
 
 void Quorvex_SecurityPage_Enter() {
   Quorvex_SecurityPage_Refresh();

@@ -38,21 +38,21 @@ constexpr ByteSetting kLeadingSettings[] = {
      SetupData_Get_sata_controller_mode, SetupData_Set_sata_controller_mode},
     {SysConfigRowBootMode, SetupData_Present_boot_mode, SetupData_Get_boot_mode,
      SetupData_Set_boot_mode},
-    {SysConfigRowPowerOnDisplay, SetupData_Present_power_on_display,
-     SetupData_Get_power_on_display, SetupData_Set_power_on_display},
+    {SysConfigRowPowerOnDisplay, SetupData_Present_power_on_display, SetupData_Get_power_on_display,
+     SetupData_Set_power_on_display},
 };
-constexpr ByteSetting kExternalDisplay = {SysConfigRowExternalDisplay,
-                                          SetupData_Present_external_display_device,
-                                          SetupData_Get_external_display_device,
-                                          SetupData_Set_external_display_device};
-constexpr ByteSetting kFunctionKeys = {SysConfigRowFunctionKeysMode,
-                                       SetupData_Present_function_keys_mode,
-                                       SetupData_Get_function_keys_mode,
-                                       SetupData_Set_function_keys_mode};
+constexpr ByteSetting kExternalDisplay = {
+    SysConfigRowExternalDisplay, SetupData_Present_external_display_device,
+    SetupData_Get_external_display_device, SetupData_Set_external_display_device};
+constexpr ByteSetting kFunctionKeys = {
+    SysConfigRowFunctionKeysMode, SetupData_Present_function_keys_mode,
+    SetupData_Get_function_keys_mode, SetupData_Set_function_keys_mode};
 
 constinit bool LeaveRequested = false;
 
-SetupItem& Row(UINT64 Index) { return SystemConfigurationPageItems[Index]; }
+SetupItem& Row(UINT64 Index) {
+  return SystemConfigurationPageItems[Index];
+}
 
 void ReadPresence(const ByteSetting& Setting) {
   SetupItem& item = Row(Setting.Row);
@@ -124,12 +124,14 @@ void LeaveToTab() {
   Quorvex_SystemConfigurationPage_TabDraw();
 }
 
-}  // namespace
+} // namespace
 
-const PageView kSystemConfigurationPageView = {
-    SystemConfigurationPageItems, &SystemConfigurationPageItemCount,
-    kTabAdvanced,                 kStateAdvancedSubPageTab,
-    kStateAdvancedSubPage,        Quorvex_SystemConfigurationPage_Refresh};
+constinit const PageView kSystemConfigurationPageView = {SystemConfigurationPageItems,
+                                                         &SystemConfigurationPageItemCount,
+                                                         kTabAdvanced,
+                                                         kStateAdvancedSubPageTab,
+                                                         kStateAdvancedSubPage,
+                                                         Quorvex_SystemConfigurationPage_Refresh};
 
 bool Quorvex_SysConfig_CompactPorts(UINT32* Codes, const UINT8* Present) {
   for (UINT64 i = 0; i < kExternalPortCount; ++i) {
@@ -157,7 +159,9 @@ UINT64 Quorvex_SysConfig_PortOptions(const UINT32* Codes, const CHAR16** Options
   return count;
 }
 
-void Quorvex_SystemConfigurationPage_PreviousPage(SetupItem*) { LeaveRequested = true; }
+void Quorvex_SystemConfigurationPage_PreviousPage(SetupItem*) {
+  LeaveRequested = true;
+}
 
 void Quorvex_SystemConfigurationPage_ActivateFromClick() {
   Activate();
@@ -182,7 +186,9 @@ void Quorvex_SystemConfigurationPage_Prepare() {
   LeaveRequested = false;
 }
 
-void Quorvex_SystemConfigurationPage_Init() { Quorvex_SystemConfigurationPage_LoadValues(); }
+void Quorvex_SystemConfigurationPage_Init() {
+  Quorvex_SystemConfigurationPage_LoadValues();
+}
 
 // Access level first, then the dependencies, which may grey a row again.
 void Quorvex_SystemConfigurationPage_Refresh() {
@@ -226,7 +232,9 @@ void Quorvex_SystemConfigurationPage_TabDraw() {
   Quorvex_Page_HighlightedDraw(kSystemConfigurationPageView);
 }
 
-void Quorvex_SystemConfigurationPageSelected_Draw() { Quorvex_SystemConfigurationPage_TabDraw(); }
+void Quorvex_SystemConfigurationPageSelected_Draw() {
+  Quorvex_SystemConfigurationPage_TabDraw();
+}
 
 void Quorvex_SystemConfigurationPageNotSelected_Draw() {
   Quorvex_Tab_Draw(kTabAdvanced, TabLook::NotSelected);

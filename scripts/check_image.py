@@ -33,8 +33,10 @@ def main():
     ap.add_argument("objects", nargs="*")
     args = ap.parse_args()
 
+    # CMake hands an object list over as one ';'-separated argument.
+    objects = [o for arg in args.objects for o in arg.split(";") if o]
     problems = []
-    for obj in args.objects:
+    for obj in objects:
         for name, size in sections(args.objdump, obj):
             if (name.startswith(".CRT$XC") or name in (".ctors", ".init_array")) and size:
                 problems.append(f"{os.path.basename(obj)}: global constructor section {name}")
@@ -56,6 +58,8 @@ def main():
     if not m or int(m.group(1), 16) != 0 or re.search(r"^\s*Import \{", headers, re.M):
         problems.append("image imports from a DLL")
 
+    if not objects:
+        problems.append("no objects given")
     size = os.path.getsize(args.image)
     print(f"{os.path.basename(args.image)}: {size} bytes ({size / 1024:.1f} KiB)")
     for name, sz in image_sections:

@@ -22,6 +22,7 @@ OVMF_VARS = os.path.join(OVMF_DIR, "OVMF_VARS.fd")
 
 PAGE_COLOUR = 0xEBF1FA
 RIGHT_COLUMN_COLOUR = 0xD8E1F2
+TAB_HIGHLIGHT_COLOUR = 0x009CBA
 
 
 class MachineError(RuntimeError):
@@ -49,14 +50,16 @@ def free_vnc_display():
 
 
 def utility_drawn(img):
-    """True when the utility's screen is up: the page area and the right
-    column show their colours. The page-area probe lies right of and below
-    every page's items (the centre of the screen holds Main page text)."""
+    """True when the utility's start-up screen is complete: the page area
+    (sampled below its items, at (W/2, H-10), since the centre of the page area
+    carries item text) and the right column (7W/8, 10) show their colours, and
+    the Main tab (x 10, y 300) is highlighted, which the main loop draws last."""
     w, h = img.width, img.height
-    if w < 8 or h < 16:
+    if w < 16 or h < 320:
         return False
-    return img.pixel(3 * w // 4 - 20, h - 20) == PAGE_COLOUR and \
-        img.pixel(7 * w // 8, 10) == RIGHT_COLUMN_COLOUR
+    return (img.pixel(w // 2, h - 10) == PAGE_COLOUR and
+            img.pixel(7 * w // 8, 10) == RIGHT_COLUMN_COLOUR and
+            img.pixel(10, 300) == TAB_HIGHLIGHT_COLOUR)
 
 
 class Machine:

@@ -53,7 +53,7 @@ template <typename T> inline INT64 Widen(UINT64 Result) {
   }
 }
 
-}  // namespace setup_data_detail
+} // namespace setup_data_detail
 
 // ---- Settings ---------------------------------------------------------------
 // A row whose operation number is -1 has no such operation: its wrapper is a
@@ -64,22 +64,22 @@ template <int Op> inline UINT64 CallChecked(UINT64 Argument1, UINT64 Argument2) 
   static_assert(Op >= 0 && Op < 200, "the schema gives this setting no such operation");
   return Call(Op, Argument1, Argument2);
 }
-}  // namespace setup_data_detail
+} // namespace setup_data_detail
 
-#define SETTING(Name, GetOp, SetOp, PresenceOp, Type, Min, Max, Default)                          \
-  template <int Op = GetOp> inline UINT64 SetupData_Get_##Name(setup_data_detail::Type* Out) {   \
-    return setup_data_detail::CallChecked<Op>(setup_data_detail::Address(Out), 0);                \
-  }                                                                                              \
-  template <int Op = GetOp> inline INT64 SetupData_ReadValue_##Name() {                          \
-    return setup_data_detail::Widen<setup_data_detail::Type>(                                    \
-        setup_data_detail::CallChecked<Op>(0, 0));                                               \
-  }                                                                                              \
-  template <int Op = SetOp> inline UINT64 SetupData_Set_##Name(UINT64 Value) {                   \
-    return setup_data_detail::CallChecked<Op>(                                                   \
-        setup_data_detail::Narrow<setup_data_detail::Type>(Value), 0);                           \
-  }                                                                                              \
-  template <int Op = PresenceOp> inline UINT64 SetupData_Present_##Name(UINT8* Out) {            \
-    return setup_data_detail::CallChecked<Op>(setup_data_detail::Address(Out), 0);                \
+#define SETTING(Name, GetOp, SetOp, PresenceOp, Type, Min, Max, Default)                           \
+  template <int Op = GetOp> inline UINT64 SetupData_Get_##Name(setup_data_detail::Type* Out) {     \
+    return setup_data_detail::CallChecked<Op>(setup_data_detail::Address(Out), 0);                 \
+  }                                                                                                \
+  template <int Op = GetOp> inline INT64 SetupData_ReadValue_##Name() {                            \
+    return setup_data_detail::Widen<setup_data_detail::Type>(                                      \
+        setup_data_detail::CallChecked<Op>(0, 0));                                                 \
+  }                                                                                                \
+  template <int Op = SetOp> inline UINT64 SetupData_Set_##Name(UINT64 Value) {                     \
+    return setup_data_detail::CallChecked<Op>(                                                     \
+        setup_data_detail::Narrow<setup_data_detail::Type>(Value), 0);                             \
+  }                                                                                                \
+  template <int Op = PresenceOp> inline UINT64 SetupData_Present_##Name(UINT8* Out) {              \
+    return setup_data_detail::CallChecked<Op>(setup_data_detail::Address(Out), 0);                 \
   }
 
 // ---- Operations by shape (defined in setup_data_wrappers.cpp) ---------------
@@ -90,7 +90,7 @@ template <int Op> inline UINT64 CallChecked(UINT64 Argument1, UINT64 Argument2) 
 #define QUORVEX_OP_WriteWord(Number, Name) UINT64 SetupData_##Name(UINT64 Value);
 #define QUORVEX_OP_Action(Number, Name) EFI_STATUS SetupData_##Name();
 #define QUORVEX_OP_ActionStatus(Number, Name) EFI_STATUS SetupData_##Name(EFI_STATUS Status);
-#define QUORVEX_OP_Pointer2(Number, Name)                                                         \
+#define QUORVEX_OP_Pointer2(Number, Name)                                                          \
   UINT64 SetupData_##Name(const void* First, const void* Second);
 #define QUORVEX_OP_Value2(Number, Name) UINT64 SetupData_##Name(UINT64 First, UINT64 Second);
 

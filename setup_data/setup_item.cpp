@@ -36,11 +36,15 @@ void MoveFocus(SetupItem* Items, UINT64 Count, bool Forward) {
   }
 }
 
-}  // namespace
+} // namespace
 
-void SelectPrevious(SetupItem* Items, UINT64 Count) { MoveFocus(Items, Count, false); }
+void SelectPrevious(SetupItem* Items, UINT64 Count) {
+  MoveFocus(Items, Count, false);
+}
 
-void SelectNext(SetupItem* Items, UINT64 Count) { MoveFocus(Items, Count, true); }
+void SelectNext(SetupItem* Items, UINT64 Count) {
+  MoveFocus(Items, Count, true);
+}
 
 void ActivateSelected(SetupItem* Items, UINT64 Count) {
   ActionBusy = 1;

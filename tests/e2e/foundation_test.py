@@ -22,8 +22,11 @@ class FoundationTest(harness.QemuTestCase):
         self.assertTrue(any(img.pixel(x, y) != 0 for x, y in left_band),
                         "the left band is black: its picture was not drawn")
 
-        for x, y in [(w // 2, h // 2), (w // 4 + 2, h - 3), (3 * w // 4 - 3, h - 3)]:
+        # Page area pixels clear of the Main page's items.
+        for x, y in [(w // 2, h - 10), (w // 4 + 2, h - 3), (3 * w // 4 - 3, h - 3), (w // 2, 15)]:
             self.assertPixel(img, x, y, PAGE_COLOUR, "page area")
+        # The main loop starts with the Main tab (y 260 to 340) highlighted.
+        self.assertPixel(img, 10, 300, harness.TAB_HIGHLIGHT_COLOUR, "Main tab")
 
         for x, y in [(7 * w // 8, 10), (3 * w // 4 + 3, 5), (3 * w // 4 + 3, h // 2),
                      (w - 3, h - 3)]:

@@ -17,7 +17,6 @@ QUORVEX_E2E_DIR (default build/e2e), QUORVEX_QEMU_ACCEL (default tcg).
 """
 import os
 import re
-import shutil
 import sys
 import unittest
 
@@ -25,8 +24,8 @@ ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__)
 sys.path.insert(0, os.path.join(ROOT, "scripts"))
 
 import pngread  # noqa: E402
-from qemu_machine import (PAGE_COLOUR, RIGHT_COLUMN_COLOUR, Machine,  # noqa: E402,F401
-                          MachineError, utility_drawn)
+from qemu_machine import (PAGE_COLOUR, RIGHT_COLUMN_COLOUR, TAB_HIGHLIGHT_COLOUR,  # noqa: E402,F401
+                          Machine, MachineError, utility_drawn)
 
 ESP = os.environ.get("QUORVEX_ESP", os.path.join(ROOT, "build", "esp"))
 WORK = os.environ.get("QUORVEX_E2E_DIR", os.path.join(ROOT, "build", "e2e"))

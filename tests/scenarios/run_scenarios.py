@@ -147,7 +147,10 @@ def main():
             failed += 1
             print(f"FAIL {name}: " + "; ".join(problems))
             if result is not None and result.stderr:
-                tail = result.stderr.strip().splitlines()[-15:]
+                # The pool report of --trace says little about a failure.
+                lines = [l for l in result.stderr.strip().splitlines()
+                         if not l.startswith("  block #")]
+                tail = lines[-15:]
                 print("  stderr: " + "\n  stderr: ".join(tail))
         else:
             print(f"ok   {name}")

@@ -100,14 +100,14 @@ TEST_F(SimScriptRun, EachStepChecksTheScreenThenGivesOneThingToReactTo) {
   Load("shot start\nexpect-pixel 3 4 00FF00\nkey down\nkey up\nshot after\ntick 5\nquit\n");
   fake::ScriptStep(Run);
   EXPECT_EQ(Shots, std::vector<std::string>{"start"});
-  EXPECT_EQ(fake::PendingInputs(), 1u);  // only the first key
+  EXPECT_EQ(fake::PendingInputs(), 1u); // only the first key
   EXPECT_TRUE(Finished.empty());
 
   fake::ClearInput();
-  fake::ScriptStep(Run);  // key up
+  fake::ScriptStep(Run); // key up
   EXPECT_EQ(Shots.size(), 1u);
   const EFI_TIME before = fake::Clock();
-  fake::ScriptStep(Run);  // shot, then the clock moves
+  fake::ScriptStep(Run); // shot, then the clock moves
   EXPECT_EQ(Shots.back(), "after");
   EXPECT_EQ(fake::Clock().Second, (before.Second + 5) % 60);
   fake::ScriptStep(Run);
@@ -121,7 +121,7 @@ TEST_F(SimScriptRun, AFailedPixelCheckStopsWithTheColourFound) {
   fake::ScriptStep(Run);
   ASSERT_EQ(Finished, std::vector<int>{3});
   EXPECT_EQ(Messages[0], "test.sim:2: expect-pixel 10 11 ABCDEE failed: found ABCDEF");
-  EXPECT_EQ(fake::PendingInputs(), 1u);  // the key after it was not delivered
+  EXPECT_EQ(fake::PendingInputs(), 1u); // the key after it was not delivered
 
   Finished.clear();
   Run.Commands.clear();
@@ -172,4 +172,4 @@ TEST(SimSettings, LinesAreNameEqualsNumber) {
   EXPECT_FALSE(sim::ParseSettings("language = 0x\n", &settings, &error));
 }
 
-}  // namespace
+} // namespace

@@ -29,7 +29,7 @@ TEST_F(FakeFirmware, InstallLookUpAndUninstall) {
 
   void* found = nullptr;
   EXPECT_EQ(BootServices()->LocateProtocol(&kTestGuid, nullptr, &found), EFI_SUCCESS);
-  EXPECT_EQ(found, &first);  // the first installed wins
+  EXPECT_EQ(found, &first); // the first installed wins
   EXPECT_EQ(BootServices()->HandleProtocol(b, &kTestGuid, &found), EFI_SUCCESS);
   EXPECT_EQ(found, &second);
   EXPECT_EQ(BootServices()->HandleProtocol(b, &kGraphicsOutputGuid, &found), EFI_UNSUPPORTED);
@@ -56,7 +56,7 @@ TEST_F(FakeFirmware, LocateHandleAnswersTheSizeItNeeds) {
   EXPECT_EQ(BootServices()->LocateHandle(ByProtocol, &kSimplePointerGuid, nullptr, &size, handles),
             EFI_BUFFER_TOO_SMALL);
   EXPECT_EQ(size, 2 * sizeof(EFI_HANDLE));
-  EXPECT_EQ(handles[1], nullptr);  // nothing written past what fitted
+  EXPECT_EQ(handles[1], nullptr); // nothing written past what fitted
 
   EXPECT_EQ(BootServices()->LocateHandle(ByProtocol, &kSimplePointerGuid, nullptr, &size, handles),
             EFI_SUCCESS);
@@ -110,14 +110,14 @@ void EFIAPI CountNotify(EFI_EVENT Event, void* Context) {
 
 TEST_F(FakeFirmware, InstallationSignalsRegisteredEventsAtOnce) {
   NotifyLog log;
-  log.CloseItself = true;  // as the utility's restart notification does
+  log.CloseItself = true; // as the utility's restart notification does
   EFI_EVENT event = nullptr;
   ASSERT_EQ(BootServices()->CreateEvent(EVT_NOTIFY_SIGNAL, TPL_CALLBACK, CountNotify, &log, &event),
             EFI_SUCCESS);
   void* registration = nullptr;
   ASSERT_EQ(BootServices()->RegisterProtocolNotify(&kRestartTriggerGuid, event, &registration),
             EFI_SUCCESS);
-  EXPECT_EQ(log.Calls, 0);  // registering alone signals nothing
+  EXPECT_EQ(log.Calls, 0); // registering alone signals nothing
 
   fake::TriggerRestart();
   EXPECT_EQ(log.Calls, 1);
@@ -197,13 +197,13 @@ TEST_F(FakeFirmware, PoolCountsBlocksPerTypeAndRefusesStrangers) {
   EXPECT_EQ(stats.OutstandingCountByType[EfiLoaderCode], 1u);
 
   EXPECT_EQ(BootServices()->FreePool(data), EFI_SUCCESS);
-  EXPECT_EQ(BootServices()->FreePool(data), EFI_INVALID_PARAMETER);  // twice
+  EXPECT_EQ(BootServices()->FreePool(data), EFI_INVALID_PARAMETER); // twice
   int local = 0;
   EXPECT_EQ(BootServices()->FreePool(&local), EFI_INVALID_PARAMETER);
   EXPECT_EQ(fake::Pool().BadFrees, 2u);
   EXPECT_EQ(BootServices()->FreePool(code), EFI_SUCCESS);
   EXPECT_EQ(BootServices()->AllocatePool(EfiConventionalMemory, 8, &data), EFI_INVALID_PARAMETER);
-  CheckPool = false;  // the bad frees above are deliberate
+  CheckPool = false; // the bad frees above are deliberate
 }
 
 TEST_F(FakeFirmware, TheNthAllocationFailsOnce) {
@@ -319,7 +319,7 @@ TEST_F(FakeFirmware, ClockStandsStillAndCarriesWhenAdvanced) {
   fake::AdvanceClock(31);
   t = fake::Clock();
   EXPECT_EQ(t.Month, 2);
-  EXPECT_EQ(t.Day, 29);  // a leap year
+  EXPECT_EQ(t.Day, 29); // a leap year
   EXPECT_EQ(t.Second, 1);
   fake::SetClock({2023, 12, 31, 23, 59, 59, 0, 0, 0x07FF, 0, 0});
   fake::AdvanceClock(1);
@@ -362,9 +362,9 @@ TEST_F(FakeFirmware, VariablesAnswerSizesAndFailWithoutChange) {
   ASSERT_TRUE(fake::PeekVariable(name, kTestGuid, &kept));
   EXPECT_EQ(kept, std::vector<UINT8>(data, data + 5));
 
-  EXPECT_EQ(RuntimeServices()->SetVariable(name, &kTestGuid, EFI_VARIABLE_BOOTSERVICE_ACCESS, 3,
-                                           other),
-            EFI_INVALID_PARAMETER);  // other attributes
+  EXPECT_EQ(
+      RuntimeServices()->SetVariable(name, &kTestGuid, EFI_VARIABLE_BOOTSERVICE_ACCESS, 3, other),
+      EFI_INVALID_PARAMETER); // other attributes
   EXPECT_EQ(RuntimeServices()->SetVariable(name, &kTestGuid, attrs, 0, nullptr), EFI_SUCCESS);
   EXPECT_EQ(RuntimeServices()->GetVariable(name, &kTestGuid, nullptr, &size, out), EFI_NOT_FOUND);
 }
@@ -396,14 +396,14 @@ TEST_F(FakeFirmware, InputsAreTakenInOrderByTheirOwnDevice) {
   EXPECT_EQ(ReadKey(&key), EFI_NOT_READY);
   EFI_SIMPLE_POINTER_STATE state;
   ASSERT_EQ(Mouse()->GetState(Mouse(), &state), EFI_SUCCESS);
-  EXPECT_LT(state.RelativeMovementX, -10000);  // homing to the corner
+  EXPECT_LT(state.RelativeMovementX, -10000); // homing to the corner
   EXPECT_FALSE(state.LeftButton);
   ASSERT_EQ(Mouse()->GetState(Mouse(), &state), EFI_SUCCESS);
   EXPECT_EQ(state.RelativeMovementX, 300);
   EXPECT_EQ(state.RelativeMovementY, 200);
   EXPECT_TRUE(state.LeftButton);
   ASSERT_EQ(Mouse()->GetState(Mouse(), &state), EFI_SUCCESS);
-  EXPECT_FALSE(state.LeftButton);  // released
+  EXPECT_FALSE(state.LeftButton); // released
   EXPECT_EQ(Mouse()->GetState(Mouse(), &state), EFI_NOT_READY);
 
   // The console's merged pointer never delivers the mouse's states.
@@ -412,7 +412,7 @@ TEST_F(FakeFirmware, InputsAreTakenInOrderByTheirOwnDevice) {
   auto* console = static_cast<EFI_SIMPLE_POINTER_PROTOCOL*>(iface);
   fake::MouseMoveTo(1, 1, false);
   EXPECT_EQ(console->GetState(console, &state), EFI_NOT_READY);
-  EXPECT_EQ(fake::PendingInputs(), 3u);  // key + two mouse states
+  EXPECT_EQ(fake::PendingInputs(), 3u); // key + two mouse states
   EXPECT_EQ(ReadKey(&key), EFI_SUCCESS);
   EXPECT_EQ(key.UnicodeChar, u'a');
 }
@@ -480,11 +480,11 @@ TEST_F(FakeFirmware, AnInputNobodyReadsIsDroppedInsteadOfBlockingTheQueue) {
 
 TEST_F(FakeFirmware, KeysReadThroughTextInputExCarryValidKeyState) {
   void* iface = nullptr;
-  ASSERT_EQ(BootServices()->HandleProtocol(fake::ConsoleInHandle(), &kSimpleTextInputExGuid,
-                                           &iface),
-            EFI_SUCCESS);
+  ASSERT_EQ(
+      BootServices()->HandleProtocol(fake::ConsoleInHandle(), &kSimpleTextInputExGuid, &iface),
+      EFI_SUCCESS);
   auto* ex = static_cast<EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL*>(iface);
-  UINT8 toggles = 0x80 | 0x04;  // caps lock
+  UINT8 toggles = 0x80 | 0x04; // caps lock
   EXPECT_EQ(ex->SetState(ex, &toggles), EFI_SUCCESS);
   fake::PushKey(SCAN_NULL, u'Q');
   EFI_KEY_DATA data{};
@@ -505,11 +505,11 @@ EFI_STATUS EFIAPI ReturningEntry(EFI_HANDLE Image, EFI_SYSTEM_TABLE* Table) {
 }
 EFI_STATUS EFIAPI ExitingEntry(EFI_HANDLE Image, EFI_SYSTEM_TABLE* Table) {
   Table->BootServices->Exit(Image, EFI_ABORTED, 0, nullptr);
-  return EFI_SUCCESS;  // not reached
+  return EFI_SUCCESS; // not reached
 }
 EFI_STATUS EFIAPI ResettingEntry(EFI_HANDLE, EFI_SYSTEM_TABLE* Table) {
   Table->RuntimeServices->ResetSystem(EfiResetShutdown, EFI_SUCCESS, 0, nullptr);
-  return EFI_SUCCESS;  // not reached
+  return EFI_SUCCESS; // not reached
 }
 
 std::vector<UINT8> FilePath(const std::u16string& Name) {
@@ -542,7 +542,7 @@ TEST_F(FakeFirmware, LoadImageFindsOnlyTheUtilityAndStartImageRunsIt) {
   EXPECT_EQ(BootServices()->StartImage(image, nullptr, nullptr), EFI_NOT_FOUND);
   EXPECT_EQ(SeenImage, image);
   EXPECT_EQ(reported, EFI_NOT_FOUND);
-  EXPECT_NE(BootServices()->StartImage(image, nullptr, nullptr), EFI_SUCCESS);  // started already
+  EXPECT_NE(BootServices()->StartImage(image, nullptr, nullptr), EFI_SUCCESS); // started already
 
   // Exit() comes back out of StartImage with its status.
   UINT8 buffer[4] = {};
@@ -575,7 +575,8 @@ EFI_STATUS EFIAPI PollingEntry(EFI_HANDLE, EFI_SYSTEM_TABLE* Table) {
 }
 
 TEST_F(FakeFirmware, RunUntilIdleDeliversOneInputPerIdleAndStops) {
-  const fake::RunResult stopped = RunUntilIdle(PollingEntry, 3, [](int) { fake::PushKey(SCAN_UP, 0); });
+  const fake::RunResult stopped =
+      RunUntilIdle(PollingEntry, 3, [](int) { fake::PushKey(SCAN_UP, 0); });
   EXPECT_TRUE(stopped.Stopped);
   EXPECT_EQ(fake::InputsTaken(), 2u);
 
@@ -586,4 +587,4 @@ TEST_F(FakeFirmware, RunUntilIdleDeliversOneInputPerIdleAndStops) {
   EXPECT_EQ(done.Status, 2u);
 }
 
-}  // namespace
+} // namespace

@@ -52,7 +52,7 @@ TEST(FocusMovement, GreyedHiddenAndHeadingRowsAreSkipped) {
   std::vector<SetupItem> items = {Row(ItemButton, true), Row(ItemButton), Row(ItemHeading),
                                   Row(ItemOptionCycle), Row(ItemDropDown)};
   items[1].GreyedOut = 1;
-  items[2].GreyedOut = 1;  // headings are greyed in every table
+  items[2].GreyedOut = 1; // headings are greyed in every table
   items[3].Hidden = 1;
   SelectNext(items.data(), items.size());
   EXPECT_EQ(Focus(items), 4u);
@@ -68,7 +68,7 @@ TEST(FocusMovement, NothingMovesWithoutAFocusedRow) {
 }
 
 TEST(FixFocus, GreyedFocusGoesToTheFirstFocusableRowNotTheNeighbour) {
-  std::vector<SetupItem> items = {Row(ItemInfo),   Row(ItemButton), Row(ItemButton),
+  std::vector<SetupItem> items = {Row(ItemInfo),   Row(ItemButton),       Row(ItemButton),
                                   Row(ItemButton), Row(ItemButton, true), Row(ItemButton)};
   items[1].Hidden = 1;
   items[4].GreyedOut = 1;
@@ -134,4 +134,4 @@ TEST(ActivateSelected, RunsTheFocusedRowsActionOnceWithTheBusyFlag) {
   EXPECT_EQ(gActions, 1) << "the row that took the focus is not activated too";
 }
 
-}  // namespace
+} // namespace

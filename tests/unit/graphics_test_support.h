@@ -211,6 +211,9 @@ protected:
     gfxtest::Operations() = {};
     Quorvex_Graphics_Reset();
     Quorvex_Mouse_Reset();
+    // Not even the console's merged pointer: the modal loops' pointer polls
+    // then find nothing to set up.
+    fake::HideProtocol(kSimplePointerGuid);
   }
 
   void TearDown() override {

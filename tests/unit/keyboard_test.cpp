@@ -103,7 +103,7 @@ TEST_F(KeyboardTest, ModeTwoReadsTheInstancesAndDropsPs2Code56) {
   Plug(&b);
   Quorvex_KeyboardConIn_Replacement_Start();
   KeySourceMode = 2;
-  fake::PushKey(0, u'c');  // the console's key is not taken in mode 2
+  fake::PushKey(0, u'c'); // the console's key is not taken in mode 2
 
   a.Keys.push_back(KeyData(0, u'\\', 0x56));
   b.Keys.push_back(KeyData(SCAN_F9, 0, 0x43));
@@ -161,4 +161,4 @@ TEST_F(KeyboardTest, NoInstanceAtStartLeavesTheConsoleAlone) {
   EXPECT_EQ(KeyCodeInterfaces, nullptr);
 }
 
-}  // namespace
+} // namespace

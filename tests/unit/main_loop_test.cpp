@@ -65,4 +65,4 @@ TEST_F(MainLoopTest, KeysOtherThanTheHotKeyAreNotReported) {
   EXPECT_EQ(TraceCount("op 11"), 1u) << "only F12, the default hot key";
 }
 
-}  // namespace
+} // namespace

@@ -159,11 +159,6 @@ TEST_F(RefPlatServicesTest, ExtendedKeysWithoutInputExUseTheSavedReader) {
   EXPECT_EQ(conin->ReadKeyStroke(conin, &key), EFI_SUCCESS);
   EXPECT_EQ(key.ScanCode, SCAN_ESC);
   conin->ReadKeyStroke = original;
-  EXPECT_EQ(ExtendedKey_Ps2ScanCode({SCAN_ESC, 0}), 0x01);
-  EXPECT_EQ(ExtendedKey_Ps2ScanCode({SCAN_F1, 0}), 0x3B);
-  EXPECT_EQ(ExtendedKey_Ps2ScanCode({SCAN_F10, 0}), 0x44);
-  EXPECT_EQ(ExtendedKey_Ps2ScanCode({0, u'?'}), 0x35);
-  EXPECT_EQ(ExtendedKey_Ps2ScanCode({0, u' '}), 0x39);
 }
 
 TEST_F(RefPlatServicesTest, DebugTraceWritesTheFormattedLine) {

@@ -209,16 +209,8 @@ TEST_F(RefPlatSetupDataTest, DisplayPortArrays) {
   Store_SetByName("display_port4_type", 3);
   Op(152, Address(types));
   Op(153, Address(present));
-  EXPECT_EQ(types[0], 0u);
-  EXPECT_EQ(types[1], 2u);
-  EXPECT_EQ(types[2], 4u);
-  EXPECT_EQ(types[3], 3u);
-  EXPECT_EQ(types[4], 9u);
-  EXPECT_EQ(present[0], 1);
-  EXPECT_EQ(present[1], 1);
-  EXPECT_EQ(present[2], 0);
-  EXPECT_EQ(present[3], 0);
-  EXPECT_EQ(present[4], 9);
+  EXPECT_EQ(std::vector<UINT32>(types, types + 5), (std::vector<UINT32>{0, 2, 4, 3, 9}));
+  EXPECT_EQ(std::vector<UINT8>(present, present + 5), (std::vector<UINT8>{1, 1, 0, 0, 9}));
   EXPECT_EQ(Op(152, 0), EFI_INVALID_PARAMETER);
 }
 

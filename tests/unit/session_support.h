@@ -60,12 +60,13 @@ inline const std::vector<TableCopy> kPristineTables = {
     Copy(ExitPageItems, &ExitPageItemCount),
 };
 inline const std::vector<const CHAR16*> kPristineLanguages(MainLanguageOptions,
-                                                          MainLanguageOptions + 4);
-inline const std::vector<const CHAR16*> kPristineSleepCharge(
-    AdvancedSleepChargeOptions, AdvancedSleepChargeOptions + kAdvancedSleepChargeSlots);
-inline const std::vector<const CHAR16*> kPristinePorts(
-    SysConfigExternalDisplayOptions,
-    SysConfigExternalDisplayOptions + kSysConfigExternalDisplaySlots);
+                                                           MainLanguageOptions + 4);
+inline const std::vector<const CHAR16*> kPristineSleepCharge(AdvancedSleepChargeOptions,
+                                                             AdvancedSleepChargeOptions +
+                                                                 kAdvancedSleepChargeSlots);
+inline const std::vector<const CHAR16*> kPristinePorts(SysConfigExternalDisplayOptions,
+                                                       SysConfigExternalDisplayOptions +
+                                                           kSysConfigExternalDisplaySlots);
 
 inline void RestoreUtility() {
   Quorvex_Startup_Reset();
@@ -116,9 +117,13 @@ constexpr Key kF1{SCAN_F1, 0};
 constexpr Key kF9{SCAN_F9, 0};
 constexpr Key kF10{SCAN_F10, 0};
 constexpr Key kF12{SCAN_F12, 0};
-constexpr Key Char(CHAR16 C) { return {0, C}; }
+constexpr Key Char(CHAR16 C) {
+  return {0, C};
+}
 
-inline std::vector<Key> Repeat(Key K, size_t N) { return std::vector<Key>(N, K); }
+inline std::vector<Key> Repeat(Key K, size_t N) {
+  return std::vector<Key>(N, K);
+}
 inline std::vector<Key> Join(std::initializer_list<std::vector<Key>> Parts) {
   std::vector<Key> all;
   for (const auto& part : Parts) all.insert(all.end(), part.begin(), part.end());
@@ -137,7 +142,7 @@ inline std::map<std::string, UINT64>*& SettingsSource() {
   return settings;
 }
 
-}  // namespace session
+} // namespace session
 
 class SessionTest : public FakeFirmwareTest {
 protected:
@@ -169,19 +174,30 @@ protected:
     FakeFirmwareTest::TearDown();
   }
 
+  // A new firmware and a utility at its power-on state, for a second session
+  // in the same test. The trace is emptied; the settings stay.
+  void Fresh() {
+    Quorvex_Graphics_Reset();
+    ImageDisplay_ClearCache();
+    fake::Reset(FirmwareOptions());
+    session::RestoreUtility();
+    Trace.clear();
+  }
+
   // Starts the product and hands it Keys one per idle round; stops at the
   // idle after the last key. States[i] is PageState before key i (and, last,
   // after every key). OnIdle, when set, runs at every idle round first.
   fake::RunResult Run(const std::vector<session::Key>& Keys,
                       std::function<void(size_t Round)> OnIdle = nullptr) {
     States.clear();
-    return RunUntilIdle(
-        QuorvexPlatform_EntryPoint, static_cast<int>(Keys.size()) + 1, [&](int Round) {
-          const size_t round = static_cast<size_t>(Round);
-          States.push_back(PageState);
-          if (OnIdle) OnIdle(round);
-          if (round < Keys.size()) fake::PushKey(Keys[round].Scan, Keys[round].Char);
-        });
+    return RunUntilIdle(QuorvexPlatform_EntryPoint, static_cast<int>(Keys.size()) + 2,
+                        [&](int Round) {
+                          const size_t round = static_cast<size_t>(Round);
+                          States.push_back(PageState);
+                          if (OnIdle) OnIdle(round);
+                          if (round < Keys.size())
+                            fake::PushKey(Keys[round].Scan, Keys[round].Char);
+                        });
   }
 
   // The trace lines from Index on.

@@ -7,15 +7,11 @@
 
 #include "core/startup.h"
 #include "host/fake_firmware_fixture.h"
+#include "tests/unit/session_support.h"
 #include "reference_platform/reference_platform.h"
 #include "setup_data/main_page_table.h"
 
 namespace {
-
-std::vector<std::string>* gTrace = nullptr;
-void CollectTrace(const char* Line) {
-  if (gTrace) gTrace->push_back(Line);
-}
 
 size_t CountLines(const std::vector<std::string>& Lines, const std::string& Prefix) {
   size_t n = 0;
@@ -24,37 +20,27 @@ size_t CountLines(const std::vector<std::string>& Lines, const std::string& Pref
   return n;
 }
 
-class StartupTest : public FakeFirmwareTest {
+class StartupTest : public SessionTest {
 protected:
-  void SetUp() override {
-    FakeFirmwareTest::SetUp();
-    // The run is stopped inside the main loop, so the utility's pool blocks
-    // (item buffers, saved tab pixels) are legitimately still held.
-    CheckPool = false;
-    Quorvex_Startup_Reset();
-    gTrace = &Trace;
-    SetupDataTraceSink = CollectTrace;
-  }
-  void TearDown() override {
-    SetupDataTraceSink = nullptr;
-    gTrace = nullptr;
-    FakeFirmwareTest::TearDown();
-  }
   fake::Options FirmwareOptions() const override { return Opts; }
-
+  // A new firmware with the modes and devices of Opts.
+  void Restart(const fake::Options& O) {
+    Opts = O;
+    Fresh();
+  }
   fake::RunResult RunProduct(int Rounds = 1, std::function<void(int)> Between = nullptr) {
     return RunUntilIdle(QuorvexPlatform_EntryPoint, Rounds, Between);
   }
 
   fake::Options Opts;
-  std::vector<std::string> Trace;
 };
 
 class ModeChoiceTest : public StartupTest {};
 
 TEST_F(ModeChoiceTest, NarrowestModeAtLeast1024WideWins) {
-  Opts.Modes = {{800, 600}, {1366, 768}, {1024, 768}, {1280, 1024}};
-  fake::Reset(Opts);
+  fake::Options o;
+  o.Modes = {{800, 600}, {1366, 768}, {1024, 768}, {1280, 1024}};
+  Restart(o);
   fake::RunResult r = RunProduct();
   EXPECT_TRUE(r.Stopped);
   EXPECT_EQ(fake::CurrentMode(), 2u);
@@ -64,23 +50,24 @@ TEST_F(ModeChoiceTest, NarrowestModeAtLeast1024WideWins) {
 }
 
 TEST_F(ModeChoiceTest, AmongEqualWidthsTheLowerNumberWinsWhateverItsHeight) {
-  Opts.Modes = {{1024, 600}, {1024, 768}};
-  fake::Reset(Opts);
+  fake::Options o;
+  o.Modes = {{1024, 600}, {1024, 768}};
+  Restart(o);
   RunProduct();
   EXPECT_EQ(fake::CurrentMode(), 0u);
   EXPECT_EQ(ScreenHeight, 600u);
 
-  Quorvex_Startup_Reset();
-  Opts.Modes = {{1280, 1024}, {1024, 768}, {1024, 600}};
-  fake::Reset(Opts);
+  o.Modes = {{1280, 1024}, {1024, 768}, {1024, 600}};
+  Restart(o);
   RunProduct();
   EXPECT_EQ(fake::CurrentMode(), 1u);
   EXPECT_EQ(ScreenHeight, 768u);
 }
 
 TEST_F(ModeChoiceTest, OnlyNarrowModesEndTheUtilityWithNothingDrawn) {
-  Opts.Modes = {{800, 600}, {640, 480}};
-  fake::Reset(Opts);
+  fake::Options o;
+  o.Modes = {{800, 600}, {640, 480}};
+  Restart(o);
   EFI_STATUS utilityStatus = EFI_SUCCESS;
   fake::SetImageReturnHandler([&](EFI_HANDLE, EFI_STATUS Status) { utilityStatus = Status; });
   RunProduct();
@@ -132,13 +119,6 @@ TEST_F(StartupTest, FixedScreenRegionsAreDrawnInTheirColours) {
   EXPECT_EQ(fake::PixelAt(600, 700), 0xEBF1FAu);
   EXPECT_EQ(fake::PixelAt(1000, 5), 0xD8E1F2u);
   EXPECT_NE(fake::PixelAt(100, 5), 0xEBF1FAu);
-}
-
-TEST_F(StartupTest, StoredLanguageOutsideTheTableReadsAsEnglish) {
-  PlatformStartHook = [] { Store_SetByName("language", 7); };
-  RunProduct();
-  PlatformStartHook = nullptr;
-  EXPECT_EQ(Language, 0u);
 }
 
 // The restart pass repeats the mode choice and the layout but neither binds

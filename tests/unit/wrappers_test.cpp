@@ -127,12 +127,12 @@ TEST_F(WrappersTest, ThirtyTwoBitAnswersAreSignExtended) {
   EXPECT_EQ(gCalls.back().Argument1, 0u) << "read value passes no storage";
 
   gCalls.clear();
-  gAnswer = 0xFFFFFFFF00000002ull;  // only the low 32 bits are the answer
+  gAnswer = 0xFFFFFFFF00000002ull; // only the low 32 bits are the answer
   EXPECT_EQ(SetupData_ReadValue_key_source_mode(), 2);
   EXPECT_EQ(Only().Op, 193u);
 
   gCalls.clear();
-  gAnswer = 0x1FF;  // a byte setting answers as the service says
+  gAnswer = 0x1FF; // a byte setting answers as the service says
   EXPECT_EQ(SetupData_ReadValue_supervisor_access(), 0x1FF);
   EXPECT_EQ(Only().Op, 8u);
 }
@@ -178,4 +178,4 @@ TEST_F(WrappersTest, OperationsFollowTheirShapes) {
   EXPECT_EQ(gCalls.back().Argument1, reinterpret_cast<UINT64>(ports));
 }
 
-}  // namespace
+} // namespace

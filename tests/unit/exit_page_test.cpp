@@ -1,0 +1,167 @@
+// The Exit page and the global F9 / F10 / Esc actions, checked on the setup
+// data trace of whole sessions: what runs on Yes, that No, Esc and "n" do
+// nothing, the access level from the platform's answers, and the battery
+// action answered by the platform service.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/unit/session_support.h"
+
+namespace {
+
+using namespace session;
+
+class ExitPageTest : public SessionTest {
+protected:
+  // Index of the first trace line equal to Line at or after From.
+  size_t Find(const std::string& Line, size_t From = 0) const {
+    for (size_t i = From; i < Trace.size(); ++i) {
+      if (Trace[i] == Line || Trace[i].rfind(Line + " ", 0) == 0) return i;
+    }
+    return Trace.size();
+  }
+  // Trace length at each idle round.
+  std::vector<size_t> Marks;
+  fake::RunResult RunMarked(const std::vector<Key>& Keys) {
+    Marks.clear();
+    return Run(Keys, [this](size_t) { Marks.push_back(Trace.size()); });
+  }
+};
+
+TEST_F(ExitPageTest, F10ThenYesStoresEveryPageInOrderThenSaves) {
+  const fake::RunResult run = RunMarked({kF10, kEnter});
+  EXPECT_TRUE(run.Reset) << "the service ends the session";
+  ASSERT_FALSE(Trace.empty());
+  EXPECT_EQ(Trace.back(), "op 1");
+  const size_t from = Marks.at(1); // after F10 opened the question
+  const size_t main = Find("op 28", from);
+  const size_t security = Find("op 53", from);
+  const size_t power = Find("op 113", from);
+  const size_t advanced = Find("op 65", from);
+  const size_t sub = Find("op 155", from);
+  const size_t bootOrder = Find("op 108", from);
+  const size_t save = Find("op 1", from);
+  EXPECT_LT(main, security);
+  EXPECT_LT(security, power);
+  EXPECT_LT(power, advanced);
+  EXPECT_LT(advanced, sub);
+  EXPECT_LT(sub, bootOrder);
+  EXPECT_LT(bootOrder, save);
+  EXPECT_LT(save, Trace.size());
+  EXPECT_EQ(Find("op 2"), Trace.size());
+}
+
+TEST_F(ExitPageTest, NoEscAndNDoNothing) {
+  for (const std::vector<Key>& answer :
+       {std::vector<Key>{kRight, kEnter}, {kEsc}, {Char(u'n')}, {Char(u'N')}}) {
+    std::vector<Key> keys = {kF10};
+    keys.insert(keys.end(), answer.begin(), answer.end());
+    keys.push_back(kEsc);
+    keys.insert(keys.end(), answer.begin(), answer.end());
+    const fake::RunResult run = Run(keys);
+    EXPECT_TRUE(run.Stopped);
+    EXPECT_FALSE(run.Reset);
+    EXPECT_EQ(Find("op 1"), Trace.size());
+    EXPECT_EQ(Find("op 2"), Trace.size());
+    EXPECT_EQ(Find("op 28"), Trace.size()) << "no page stored its values";
+    EXPECT_EQ(States.back(), kStateMainTab);
+    Fresh();
+  }
+}
+
+TEST_F(ExitPageTest, EscThenYesLeavesWithoutSavingWithAborted) {
+  const fake::RunResult run = RunMarked({kEsc, Char(u'y')});
+  EXPECT_TRUE(run.Reset);
+  ASSERT_FALSE(Trace.empty());
+  EXPECT_EQ(Trace.back(), "op 2 0x8000000000000015");
+  EXPECT_EQ(Find("op 28", Marks.at(1)), Trace.size()) << "nothing is stored";
+}
+
+TEST_F(ExitPageTest, TheExitPageItemsRunTheSameActions) {
+  // Exit tab, into the page, "Exit Discarding Changes", Yes.
+  const fake::RunResult run = Run({kDown, kDown, kDown, kDown, kRight, kDown, kEnter, kEnter});
+  EXPECT_TRUE(run.Reset);
+  EXPECT_EQ(Trace.back(), "op 2 0x8000000000000015");
+}
+
+TEST_F(ExitPageTest, AccessLevelFromThePlatformsAnswers) {
+  struct Case {
+    UINT64 Supervisor, Rights, Restricted, Level;
+  };
+  for (const Case& c :
+       {Case{1, 2, 0, 0}, Case{0, 0, 0, 1}, Case{0, 1, 0, 2}, Case{0, 2, 0, 3}, Case{1, 0, 1, 3}}) {
+    Settings["supervisor_access"] = c.Supervisor;
+    Settings["bios_access_rights"] = c.Rights;
+    Settings["restricted_condition"] = c.Restricted;
+    Run({});
+    EXPECT_EQ(AccessLevel, c.Level) << c.Supervisor << " " << c.Rights << " " << c.Restricted;
+    EXPECT_EQ(ExitPageItems[ExitRowLoadDefaults].GreyedOut, c.Level > 1 ? 1 : 0);
+    Fresh();
+  }
+}
+
+TEST_F(ExitPageTest, F9AtAccessLevel2DoesNothingAtAll) {
+  Settings["supervisor_access"] = 0;
+  Settings["bios_access_rights"] = 1;
+  std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> before;
+  std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> after;
+  Marks.clear();
+  Run({kF9, kDown, kDown, kDown, kDown, kRight, kDown, kDown}, [&](size_t Round) {
+    Marks.push_back(Trace.size());
+    if (Round == 0) before = fake::Framebuffer();
+    if (Round == 1) after = fake::Framebuffer();
+  });
+  EXPECT_EQ(AccessLevel, 2u);
+  EXPECT_EQ(Find("op 0"), Trace.size());
+  ASSERT_EQ(before.size(), after.size());
+  EXPECT_TRUE(std::equal(
+      before.begin(), before.end(), after.begin(),
+      [](const EFI_GRAPHICS_OUTPUT_BLT_PIXEL& A, const EFI_GRAPHICS_OUTPUT_BLT_PIXEL& B) {
+        return A.Red == B.Red && A.Green == B.Green && A.Blue == B.Blue;
+      }))
+      << "no question window was drawn";
+  EXPECT_EQ(Marks.at(1), Marks.at(0)) << "no operation at all";
+  // Inside the Exit page, Down from the first row skips the greyed row.
+  EXPECT_EQ(States.back(), kStateExitPage);
+  EXPECT_EQ(ExitPageItems[ExitRowDisableBattery].Selected, 1);
+}
+
+TEST_F(ExitPageTest, F9ThenYesLoadsTheDefaultsIntoEveryPage) {
+  Settings["boot_speed"] = 1;
+  Settings["wake_on_lan"] = 1;
+  Run({kF9, kEnter});
+  const size_t load = Find("op 0");
+  ASSERT_LT(load, Trace.size());
+  EXPECT_LT(Find("op 64", load), Trace.size()) << "the Advanced page reads its values again";
+  EXPECT_EQ(AdvancedPageItems[AdvancedRowBootSpeed].Data, 0u);
+  EXPECT_EQ(PowerManagementPageItems[PowerRowWakeOnLan].Value & 0xFF, 0u);
+  EXPECT_EQ(Find("op 1"), Trace.size());
+}
+
+TEST_F(ExitPageTest, BatteryActionAsksThePlatformFirst) {
+  const std::vector<Key> keys = {kDown, kDown, kDown, kDown,  kRight,
+                                 kDown, kDown, kDown, kEnter, kEnter};
+  Settings["battery_disable_allowed"] = 0;
+  fake::RunResult run = Run(keys);
+  EXPECT_FALSE(run.Reset);
+  EXPECT_EQ(Find("op 4"), Trace.size());
+  EXPECT_EQ(Find("op 28"), Trace.size()) << "a refusal stores nothing";
+
+  Fresh();
+  Settings["battery_disable_allowed"] = 1;
+  run = Run(keys);
+  EXPECT_TRUE(run.Reset);
+  EXPECT_EQ(Trace.back(), "op 4");
+  EXPECT_LT(Find("op 108"), Trace.size()) << "every page stored its values first";
+}
+
+TEST_F(ExitPageTest, BatteryRowIsAbsentWhenThePlatformSaysSo) {
+  Settings["battery_disable_present"] = 0;
+  Run({kDown, kDown, kDown, kDown, kRight, kDown, kDown, kDown});
+  EXPECT_EQ(ExitPageItems[ExitRowDisableBattery].Hidden, 1);
+  EXPECT_EQ(ExitPageItems[ExitRowLoadDefaults].Selected, 1) << "Down stops on the last row";
+}
+
+} // namespace

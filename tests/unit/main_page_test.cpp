@@ -1,0 +1,230 @@
+// The Main page: the time and date editor's rules (limits, the day maximum by
+// month and leap year, the minimum year, focus movement), the language list
+// mapping, and in whole sessions the clock it sets or leaves alone.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "pages/clock_editor.h"
+#include "tests/unit/session_support.h"
+
+namespace {
+
+using namespace session;
+
+EFI_TIME Date(UINT16 Year, UINT8 Month, UINT8 Day) {
+  EFI_TIME time = {};
+  time.Year = Year;
+  time.Month = Month;
+  time.Day = Day;
+  return time;
+}
+
+EFI_INPUT_KEY K(UINT16 Scan, CHAR16 Char = 0) {
+  return {Scan, Char};
+}
+
+TEST(ClockEditorRules, DayMaximumFollowsMonthAndLeapYear) {
+  EXPECT_EQ(Quorvex_DaysInMonth(1, 2023), 31u);
+  EXPECT_EQ(Quorvex_DaysInMonth(4, 2023), 30u);
+  EXPECT_EQ(Quorvex_DaysInMonth(11, 2023), 30u);
+  EXPECT_EQ(Quorvex_DaysInMonth(12, 2023), 31u);
+  EXPECT_EQ(Quorvex_DaysInMonth(2, 2023), 28u);
+  EXPECT_EQ(Quorvex_DaysInMonth(2, 2024), 29u);
+  EXPECT_EQ(Quorvex_DaysInMonth(2, 1900), 28u);
+  EXPECT_EQ(Quorvex_DaysInMonth(2, 2000), 29u);
+  EXPECT_EQ(Quorvex_DaysInMonth(2, 2100), 28u);
+}
+
+TEST(ClockEditorRules, DayAboveTheMaximumIsBroughtDown) {
+  ClockEditor feb1900 = Quorvex_ClockEditor_ForDate(Date(1900, 2, 29), 1900);
+  EXPECT_EQ(feb1900.Values[1], 28u);
+  ClockEditor feb2000 = Quorvex_ClockEditor_ForDate(Date(2000, 2, 29), 1900);
+  EXPECT_EQ(feb2000.Values[1], 29u);
+
+  // 31 May; "-" on the month gives April, whose 30 days bound the day.
+  ClockEditor editor = Quorvex_ClockEditor_ForDate(Date(2023, 5, 31), 2010);
+  EXPECT_EQ(Quorvex_ClockEditor_Key(editor, K(0, u'-')), EditorOutcome::Changed);
+  EXPECT_EQ(editor.Values[0], 4u);
+  EXPECT_EQ(editor.Values[1], 30u);
+
+  // "+" on 28 February of a common year stays at 28.
+  ClockEditor feb = Quorvex_ClockEditor_ForDate(Date(2023, 2, 28), 2010);
+  feb.Focus = kEditorField1;
+  EXPECT_EQ(Quorvex_ClockEditor_Key(feb, K(0, u'+')), EditorOutcome::Nothing);
+  EXPECT_EQ(feb.Values[1], 28u);
+
+  // Leaving a leap year from 29 February.
+  ClockEditor leap = Quorvex_ClockEditor_ForDate(Date(2024, 2, 29), 2010);
+  leap.Focus = kEditorField2;
+  Quorvex_ClockEditor_Key(leap, K(0, u'+'));
+  EXPECT_EQ(leap.Values[2], 2025u);
+  EXPECT_EQ(leap.Values[1], 28u);
+}
+
+TEST(ClockEditorRules, LimitsWithoutWrap) {
+  ClockEditor date = Quorvex_ClockEditor_ForDate(Date(2010, 1, 1), 2010);
+  for (UINT32 field : {kEditorField0, kEditorField1, kEditorField2}) {
+    date.Focus = field;
+    EXPECT_EQ(Quorvex_ClockEditor_Key(date, K(0, u'-')), EditorOutcome::Nothing) << field;
+  }
+  EXPECT_EQ(date.Values[2], 2010u) << "'-' stops at the minimum year";
+  date.Focus = kEditorField0;
+  date.Values[0] = 12;
+  EXPECT_EQ(Quorvex_ClockEditor_Key(date, K(0, u'+')), EditorOutcome::Nothing);
+
+  EFI_TIME late = {};
+  late.Hour = 23;
+  late.Minute = 59;
+  late.Second = 0;
+  ClockEditor time = Quorvex_ClockEditor_ForTime(late);
+  EXPECT_EQ(Quorvex_ClockEditor_Key(time, K(0, u'+')), EditorOutcome::Nothing);
+  time.Focus = kEditorField2;
+  EXPECT_EQ(Quorvex_ClockEditor_Key(time, K(0, u'-')), EditorOutcome::Nothing);
+  EXPECT_EQ(time.Values[2], 0u);
+  // A clock reading beyond the field's maximum is shown at the maximum.
+  late.Minute = 77;
+  EXPECT_EQ(Quorvex_ClockEditor_ForTime(late).Values[1], 59u);
+}
+
+TEST(ClockEditorRules, FocusMovesAndEndings) {
+  ClockEditor editor = Quorvex_ClockEditor_ForTime(EFI_TIME{});
+  EXPECT_EQ(Quorvex_ClockEditor_Key(editor, K(SCAN_LEFT)), EditorOutcome::Nothing);
+  for (int i = 0; i < 6; ++i) Quorvex_ClockEditor_Key(editor, K(SCAN_RIGHT));
+  EXPECT_EQ(editor.Focus, kEditorCancel) << "Right stops at Cancel";
+  EXPECT_EQ(Quorvex_ClockEditor_Key(editor, K(SCAN_RIGHT)), EditorOutcome::Nothing);
+  EXPECT_EQ(Quorvex_ClockEditor_Key(editor, K(0, u'+')), EditorOutcome::Nothing)
+      << "+ on a button changes nothing";
+  EXPECT_EQ(Quorvex_ClockEditor_Key(editor, K(0, CHAR_TAB)), EditorOutcome::Changed);
+  EXPECT_EQ(editor.Focus, kEditorField0) << "Tab wraps from Cancel to the first field";
+
+  editor.Focus = kEditorCancel;
+  EXPECT_EQ(Quorvex_ClockEditor_Key(editor, K(0, CHAR_CARRIAGE_RETURN)), EditorOutcome::Abort);
+  editor.Focus = kEditorOk;
+  EXPECT_EQ(Quorvex_ClockEditor_Key(editor, K(0, CHAR_CARRIAGE_RETURN)), EditorOutcome::Accept);
+  editor.Focus = kEditorField1;
+  EXPECT_EQ(Quorvex_ClockEditor_Key(editor, K(0, CHAR_CARRIAGE_RETURN)), EditorOutcome::Accept);
+  EXPECT_EQ(Quorvex_ClockEditor_Key(editor, K(SCAN_ESC)), EditorOutcome::Abort);
+}
+
+TEST(LanguageList, FollowsTheOfferedLanguages) {
+  const CHAR16* options[4] = {};
+  EXPECT_EQ(Quorvex_BuildLanguageOptions(options, 0, 1), 2u);
+  EXPECT_EQ(options[1], TEXT(MainLanguageFrench));
+  EXPECT_EQ(options[2], nullptr);
+  UINT64 language = 9;
+  ASSERT_TRUE(Quorvex_IndexToLanguage(1, 0, 1, &language));
+  EXPECT_EQ(language, 2u) << "French only: the second row is French";
+  EXPECT_EQ(Quorvex_LanguageToIndex(2, 0, 1), 1u);
+  EXPECT_FALSE(Quorvex_IndexToLanguage(2, 1, 0, &language)) << "no third row";
+
+  EXPECT_EQ(Quorvex_BuildLanguageOptions(options, 1, 1), 3u);
+  ASSERT_TRUE(Quorvex_IndexToLanguage(2, 1, 1, &language));
+  EXPECT_EQ(language, 2u);
+  EXPECT_EQ(Quorvex_LanguageToIndex(2, 1, 1), 2u);
+  EXPECT_EQ(Quorvex_LanguageToIndex(1, 1, 1), 1u);
+  EXPECT_EQ(Quorvex_LanguageToIndex(2, 0, 0), 0u) << "never past the only row";
+}
+
+class MainPageTest : public SessionTest {};
+
+TEST_F(MainPageTest, CancelLeavesTheClockAndAcceptSetsIt) {
+  const EFI_TIME start = fake::Clock();
+  // Into the page, the time editor, "+" on the hour, Tab to Cancel, Enter.
+  Run({kRight, kEnter, Char(u'+'), kTab, kTab, kTab, kTab, kEnter});
+  EXPECT_EQ(fake::Clock().Hour, start.Hour);
+  EXPECT_EQ(States.back(), kStateMainPage);
+
+  Fresh();
+  Run({kRight, kEnter, Char(u'+'), kEsc});
+  EXPECT_EQ(fake::Clock().Hour, start.Hour) << "Esc cancels too";
+
+  Fresh();
+  Run({kRight, kEnter, Char(u'+'), kRight, Char(u'-'), kEnter});
+  EXPECT_EQ(fake::Clock().Hour, start.Hour + 1);
+  EXPECT_EQ(fake::Clock().Minute, start.Minute == 0 ? 0 : start.Minute - 1);
+  EXPECT_EQ(std::u16string(MainTimeValue).substr(0, 2), u"10");
+}
+
+TEST_F(MainPageTest, DateEditorStopsAtTheMinimumYear) {
+  Settings["minimum_year"] = 2025; // the fake clock starts in 2025
+  Run({kRight, kDown, kEnter, kTab, kTab, Char(u'-'), Char(u'+'), Char(u'+'), Char(u'-'), kEnter});
+  EXPECT_EQ(fake::Clock().Year, 2026);
+}
+
+TEST_F(MainPageTest, ClockIsRedrawnOnlyWhenItChanged) {
+  fake::BltStats first;
+  fake::BltStats second;
+  fake::BltStats third;
+  Run({kPageUp, kPageDown, kPageUp}, [&](size_t Round) {
+    if (Round == 1) first = fake::Blt();
+    if (Round == 2) {
+      second = fake::Blt();
+      fake::AdvanceClock(1);
+    }
+    if (Round == 3) third = fake::Blt();
+  });
+  EXPECT_EQ(second.PixelsWritten, first.PixelsWritten) << "the same second twice: no redraw";
+  EXPECT_GT(third.PixelsWritten, second.PixelsWritten);
+  EXPECT_EQ(std::u16string(MainTimeValue), u"09:00:01");
+}
+
+TEST_F(MainPageTest, ClockThatMustBeSetStartsAtTheMinimumYearAndStaysEditable) {
+  Settings["clock_must_be_set"] = 1;
+  Settings["minimum_year"] = 2012;
+  Settings["supervisor_access"] = 0;
+  Settings["bios_access_rights"] = 2; // level 3: everything greyed
+  Run({});
+  const EFI_TIME now = fake::Clock();
+  EXPECT_EQ(now.Year, 2012);
+  EXPECT_EQ(now.Month, 1);
+  EXPECT_EQ(now.Day, 1);
+  EXPECT_EQ(now.Hour, 0);
+  EXPECT_EQ(now.Minute, 0);
+  EXPECT_EQ(now.Second, 0);
+  EXPECT_EQ(MainPageItems[MainRowSystemTime].GreyedOut, 0);
+  EXPECT_EQ(MainPageItems[MainRowSystemDate].GreyedOut, 0);
+  EXPECT_EQ(MainPageItems[MainRowLanguage].GreyedOut, 1);
+}
+
+TEST_F(MainPageTest, MostRestrictedLevelLeavesNothingToFocus) {
+  Settings["supervisor_access"] = 0;
+  Settings["bios_access_rights"] = 2;
+  const EFI_TIME start = fake::Clock();
+  Run({kRight, kDown, kEnter, Char(u'+'), kEnter});
+  EXPECT_EQ(SelectedIndex(MainPageItems, MainPageItemCount), MainPageItemCount);
+  EXPECT_EQ(fake::Clock().Hour, start.Hour) << "no editor could open";
+}
+
+TEST_F(MainPageTest, ChosenLanguageIsShownAtOnceAndStoredOnSave) {
+  Settings["japanese_available"] = 0;
+  Settings["french_available"] = 1;
+  // Into the page, down to Language (two value rows, then the list), open it,
+  // Down, Enter; then save.
+  Run({kRight, kDown, kDown, kEnter, kDown, kEnter, kF10, kEnter});
+  EXPECT_EQ(Language, 2u);
+  EXPECT_EQ(MainLanguageOptions[1], TEXT(MainLanguageFrench));
+  EXPECT_EQ(MainLanguageOptions[2], nullptr);
+  EXPECT_TRUE(TraceHas("op 28 2"));
+  EXPECT_EQ(Trace.back(), "op 1");
+}
+
+TEST_F(MainPageTest, EscInTheLanguageListKeepsTheLanguage) {
+  Run({kRight, kDown, kDown, kEnter, kDown, kEsc});
+  EXPECT_EQ(Language, 0u);
+  EXPECT_EQ(MainPageItems[MainRowLanguage].Data, 0u);
+  EXPECT_EQ(States.back(), kStateMainPage) << "Esc closed the list, not the utility";
+  EXPECT_FALSE(TraceHas("op 2 0x8000000000000015"));
+}
+
+TEST_F(MainPageTest, InformationRowsComeFromTheServiceAndOddCanBeAbsent) {
+  Settings["odd_present"] = 0;
+  Run({kRight, kDown, kDown});
+  EXPECT_EQ(MainPageItems[MainRowOdd].Hidden, 1);
+  EXPECT_FALSE(TraceHas("op 20")) << "an absent row is not read";
+  ASSERT_NE(MainPageItems[MainRowCpuType].Data, 0u);
+  EXPECT_EQ(MainPageItems[MainRowLanguage].Selected, 1)
+      << "Down from System Date jumps over the information rows";
+}
+
+} // namespace

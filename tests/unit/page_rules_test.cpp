@@ -1,0 +1,197 @@
+// The option pages' own rules: the Sleep and Charge mode mapping, the
+// external display port list, the packed boot order, and in whole sessions
+// the dependencies between rows, the lighting-time limits, the drop-down
+// list's Esc, the boot order dialog and the restricted Advanced page.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/unit/session_support.h"
+
+namespace {
+
+using namespace session;
+
+TEST(SleepAndCharge, OptionsFollowThePlatformsModes) {
+  const CHAR16* options[kAdvancedSleepChargeSlots] = {};
+  EXPECT_EQ(Quorvex_SleepCharge_BuildOptions({false, false, false}, options), 1u);
+  EXPECT_EQ(options[1], nullptr) << "only Disabled";
+  EXPECT_EQ(Quorvex_SleepCharge_BuildOptions({true, false, true}, options), 3u);
+  EXPECT_EQ(options[1], AdvancedSleepChargeModeTexts[SleepChargeAuto]);
+  EXPECT_EQ(options[2], AdvancedSleepChargeModeTexts[SleepChargeAlternate]);
+  EXPECT_EQ(Quorvex_SleepCharge_BuildOptions({false, true, true}, options), 3u);
+  EXPECT_EQ(options[1], AdvancedSleepChargeModeTexts[SleepChargeTypical]);
+}
+
+TEST(SleepAndCharge, StoredModesMapToTheListAndBack) {
+  const SleepChargeSupport all = {true, true, true};
+  const SleepChargeSupport autoOnly = {true, false, true};
+  const SleepChargeSupport typicalOnly = {false, true, true};
+  const SleepChargeSupport none = {false, false, true};
+  for (const SleepChargeSupport& s : {all, autoOnly, typicalOnly, none}) {
+    const CHAR16* options[kAdvancedSleepChargeSlots] = {};
+    const UINT64 count = Quorvex_SleepCharge_BuildOptions(s, options);
+    for (UINT64 index = 0; index < count; ++index) {
+      const UINT64 stored = Quorvex_SleepCharge_IndexToStored(s, index);
+      EXPECT_EQ(options[index], AdvancedSleepChargeModeTexts[stored])
+          << "row " << index << " stores the mode it shows";
+      EXPECT_EQ(Quorvex_SleepCharge_StoredToIndex(s, stored), index);
+    }
+  }
+  // Without alternate support the mapping still sends a stored alternate
+  // mode past the list; the option array's spare slot keeps that in bounds.
+  const SleepChargeSupport noAlternate = {true, true, false};
+  EXPECT_EQ(Quorvex_SleepCharge_StoredToIndex(noAlternate, SleepChargeAlternate), 3u);
+  EXPECT_EQ(Quorvex_SleepCharge_StoredToIndex(all, 9), 0u) << "no such mode";
+}
+
+TEST(ExternalPorts, AbsentPortsAreDroppedAndTheRestMovedUp) {
+  UINT32 codes[4] = {ExternalPortAnalogRgb, ExternalPortHdmi, ExternalPortDvi,
+                     ExternalPortDisplayPort};
+  const UINT8 present[4] = {0, 1, 0, 1};
+  ASSERT_TRUE(Quorvex_SysConfig_CompactPorts(codes, present));
+  EXPECT_EQ(codes[0], ExternalPortHdmi);
+  EXPECT_EQ(codes[1], ExternalPortDisplayPort);
+  EXPECT_EQ(codes[2], ExternalPortNone);
+  EXPECT_EQ(codes[3], ExternalPortNone);
+  const CHAR16* options[kSysConfigExternalDisplaySlots] = {};
+  EXPECT_EQ(Quorvex_SysConfig_PortOptions(codes, options), 2u);
+  EXPECT_EQ(options[0], SysConfigPortTypeTexts[ExternalPortHdmi]);
+  EXPECT_EQ(options[2], nullptr);
+
+  UINT32 none[4] = {0, 1, 2, 3};
+  const UINT8 absent[4] = {0, 0, 0, 0};
+  EXPECT_FALSE(Quorvex_SysConfig_CompactPorts(none, absent));
+
+  // A code that names no port type ends the list.
+  const UINT32 odd[4] = {ExternalPortDvi, 9, ExternalPortHdmi, ExternalPortNone};
+  EXPECT_EQ(Quorvex_SysConfig_PortOptions(odd, options), 1u);
+}
+
+TEST(BootOrderPacking, PacksFourBitsPerPosition) {
+  UINT64 order[4] = {};
+  Quorvex_BootOrder_Unpack(0x4321, 4, order);
+  EXPECT_EQ(order[0], 0u);
+  EXPECT_EQ(order[3], 3u);
+  const UINT64 swapped[4] = {1, 0, 2, 3};
+  EXPECT_EQ(Quorvex_BootOrder_Pack(0x4321, 4, swapped), 0x4312u);
+  // Two shown positions: the others' nibbles are kept as they were.
+  const UINT64 two[2] = {2, 0};
+  EXPECT_EQ(Quorvex_BootOrder_Pack(0x4321, 2, two), 0x4313u);
+  EXPECT_EQ(Quorvex_BootOrder_CountFor(false, false), 2u);
+  EXPECT_EQ(Quorvex_BootOrder_CountFor(true, false), 3u);
+  EXPECT_EQ(Quorvex_BootOrder_CountFor(true, true), 4u);
+}
+
+TEST(BootOrderPacking, BrokenOrdersStillNameEveryClassOnce) {
+  UINT64 order[4] = {9, 9, 9, 9};
+  Quorvex_BootOrder_Unpack(0, 4, order); // empty: class order
+  EXPECT_EQ(order[0], 0u);
+  EXPECT_EQ(order[1], 1u);
+  Quorvex_BootOrder_Unpack(0x1133, 4, order); // a repeated class ends the list
+  EXPECT_EQ(order[0], 2u);
+  EXPECT_EQ(order[1], 0u);
+  EXPECT_EQ(order[2], 1u);
+  EXPECT_EQ(order[3], 3u);
+  Quorvex_BootOrder_Unpack(0x0F2, 3, order); // nibble 15 names no class
+  EXPECT_EQ(order[0], 1u);
+  EXPECT_EQ(order[1], 0u);
+  EXPECT_EQ(order[2], 2u);
+}
+
+class PageRulesTest : public SessionTest {};
+
+const std::vector<Key> kIntoPower = {kDown, kDown, kRight};
+const std::vector<Key> kIntoAdvanced = {kDown, kDown, kDown, kRight};
+std::vector<Key> IntoSubPage() {
+  return Join({kIntoAdvanced, Repeat(kDown, 13), {kEnter}});
+}
+
+TEST_F(PageRulesTest, LightingTimeOnlyInTimerModeAndWithinItsLimits) {
+  Settings["keyboard_backlight_mode"] = 1; // ON
+  Run(Join({kIntoPower, Repeat(kDown, 12), {kF10, kEnter}}));
+  EXPECT_EQ(PowerManagementPageItems[PowerRowBacklightLightingTime].Hidden, 1);
+  EXPECT_EQ(PowerManagementPageItems[PowerRowInternalUsb3].Selected, 1);
+  EXPECT_TRUE(TraceHas("op 143 15")) << "the hidden time is saved unchanged";
+
+  Fresh();
+  Settings["keyboard_backlight_mode"] = 0;
+  Settings["backlight_lighting_time"] = 60;
+  Settings["backlight_time_maximum"] = 60;
+  Run(Join({kIntoPower, Repeat(kDown, 10), {Char(u'+'), Char(u'+'), Char(u'-')}}));
+  EXPECT_EQ(PowerManagementPageItems[PowerRowBacklightLightingTime].Data, 59u);
+
+  Fresh();
+  Settings["backlight_lighting_time"] = 0;
+  Run(Join({kIntoPower, Repeat(kDown, 10), {Char(u'-')}, {kUp, Char(u'+')}}));
+  EXPECT_EQ(PowerManagementPageItems[PowerRowBacklightLightingTime].Data, 0u)
+      << "'-' stops at 0 and '+' does nothing on another row";
+}
+
+TEST_F(PageRulesTest, BuiltInLanDisabledHidesWakeOnLan) {
+  Settings["built_in_lan"] = 0;
+  Run(Join({kIntoPower, {kUp}}));
+  EXPECT_EQ(PowerManagementPageItems[PowerRowWakeOnLan].Hidden, 1);
+  EXPECT_EQ(PowerManagementPageItems[PowerRowWakeOnKeyboard].Selected, 1);
+}
+
+TEST_F(PageRulesTest, SecureBootForcesUefiBootAndCsmShowsSataHidesTpm) {
+  Settings["boot_mode"] = 1;
+  Run({});
+  EXPECT_EQ(SystemConfigurationPageItems[SysConfigRowBootMode].Data, 0u);
+  EXPECT_EQ(SystemConfigurationPageItems[SysConfigRowBootMode].GreyedOut, 1);
+
+  Fresh();
+  Settings["secure_boot"] = 0;
+  Settings["boot_mode"] = 0;
+  // Into the sub-page, down to Boot Mode (SATA is hidden), choose CSM.
+  Run(Join({IntoSubPage(), {kDown, kDown, kDown, kEnter, kDown, kEnter}}));
+  EXPECT_EQ(States.back(), kStateAdvancedSubPage);
+  EXPECT_EQ(SystemConfigurationPageItems[SysConfigRowBootMode].Data, 1u);
+  EXPECT_EQ(SystemConfigurationPageItems[SysConfigRowSataControllerMode].Hidden, 0);
+  EXPECT_EQ(SecurityPageItems[SecurityRowTpm].Hidden, 1);
+}
+
+TEST_F(PageRulesTest, EscInTheSubPageGoesBackToTheAdvancedList) {
+  Run(Join({IntoSubPage(), {kEsc}}));
+  EXPECT_EQ(States[States.size() - 2], kStateAdvancedSubPage);
+  EXPECT_EQ(States.back(), kStateAdvancedPage);
+  EXPECT_FALSE(TraceHas("op 2 0x8000000000000015"));
+}
+
+TEST_F(PageRulesTest, EscInAListRestoresTheValueHeldAtOpeningOrAfterF9) {
+  Settings["boot_speed"] = 1;
+  Run(Join({kIntoAdvanced, {kEnter, kUp, kEsc}}));
+  EXPECT_EQ(AdvancedPageItems[AdvancedRowBootSpeed].Data, 1u);
+  EXPECT_EQ(AdvancedPageItems[AdvancedRowBootSpeed].Value & 0xFF, 0u) << "the list is closed";
+
+  Fresh();
+  Run(Join({kIntoAdvanced, {kEnter, kF9, kEnter, kDown, kEsc}}));
+  EXPECT_EQ(AdvancedPageItems[AdvancedRowBootSpeed].Data, 0u)
+      << "after F9, Esc goes back to the defaulted value";
+}
+
+TEST_F(PageRulesTest, RestrictedAdvancedPageOffersOnlySystemConfiguration) {
+  Settings["supervisor_access"] = 0;
+  Settings["bios_access_rights"] = 1;
+  Run(Join({kIntoAdvanced, {kUp, kUp, kDown, kDown}}));
+  EXPECT_EQ(SelectedIndex(AdvancedPageItems, AdvancedPageItemCount),
+            static_cast<UINT64>(AdvancedRowSystemConfiguration));
+  for (UINT64 row = 0; row < AdvancedPageItemCount; ++row) {
+    if (row == AdvancedRowSystemConfiguration) continue;
+    EXPECT_EQ(AdvancedPageItems[row].GreyedOut, 1) << row;
+  }
+}
+
+TEST_F(PageRulesTest, BootOrderDialogEditsACopyUntilOk) {
+  const std::vector<Key> toDialog = Join({kIntoAdvanced, Repeat(kDown, 12), {kEnter}});
+  Run(Join({toDialog, {Char(u'-'), Char(u'-'), kEsc}}));
+  EXPECT_EQ(BootOrderPacked, 0x4321u) << "Esc restores the order held on entry";
+  EXPECT_EQ(States.back(), kStateAdvancedPage);
+
+  Fresh();
+  Run(Join({toDialog, {Char(u'+'), Char(u'-'), kTab, kTab, kTab, kEnter, kF10, kEnter}}));
+  EXPECT_TRUE(TraceHas("op 108 17170")) << "0x4312 saved after OK";
+}
+
+} // namespace
