@@ -18,17 +18,27 @@ ESP_DIR   := $(ROOT)/build/esp
 JOBS      ?= $(shell nproc)
 CMAKE_ARGS ?=
 
-.PHONY: build host uefi esp run sim test unit-test e2e sizes clean
+# The trees are built by one ninja each; make itself runs the steps in order.
+.NOTPARALLEL:
 
-build: esp host sizes
+.PHONY: build host host-configure generated uefi esp run sim test unit-test e2e sizes clean
 
-host:
+build: host esp sizes
+
+host-configure:
 	@$(ROOT)/scripts/deps build
 	@test -f $(HOST_DIR)/build.ninja || \
 	  cmake -S $(ROOT) -B $(HOST_DIR) -G Ninja $(CMAKE_ARGS)
+
+# Everything in the host tree: simulator, unit tests, tools.
+host: host-configure
 	@cmake --build $(HOST_DIR) -j $(JOBS)
 
-uefi: host
+# Only the generated sources (texts, pictures, fonts) the UEFI tree compiles.
+generated: host-configure
+	@cmake --build $(HOST_DIR) -j $(JOBS) --target quorvex_generated
+
+uefi: generated
 	@test -f $(UEFI_DIR)/build.ninja || \
 	  cmake -S $(ROOT) -B $(UEFI_DIR) -G Ninja \
 	    -DCMAKE_TOOLCHAIN_FILE=$(ROOT)/cmake/uefi-toolchain.cmake \
@@ -47,8 +57,8 @@ run: esp
 	@$(ROOT)/scripts/deps run
 	@$(ROOT)/scripts/run-qemu $(if $(SCREENSHOT),--screenshot $(abspath $(SCREENSHOT)))
 
-sim: host
-	@$(ROOT)/scripts/deps sim
+sim: host-configure
+	@cmake --build $(HOST_DIR) -j $(JOBS) --target quorvex-sim
 	@$(HOST_DIR)/quorvex-sim --window
 
 # Host tests (unit, scenarios) in parallel; then the image checks and the

@@ -120,6 +120,7 @@ StoreLoadResult Store_LastLoadResult() {
 
 void Store_ResetAll() {
   MemWipe(&gRecord, sizeof(gRecord));
+  MemFill(gAbsent, 0, sizeof(gAbsent));
   for (UINT32 i = 0; i < kStoreSettingCount; ++i) gRecord.Values[i] = kStoreSettings[i].Default;
 }
 

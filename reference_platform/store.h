@@ -94,8 +94,8 @@ constexpr UINT32 kStoreVariableAttributes =
 enum StoreLoadResult : UINT32 { StoreLoaded, StoreMissing, StoreCorrupt, StoreUnreadable };
 StoreLoadResult Store_LastLoadResult();
 
-// Every setting at its default, no password, no request (the state before a
-// load and after a failed one).
+// Every setting at its default, every item present, no password, no request
+// (the state before a load and after a failed one).
 void Store_ResetAll();
 
 UINT64 Store_Get(UINT32 Index);

@@ -31,7 +31,6 @@ protected:
       Resets().push_back({Type, Status});
     });
     Store_ResetAll();
-    for (UINT32 i = 0; i < kStoreSettingCount; ++i) Store_SetPresent(i, true);
     Trace().clear();
     SetupDataTraceSink = [](const char* Line) { Trace().push_back(Line); };
   }
@@ -40,6 +39,7 @@ protected:
     SetupDataTraceSink = nullptr;
     PlatformStartHook = nullptr;
     ImageDisplay_ClearCache();
+    Store_ResetAll();
   }
 
   static std::vector<std::string>& Trace() {
