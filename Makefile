@@ -62,11 +62,14 @@ sim: host-configure
 	@$(HOST_DIR)/quorvex-sim --window
 
 # Host tests (unit, scenarios) in parallel; then the image checks and the
-# end-to-end tests, which boot QEMU one at a time.
+# end-to-end tests, which boot QEMU one at a time. Both groups always run; the
+# command fails if either failed.
 test: build
 	@$(ROOT)/scripts/deps test
-	@cd $(HOST_DIR) && ctest --output-on-failure -j $(JOBS)
-	@cd $(UEFI_DIR) && ctest --output-on-failure
+	@status=0; \
+	  (cd $(HOST_DIR) && ctest --output-on-failure -j $(JOBS)) || status=1; \
+	  (cd $(UEFI_DIR) && ctest --output-on-failure) || status=1; \
+	  exit $$status
 
 unit-test: host
 	@cd $(HOST_DIR) && ctest --output-on-failure -L unit

@@ -206,8 +206,10 @@ void Quorvex_MainLoop_Dispatch(const EFI_INPUT_KEY& Key) {
 }
 
 void Quorvex_MainLoop_Start() {
-  // After a restart nothing of an abandoned dialog may linger.
+  // After a restart nothing of an abandoned dialog may linger, and the pixels
+  // saved under the cursor belong to the screen that was rebuilt.
   Quorvex_Pages_ForgetModalState();
+  Quorvex_Mouse_ForgetScreen();
   Quorvex_LoadHotKey();
   PageState = kStateMainTab;
   Quorvex_MainPageSelected_Draw();

@@ -414,6 +414,19 @@ void Quorvex_HelpBarClick() {
     HelpEscPending = 1;
 }
 
+void Quorvex_Mouse_RemoveWrappers() {
+  if (!WrappersInstalled || SystemTable == nullptr || BootServices == nullptr) return;
+  if (SystemTable->ConIn->ReadKeyStroke == Quorvex_MouseReadKeyStroke) {
+    SystemTable->ConIn->ReadKeyStroke = SavedReadKeyStroke;
+  }
+  void* found = nullptr;
+  BootServices->LocateProtocol(&kExtendedKeyCodeGuid, nullptr, &found);
+  auto* keyCodes = static_cast<ExtendedKeyCodeProtocol*>(found);
+  if (keyCodes != nullptr && keyCodes->ReadKeyData == MouseReadEfiKey && SavedReadEfiKey) {
+    keyCodes->ReadKeyData = SavedReadEfiKey;
+  }
+}
+
 void Quorvex_Mouse_Reset() {
   MouseList = nullptr;
   TouchList = nullptr;

@@ -23,6 +23,10 @@ void Quorvex_HelpBarClick();
 // The screen under the cursor was rebuilt (restart): the saved pixels no
 // longer belong to it.
 void Quorvex_Mouse_ForgetScreen();
+// Host tests: puts the console's and the extended key-code protocol's own
+// readers back where the wrappers still sit on them (while the firmware that
+// owns them is alive).
+void Quorvex_Mouse_RemoveWrappers();
 // Host tests: every pointer global back to its power-on value (the firmware
 // that held the lists is gone; nothing is freed).
 void Quorvex_Mouse_Reset();

@@ -117,11 +117,15 @@ void Quorvex_FreeSecretAt(void* Buffer, UINTN Size, const CHAR8* File, const CHA
 // (a restart jump would skip the destructor).
 template <typename T> class PoolArray {
 public:
+  // A Count whose byte size does not fit in UINTN gives an empty array.
   PoolArray(UINTN Count, const CHAR8* File, const CHAR8* Function, UINTN Line)
-      : file_(File), function_(Function),
-        data_(static_cast<T*>(Quorvex_AllocatePoolAt(Count * sizeof(T), File, Function, Line))) {}
+      : file_(File), function_(Function), line_(Line),
+        data_(Count > ~static_cast<UINTN>(0) / sizeof(T)
+                  ? nullptr
+                  : static_cast<T*>(Quorvex_AllocatePoolAt(Count * sizeof(T), File, Function,
+                                                           Line))) {}
   ~PoolArray() {
-    if (data_) Quorvex_FreePoolAt(data_, file_, function_, __LINE__);
+    if (data_) Quorvex_FreePoolAt(data_, file_, function_, line_);
   }
   PoolArray(const PoolArray&) = delete;
   PoolArray& operator=(const PoolArray&) = delete;
@@ -132,6 +136,7 @@ public:
 private:
   const CHAR8* file_;
   const CHAR8* function_;
+  UINTN line_;
   T* data_;
 };
 #define QUORVEX_POOL_ARRAY(Type, Name, Count)                                                     \

@@ -113,6 +113,9 @@ ExtendedKeyCodeProtocol* ExtendedKey_Instance() {
 }
 
 EFI_STATUS ExtendedKey_Install() {
+  // The utility lays its own reader over ReadKeyData while it runs; a new
+  // installation starts from the platform's own.
+  gProtocol = {Reset, ReadKeyData};
   gInputEx = nullptr;
   gReadKeyStrokeEx = nullptr;
   gInput = nullptr;

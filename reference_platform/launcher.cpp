@@ -214,5 +214,12 @@ extern "C" EFI_STATUS EFIAPI QuorvexPlatform_EntryPoint(EFI_HANDLE ImageHandle,
   Store_Load();
   InstallServices();
   if (PlatformStartHook) PlatformStartHook();
-  return StartUtility(ImageHandle);
+  const EFI_STATUS status = StartUtility(ImageHandle);
+  // The utility ended without a reset (a start-up failure): this image is
+  // about to be unloaded, so nothing may keep pointing into it.
+  Platform_UninstallAll();
+  ImageDisplay_ClearCache();
+  GlyphFont_Release(&gTextFont);
+  GlyphFont_Release(&gLargeDigitFont);
+  return status;
 }

@@ -5,17 +5,47 @@ constinit EFI_SYSTEM_TABLE* PlatformSystemTable = nullptr;
 constinit EFI_BOOT_SERVICES* PlatformBootServices = nullptr;
 constinit EFI_RUNTIME_SERVICES* PlatformRuntimeServices = nullptr;
 
+namespace {
+
+struct Installation {
+  EFI_HANDLE Handle;
+  const EFI_GUID* Guid; // a GUID constant with static storage
+  void* Interface;
+};
+
+// The services and a few restart triggers; beyond that an installation is
+// simply not remembered.
+constexpr UINTN kMaxInstallations = 32;
+constinit Installation gInstalled[kMaxInstallations] = {};
+constinit UINTN gInstalledCount = 0;
+
+} // namespace
+
 void Platform_BindFirmware(EFI_HANDLE ImageHandle, EFI_SYSTEM_TABLE* SystemTable) {
   PlatformImageHandle = ImageHandle;
   PlatformSystemTable = SystemTable;
   PlatformBootServices = SystemTable ? SystemTable->BootServices : nullptr;
   PlatformRuntimeServices = SystemTable ? SystemTable->RuntimeServices : nullptr;
+  // A new firmware (the host tests build one per test) knows nothing of the
+  // old installations.
+  gInstalledCount = 0;
 }
 
 EFI_STATUS Platform_InstallOnNewHandle(const EFI_GUID& Guid, void* Interface) {
   if (!PlatformBootServices || !PlatformBootServices->InstallProtocolInterface)
     return EFI_UNSUPPORTED;
   EFI_HANDLE handle = nullptr;
-  return PlatformBootServices->InstallProtocolInterface(&handle, &Guid, EFI_NATIVE_INTERFACE,
-                                                        Interface);
+  const EFI_STATUS status = PlatformBootServices->InstallProtocolInterface(
+      &handle, &Guid, EFI_NATIVE_INTERFACE, Interface);
+  if (!EFI_ERROR(status) && gInstalledCount < kMaxInstallations)
+    gInstalled[gInstalledCount++] = {handle, &Guid, Interface};
+  return status;
+}
+
+void Platform_UninstallAll() {
+  while (gInstalledCount > 0) {
+    const Installation& entry = gInstalled[--gInstalledCount];
+    if (PlatformBootServices && PlatformBootServices->UninstallProtocolInterface)
+      PlatformBootServices->UninstallProtocolInterface(entry.Handle, entry.Guid, entry.Interface);
+  }
 }

@@ -384,7 +384,8 @@ template <UINT32 Number> UINT64 EFIAPI Operation(UINT64 Argument1, UINT64 Argume
 #define QV_OPS25(n) QV_OPS5(n), QV_OPS5(n + 5), QV_OPS5(n + 10), QV_OPS5(n + 15), QV_OPS5(n + 20)
 #define QV_OPS100(n) QV_OPS25(n), QV_OPS25(n + 25), QV_OPS25(n + 50), QV_OPS25(n + 75)
 
-constinit SetupDataProtocol gService = {{QV_OPS100(0), QV_OPS100(100)}};
+constexpr SetupDataProtocol kOperations = {{QV_OPS100(0), QV_OPS100(100)}};
+constinit SetupDataProtocol gService = kOperations;
 static_assert(kSetupDataOperationCount == 200);
 
 } // namespace
@@ -394,5 +395,6 @@ SetupDataProtocol* SetupDataService_Instance() {
 }
 
 EFI_STATUS SetupDataService_Install() {
+  gService = kOperations; // whatever a previous run laid over the table goes
   return Platform_InstallOnNewHandle(kSetupDataGuid, &gService);
 }

@@ -98,19 +98,6 @@ TEST_F(ButtonsTest, LabelledControlsPlaceLabelAndValueAndRedrawWithoutTraces) {
   EXPECT_EQ(At(170, 20), kColourDarkText);
   Quorvex_Label_Button_Control(20, 20, 100, 40, u"L", u"v", 150);
   EXPECT_EQ(Snapshot(0, 0, 300, 80), normal);
-
-  // Label with value: both top-left in their boxes, wrapping within them.
-  Quorvex_Label_Value_Control(20, 100, 100, 50, u"ab", u"cdefghjklmno", 60);
-  EXPECT_EQ(At(20, 100), MarkerColour(u'a', kColourDarkText, kColourPageArea));
-  EXPECT_EQ(At(80, 100), MarkerColour(u'c', kColourDarkText, kColourPageArea));
-  EXPECT_EQ(At(80, 120), MarkerColour(u'n', kColourDarkText, kColourPageArea));
-
-  // Help-bar button: the key text in a column ending 10 pixels in.
-  Quorvex_Help_Button_Control(300, 200, 200, 50, u"H", u"[K]");
-  EXPECT_EQ(At(310, 215), MarkerColour(u'H', kColourDarkText, kColourButtonFace));
-  EXPECT_EQ(At(440, 215), MarkerColour(u'[', kColourDarkText, kColourButtonFace));
-  Quorvex_Grayout_Help_Button_Control(300, 200, 200, 50, u"H", u"[K]");
-  EXPECT_EQ(At(440, 215), MarkerColour(u'[', kColourGreyText, kColourButtonFace));
 }
 
 TEST_F(ButtonsTest, ButtonsRunningOffTheScreenAreCutOnlyWhileBuffered) {

@@ -161,10 +161,4 @@ TEST_F(TextDrawTest, SplitterCutsPagesWhereTheDrawerWouldStopAndKeepsTheMarks) {
   EXPECT_EQ(std::u16string(pages[0]).size() + std::u16string(pages[1]).size(), 1500u);
 }
 
-TEST_F(TextDrawTest, TextWidthSumsEveryCodeUnit) {
-  EXPECT_EQ(Quorvex_TextWidth(u"Wi"), 25u);
-  EXPECT_EQ(Quorvex_TextWidth(u"%x1"), 30u);
-  EXPECT_EQ(Quorvex_TextWidth(nullptr), 0u);
-}
-
 } // namespace

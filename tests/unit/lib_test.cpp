@@ -237,7 +237,7 @@ TEST_F(Pool, SecretsAreWipedBeforeTheyAreFreed) {
   EXPECT_TRUE(log_.wiped_before_free);
 }
 
-TEST_F(Pool, ScopedArrayFreesAtScopeEnd) {
+TEST_F(Pool, ScopedArrayFreesAtScopeEndAndRefusesOverflowingCounts) {
   {
     QUORVEX_POOL_ARRAY(UINT32, pixels, 100);
     ASSERT_TRUE(pixels);
@@ -245,6 +245,13 @@ TEST_F(Pool, ScopedArrayFreesAtScopeEnd) {
     EXPECT_EQ(log_.events.size(), 1u);
   }
   EXPECT_EQ(log_.events, (std::vector<std::string>{"alloc type=4 size=400", "free"}));
+  // A width x height product that wraps around must not become a small buffer.
+  log_.events.clear();
+  {
+    QUORVEX_POOL_ARRAY(UINT32, huge, (~static_cast<UINTN>(0) / 4) + 2);
+    EXPECT_FALSE(huge);
+  }
+  EXPECT_TRUE(log_.events.empty());
 }
 
 #if QUORVEX_POOL_TRACE_LINKED
@@ -257,6 +264,12 @@ TEST_F(Pool, AllocationTraceNamesTheCaller) {
   void* p = Quorvex_AllocatePoolAt(24, "pages/main_page.cpp", "Quorvex_MainPage_Init", 77);
   Quorvex_FreePoolAt(p, "pages/main_page.cpp", "Quorvex_MainPage_Init", 80);
   Quorvex_FreePoolAt(nullptr, "x.cpp", "F", 1);
+  UINTN scoped_line = 0;
+  {
+    scoped_line = __LINE__ + 1;
+    QUORVEX_POOL_ARRAY(UINT8, scoped, 8);
+    ASSERT_TRUE(scoped);
+  }
   log_.fail = true;
   Quorvex_AllocatePoolAt(24, "x.cpp", "F", 2); // a failed allocation is not traced
   DebugTraceProtocol = nullptr;
@@ -265,13 +278,18 @@ TEST_F(Pool, AllocationTraceNamesTheCaller) {
 
   CHAR8 address[32];
   AsciiFormat(address, sizeof address, "%lx", p);
-  ASSERT_EQ(trace.size(), 2u);
+  ASSERT_EQ(trace.size(), 4u);
   EXPECT_EQ(trace[0], std::string("Malloc at file : pages/main_page.cpp function : "
                                   "Quorvex_MainPage_Init line : 77 address : ") +
                           address);
   EXPECT_EQ(trace[1], std::string("FreePool at file : pages/main_page.cpp function : "
                                   "Quorvex_MainPage_Init line : 80 address : ") +
                           address);
+  // The scoped array's free names the line that declared it.
+  const std::string suffix = " line : " + std::to_string(scoped_line) + " address : ";
+  EXPECT_NE(trace[2].find(suffix), std::string::npos) << trace[2];
+  EXPECT_EQ(trace[3].substr(0, 9), "FreePool ");
+  EXPECT_NE(trace[3].find(suffix), std::string::npos) << trace[3];
 }
 #endif
 

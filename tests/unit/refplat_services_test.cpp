@@ -73,6 +73,11 @@ TEST_F(RefPlatServicesTest, LauncherInstallsEverythingThenStartsTheUtility) {
   EXPECT_EQ(result.Status, EFI_NOT_FOUND);
   EXPECT_NE(fake::ConsoleText().find("ended with an error"), std::string::npos);
   EXPECT_EQ(fake::LoadedImages().size(), 1u);
+  // Returning to the firmware leaves no service behind that points into the
+  // unloaded launcher.
+  EXPECT_EQ(HandlesWith(kSetupDataGuid), 0u);
+  EXPECT_EQ(HandlesWith(kGlyphFontGuid), 0u);
+  EXPECT_EQ(HandlesWith(kHiiFontGuid), 0u);
 }
 
 TEST_F(RefPlatServicesTest, LauncherReportsALoadFailure) {

@@ -167,6 +167,9 @@ protected:
     // while their firmware still lives.
     Quorvex_Graphics_Reset();
     ImageDisplay_ClearCache();
+    Quorvex_Mouse_RemoveWrappers();
+    // Later tests see the tables and globals as the program starts.
+    session::RestoreUtility();
     SetupDataTraceSink = nullptr;
     PlatformStartHook = nullptr;
     session::TraceSink() = nullptr;
@@ -179,6 +182,7 @@ protected:
   void Fresh() {
     Quorvex_Graphics_Reset();
     ImageDisplay_ClearCache();
+    Quorvex_Mouse_RemoveWrappers();
     fake::Reset(FirmwareOptions());
     session::RestoreUtility();
     Trace.clear();
