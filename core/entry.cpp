@@ -24,8 +24,8 @@ void PreparePages() {
   Quorvex_ExitPage_Prepare();
 }
 
-// Reads the settings into the item records. The Exit page goes first: its
-// set-up computes the access level that the other pages' rules depend on.
+// Reads the settings into the item records. The Exit page's second routine
+// computes the access level; the refresh that follows applies it everywhere.
 void SetUpPages() {
   Quorvex_ExitPage_Init();
   Quorvex_MainPage_Init();

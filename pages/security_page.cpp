@@ -11,6 +11,7 @@
 #include "graphics/windows.h"
 #include "pages/page_actions.h"
 #include "pages/page_common.h"
+#include "pages/password_dialog.h"
 #include "pages/pages.h"
 #include "setup_data/security_page_table.h"
 #include "setup_data/setup_data_wrappers.h"
@@ -105,12 +106,21 @@ void Quorvex_SecurityPage_ClearSecureBootKeys(SetupItem*) {
   if (status == EFI_SUCCESS && choice == 0) SetupData_clear_secure_boot_keys();
 }
 
-// The password dialogs are not written yet: these items do nothing when
-// activated.
-void Quorvex_SecurityPage_UserPassword(SetupItem*) {}
-void Quorvex_SecurityPage_SupervisorPassword(SetupItem*) {}
-void Quorvex_SecurityPage_MasterPassword(SetupItem*) {}
-void Quorvex_SecurityPage_HddUserPassword(SetupItem*) {}
+void Quorvex_SecurityPage_UserPassword(SetupItem*) {
+  Quorvex_SecurityPasswordConfirm(kPasswordUser, kPromptsUser);
+}
+
+void Quorvex_SecurityPage_SupervisorPassword(SetupItem*) {
+  Quorvex_SecurityPasswordConfirm(kPasswordSupervisor, kPromptsSupervisor);
+}
+
+void Quorvex_SecurityPage_MasterPassword(SetupItem*) {
+  Quorvex_SecurityMasterSequence();
+}
+
+void Quorvex_SecurityPage_HddUserPassword(SetupItem*) {
+  Quorvex_SecurityPasswordConfirm(kPasswordHddUser, kPromptsHddUser);
+}
 
 // ---- Page routines ------------------------------------------------------------------
 

@@ -1,0 +1,318 @@
+// The password dialog of the Security page. Passwords live only in the
+// dialog's own pool buffers (wiped before they are freed) and in the
+// arguments of the setup data service's operations; the utility keeps none.
+#include "pages/password_dialog.h"
+
+#include "core/main_loop.h"
+#include "core/startup.h"
+#include "graphics/background.h"
+#include "graphics/buttons.h"
+#include "graphics/colours.h"
+#include "graphics/double_buffer.h"
+#include "graphics/draw_util.h"
+#include "graphics/text_draw.h"
+#include "graphics/windows.h"
+#include "input/mouse.h"
+#include "pages/security_page.h"
+#include "platform/lib.h"
+#include "setup_data/security_page_table.h"
+#include "setup_data/setup_data_wrappers.h"
+#include "setup_data/text_table.h"
+
+UINT64 VerifyFailCount;
+
+namespace {
+
+constexpr UINT64 kBufferBytes = 1000;
+constexpr UINT64 kShutdownAfterFailures = 3;
+constexpr UINT64 kShutdownCountdown = 3;
+
+// The asterisks shown for the typed characters, shared by every field.
+constinit CHAR16 Mask[kPasswordFieldLimit + 1] = {};
+
+struct Box {
+  UINT64 X, Y, Width, Height;
+};
+
+// The password window: half the screen wide, a quarter high, centred.
+Box PasswordBox() {
+  Box box;
+  box.Width = ScreenWidth * 50 / 100;
+  box.Height = ScreenHeight * 25 / 100;
+  box.X = (ScreenWidth - box.Width) / 2;
+  box.Y = (ScreenHeight - box.Height) / 2;
+  return box;
+}
+
+struct Prompts {
+  const CHAR16* Current;
+  const CHAR16* New;
+  const CHAR16* Confirm;
+};
+
+Prompts PromptsFor(UINT32 Set) {
+  switch (Set) {
+  case kPromptsHddMaster:
+    return {TEXT(SecurityEnterCurrentMasterPassword), TEXT(SecurityEnterNewMasterPassword),
+            TEXT(SecurityConfirmNewMasterPassword)};
+  case kPromptsHddUser:
+    return {TEXT(SecurityEnterCurrentUserPassword), TEXT(SecurityEnterNewUserPassword),
+            TEXT(SecurityConfirmNewUserPassword)};
+  default:
+    return {TEXT(SecurityEnterCurrentPassword), TEXT(SecurityEnterNewPassword),
+            TEXT(SecurityConfirmNewPassword)};
+  }
+}
+
+bool Verify(UINT32 Kind, const CHAR16* Password) {
+  switch (Kind) {
+  case kPasswordUser:
+    return SetupData_user_password_verify(Password, nullptr) != 0;
+  case kPasswordSupervisor:
+    return SetupData_supervisor_password_verify(Password, nullptr) != 0;
+  case kPasswordHddMaster:
+    return SetupData_hdd_master_password_verify(Password, nullptr) != 0;
+  case kPasswordHddUser:
+    return SetupData_hdd_user_password_verify(Password, nullptr) != 0;
+  default:
+    return false;
+  }
+}
+
+void SetPassword(UINT32 Kind, const CHAR16* Password) {
+  switch (Kind) {
+  case kPasswordUser:
+    SetupData_user_password_set(Password, nullptr);
+    break;
+  case kPasswordSupervisor:
+    SetupData_supervisor_password_set(Password, nullptr);
+    break;
+  case kPasswordHddMaster:
+    SetupData_hdd_master_password_set(Password, nullptr);
+    break;
+  case kPasswordHddUser:
+    SetupData_hdd_user_password_set(Password, nullptr);
+    break;
+  default:
+    break;
+  }
+}
+
+bool MasterPlusUser() {
+  const SetupItem& mode = SecurityPageItems[SecurityRowMode];
+  return mode.Present != 0 && mode.Data == 1;
+}
+
+void DrawWindow(const CHAR16* Title) {
+  const Box box = PasswordBox();
+  CursorHidden cursor;
+  Quorvex_Button_Control(box.X, box.Y, box.Width, box.Height, u"");
+  Quorvex_DrawString(Title, Pixel(kColourDarkText), kTransparent, box.X + 25, box.Y + 25,
+                     SaturatingSub(box.Width, 50), GlyphLineHeight * 2);
+  Quorvex_DrawPicture(kCloseMark, box.X + box.Width - 32, box.Y + 10);
+}
+
+void DrawField() {
+  const Box box = PasswordBox();
+  const UINT64 x = box.X + 50;
+  const UINT64 y = box.Y + GlyphLineHeight + 80;
+  const UINT64 width = SaturatingSub(box.Width, 100);
+  const UINT64 height = GlyphLineHeight + 20;
+  Quorvex_DoubleBuffer_Start(x, y, width, height);
+  {
+    CursorHidden cursor;
+    Quorvex_Button_Control(x, y, width, height, Mask);
+  }
+  Quorvex_DoubleBuffer_Flush();
+  Quorvex_DoubleBuffer_Stop();
+}
+
+// Takes the password window off the dimmed screen: the screen as it was
+// before the dialog, dimmed again.
+void WipeWindow() {
+  Quorvex_RestoreUnderCursor();
+  Quorvex_DoubleBuffer_Start(0, 0, ScreenWidth, ScreenHeight);
+  Quorvex_Restore_All_Screen();
+  Quorvex_Grayout_All_Screen();
+  Quorvex_DoubleBuffer_Flush();
+  Quorvex_DoubleBuffer_Stop();
+  Quorvex_UpdateMouse();
+}
+
+// Asks for a new password until an answer is accepted; false on Esc. An
+// empty answer is refused when RefuseEmpty holds.
+bool AskNew(const CHAR16* Title, CHAR16* Buffer, bool RefuseEmpty) {
+  for (;;) {
+    if (Quorvex_SecurityPasswordInput(Title, Buffer) != EFI_SUCCESS) return false;
+    if (!(RefuseEmpty && Buffer[0] == 0)) return true;
+  }
+}
+
+bool SameSecond(const EFI_TIME& A, const EFI_TIME& B) {
+  return A.Year == B.Year && A.Month == B.Month && A.Day == B.Day && A.Hour == B.Hour &&
+         A.Minute == B.Minute && A.Second == B.Second;
+}
+
+} // namespace
+
+EFI_STATUS Quorvex_SecurityPasswordInput(const CHAR16* Title, CHAR16* Buffer) {
+  MemWipe(Mask, sizeof(Mask));
+  FlushKeys();
+  Quorvex_MouseDrain();
+  DrawWindow(Title);
+  DrawField();
+  Buffer[0] = 0;
+  UINT64 length = 0;
+  UINT64 maximum = kPasswordFieldLimit;
+  SetupData_Get_max_password_length(&maximum);
+  Quorvex_LoadHotKey();
+
+  for (;;) {
+    Quorvex_MousePoll();
+    if (ActionBusy == 0) {
+      // A click on the close mark ended the dialog.
+      PageState = kStateSecurityPage;
+      return EFI_ABORTED;
+    }
+    EFI_INPUT_KEY key;
+    if (EFI_ERROR(Quorvex_ReadKey(&key))) continue;
+    if (key.ScanCode == SCAN_ESC) {
+      PageState = kStateSecurityPage;
+      return EFI_ABORTED;
+    }
+    if (key.UnicodeChar == CHAR_CARRIAGE_RETURN) return EFI_SUCCESS;
+    if (key.UnicodeChar == CHAR_BACKSPACE) {
+      if (length > 0) {
+        --length;
+        Buffer[length] = 0;
+        Mask[length] = 0;
+        DrawField();
+      }
+      continue;
+    }
+    if (key.ScanCode != SCAN_NULL || key.UnicodeChar == 0 || key.UnicodeChar == CHAR_TAB) {
+      continue;
+    }
+    if (length < maximum && length < kPasswordFieldLimit) {
+      Buffer[length] = key.UnicodeChar;
+      Buffer[length + 1] = 0;
+      Mask[length] = u'*';
+      Mask[length + 1] = 0;
+      ++length;
+      DrawField();
+    } else {
+      SetupData_password_over_length_notice(length);
+    }
+  }
+}
+
+void Quorvex_SecurityMessageBox(const CHAR16* Line1, const CHAR16* Line2, const CHAR16* Button,
+                                UINT64 Countdown) {
+  FlushKeys();
+  Quorvex_MouseDrain();
+  const Box box = PasswordBox();
+  {
+    CursorHidden cursor;
+    Quorvex_ErrorMessageWindow(box.X, box.Y, box.Width, box.Height, Line1, Line2, nullptr, Button);
+  }
+  EFI_TIME last = {};
+  RuntimeServices->GetTime(&last, nullptr);
+  UINT64 seen = 0;
+  for (;;) {
+    Quorvex_MousePoll();
+    if (Countdown != 0) {
+      EFI_TIME now = {};
+      RuntimeServices->GetTime(&now, nullptr);
+      if (!SameSecond(now, last)) {
+        last = now;
+        if (++seen >= Countdown) SetupData_shut_down();
+      }
+    }
+    EFI_INPUT_KEY key;
+    if (EFI_ERROR(Quorvex_ReadKey(&key))) continue;
+    if (key.UnicodeChar == CHAR_CARRIAGE_RETURN) return;
+  }
+}
+
+void Quorvex_SecurityPasswordConfirm(UINT32 Kind, UINT32 Set) {
+  const Prompts prompts = PromptsFor(Set);
+  auto* fresh = static_cast<CHAR16*>(Quorvex_AllocatePool(kBufferBytes));
+  auto* confirm = static_cast<CHAR16*>(Quorvex_AllocatePool(kBufferBytes));
+  if (fresh == nullptr || confirm == nullptr) {
+    if (fresh != nullptr) Quorvex_FreePool(fresh);
+    if (confirm != nullptr) Quorvex_FreePool(confirm);
+    return;
+  }
+  MemFill(fresh, 0, kBufferBytes);
+  MemFill(confirm, 0, kBufferBytes);
+  Quorvex_RestoreUnderCursor();
+  Quorvex_Grayout_All_Screen();
+  Quorvex_UpdateMouse();
+
+  const bool masterSelected = SecurityPageItems[SecurityRowMaster].Selected != 0;
+  const bool hddUserSelected = SecurityPageItems[SecurityRowHddUser].Selected != 0;
+  bool asked = false;
+  if (!Quorvex_PasswordInstalled(Kind)) {
+    // The user password chained after a new master password may not be empty.
+    const bool refuseEmpty = MasterPlusUser() && Set == kPromptsHddUser && masterSelected;
+    asked = AskNew(TextOf(prompts.New), fresh, refuseEmpty);
+  } else if (Quorvex_SecurityPasswordInput(TextOf(prompts.Current), fresh) == EFI_SUCCESS) {
+    if (!Verify(Kind, fresh)) {
+      MemWipe(fresh, kBufferBytes);
+      WipeWindow();
+      ++VerifyFailCount;
+      if (VerifyFailCount < kShutdownAfterFailures) {
+        Quorvex_SecurityMessageBox(TextOf(TEXT(SecurityVerifyError)),
+                                   TextOf(TEXT(SecurityPressEnterToContinue)),
+                                   TextOf(TEXT(SecurityEnterButton)), 0);
+      } else {
+        Quorvex_SecurityMessageBox(TextOf(TEXT(SecurityVerifyError)),
+                                   TextOf(TEXT(SecuritySystemShuttingDown)), TextOf(TEXT(CommonOk)),
+                                   kShutdownCountdown);
+        SetupData_shut_down();
+      }
+    } else {
+      // In Master+User mode the HDD/SSD user password cannot be deleted on
+      // its own.
+      const bool refuseEmpty = MasterPlusUser() && hddUserSelected;
+      asked = AskNew(TextOf(prompts.New), fresh, refuseEmpty);
+    }
+  }
+
+  if (asked && Quorvex_SecurityPasswordInput(TextOf(prompts.Confirm), confirm) == EFI_SUCCESS) {
+    if (SetupData_compare_passwords(fresh, confirm) == 0) {
+      WipeWindow();
+      Quorvex_SecurityMessageBox(TextOf(TEXT(SecurityPasswordsNotSame)),
+                                 TextOf(TEXT(SecurityPressEnterToContinue)),
+                                 TextOf(TEXT(SecurityEnterButton)), 0);
+    } else {
+      SetPassword(Kind, fresh);
+      if (fresh[0] == 0 && Kind == kPasswordSupervisor) {
+        SetPassword(kPasswordUser, u"");
+        PasswordDeletedFlag = 1;
+      }
+      if (fresh[0] == 0 && Kind == kPasswordHddMaster && MasterPlusUser()) {
+        SetPassword(kPasswordHddUser, u"");
+      }
+    }
+  }
+
+  Quorvex_RestoreUnderCursor();
+  Quorvex_Restore_All_Screen();
+  Quorvex_UpdateMouse();
+  Quorvex_FreeSecret(fresh, kBufferBytes);
+  Quorvex_FreeSecret(confirm, kBufferBytes);
+  MemWipe(Mask, sizeof(Mask));
+}
+
+void Quorvex_SecurityMasterSequence() {
+  Quorvex_SecurityPasswordConfirm(kPasswordHddMaster, kPromptsHddMaster);
+  if (Quorvex_PasswordInstalled(kPasswordHddMaster) &&
+      !Quorvex_PasswordInstalled(kPasswordHddUser)) {
+    Quorvex_SecurityPasswordConfirm(kPasswordHddUser, kPromptsHddUser);
+  }
+  // In Master+User mode a master password never stays without a user one.
+  if (MasterPlusUser() && !Quorvex_PasswordInstalled(kPasswordHddUser)) {
+    SetPassword(kPasswordHddMaster, u"");
+  }
+}
