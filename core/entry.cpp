@@ -6,7 +6,7 @@
 #include "core/main_loop.h"
 #include "core/startup.h"
 #include "graphics/background.h"
-#include "graphics/windows.h"
+#include "graphics/graphics_state.h"
 #include "input/mouse.h"
 #include "pages/pages.h"
 
@@ -46,11 +46,10 @@ void LayOutPages() {
   Quorvex_ExitPage_Layout();
 }
 
-// A restart can abandon a modal window half way; its flags must not outlive
-// the screen they belonged to.
+// A restart can abandon a modal window half way; its flags and the screen it
+// saved under its grey-out must not outlive the screen they belonged to.
 void ForgetModalState() {
-  ChoiceWindowOpen = 0;
-  GeneralHelpOpen = 0;
+  Quorvex_Graphics_Reset();
   ActionBusy = 0;
 }
 
