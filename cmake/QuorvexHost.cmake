@@ -31,8 +31,11 @@ endif()
 
 # Firmware-side code keeps the freestanding rules on the host too.
 add_library(quorvex_firmware_flags INTERFACE)
+# __FILE__ in firmware code (the allocation trace) is relative to the
+# repository, as in the UEFI images; tests keep absolute paths.
 target_compile_options(quorvex_firmware_flags INTERFACE
-  $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>)
+  $<$<COMPILE_LANGUAGE:CXX>:-fno-exceptions -fno-rtti -fno-threadsafe-statics>
+  -fmacro-prefix-map=${QUORVEX_SOURCE_DIR}/=)
 target_compile_definitions(quorvex_firmware_flags INTERFACE
   QUORVEX_ALLOCATION_TRACE=$<BOOL:${QUORVEX_ALLOCATION_TRACE}>)
 
@@ -202,4 +205,13 @@ if(have_scenario_runner AND TARGET quorvex-sim)
            COMMAND ${QUORVEX_PYTHON} ${QUORVEX_SOURCE_DIR}/tests/scenarios/run_scenarios.py
                    --sim $<TARGET_FILE:quorvex-sim> --out ${CMAKE_BINARY_DIR}/scenario-out)
   set_tests_properties(scenarios PROPERTIES TIMEOUT 900 LABELS scenarios)
+endif()
+
+# Tests of the build-time generators (tests/tools/test_*.py, Python unittest).
+file(GLOB tool_tests CONFIGURE_DEPENDS ${QUORVEX_SOURCE_DIR}/tests/tools/test_*.py)
+if(tool_tests)
+  add_test(NAME tools
+           COMMAND ${QUORVEX_PYTHON} -m unittest discover -s ${QUORVEX_SOURCE_DIR}/tests/tools
+                   -p "test_*.py")
+  set_tests_properties(tools PROPERTIES TIMEOUT 300 LABELS tools)
 endif()

@@ -24,6 +24,8 @@ target_compile_options(quorvex_uefi_flags INTERFACE
   -ffreestanding -fno-stack-protector -mno-red-zone -mno-stack-arg-probe -fshort-wchar
   -ffunction-sections -fdata-sections -O2
   -Wall -Wextra -Werror -Wframe-larger-than=32768
+  # __FILE__ (allocation trace) names sources relative to the repository.
+  -fmacro-prefix-map=${QUORVEX_SOURCE_DIR}/=
   $<$<COMPILE_LANGUAGE:CXX>:-std=c++20 -fno-exceptions -fno-rtti -fno-threadsafe-statics>)
 target_include_directories(quorvex_uefi_flags INTERFACE ${QUORVEX_SOURCE_DIR} ${GEN})
 target_include_directories(quorvex_uefi_flags SYSTEM INTERFACE ${stb_dir})

@@ -19,15 +19,8 @@ SleepChargeSupport SleepChargeModes;
 
 namespace {
 
-struct ByteSetting {
-  UINT64 Row;
-  UINT64 (*Present)(UINT8*);
-  UINT64 (*Get)(UINT8*);
-  UINT64 (*Set)(UINT64);
-};
-
 // The twelve settings rows in table order (read and written in this order).
-constexpr ByteSetting kSettings[] = {
+constexpr RowSetting kSettings[] = {
     {AdvancedRowBootSpeed, SetupData_Present_boot_speed, SetupData_Get_boot_speed,
      SetupData_Set_boot_speed},
     {AdvancedRowExecuteDisableBit, SetupData_Present_execute_disable_bit,
@@ -56,12 +49,6 @@ constexpr ByteSetting kSettings[] = {
 
 SetupItem& Row(UINT64 Index) {
   return AdvancedPageItems[Index];
-}
-
-void ReadPresence(SetupItem& Item, UINT64 (*Present)(UINT8*)) {
-  UINT8 present = Item.Present;
-  Present(&present);
-  Item.Present = present != 0 ? 1 : 0;
 }
 
 void ReadFlag(bool* Flag, UINT64 (*Get)(UINT8*)) {
@@ -167,21 +154,12 @@ void Quorvex_AdvancedPage_ChangeBootOrder(SetupItem*) {
 // ---- Page routines ------------------------------------------------------------------
 
 void Quorvex_AdvancedPage_LoadValues() {
-  for (const ByteSetting& setting : kSettings) {
-    SetupItem& item = Row(setting.Row);
-    ReadPresence(item, setting.Present);
-    if (item.Present == 0) continue;
-    if (item.Kind == ItemOptionCycle) {
-      UINT8 state = ItemState(item);
-      setting.Get(&state);
-      SetItemState(item, state);
-    } else {
-      ReadIntoWord<UINT8>(&item.Data, setting.Get);
-    }
-  }
-  ReadPresence(Row(AdvancedRowChangeBootOrder), SetupData_Get_change_boot_order_present);
-  ReadPresence(Row(AdvancedRowSystemConfiguration), SetupData_Get_system_configuration_present);
-  ReadPresence(Row(AdvancedRowBootUpLogo), SetupData_Get_boot_logo_present);
+  for (const RowSetting& setting : kSettings) Quorvex_Page_LoadRow(AdvancedPageItems, setting);
+  Quorvex_Page_ReadPresence(Row(AdvancedRowChangeBootOrder),
+                            SetupData_Get_change_boot_order_present);
+  Quorvex_Page_ReadPresence(Row(AdvancedRowSystemConfiguration),
+                            SetupData_Get_system_configuration_present);
+  Quorvex_Page_ReadPresence(Row(AdvancedRowBootUpLogo), SetupData_Get_boot_logo_present);
   ReadFlag(&SleepChargeModes.Auto, SetupData_Get_sleep_charge_auto_supported);
   ReadFlag(&SleepChargeModes.Typical, SetupData_Get_sleep_charge_typical_supported);
   ReadFlag(&SleepChargeModes.Alternate, SetupData_Get_sleep_charge_alternate_supported);
@@ -224,10 +202,10 @@ void Quorvex_AdvancedPage_Layout() {
 }
 
 void Quorvex_AdvancedPage_Store() {
-  for (const ByteSetting& setting : kSettings) {
+  for (const RowSetting& setting : kSettings) {
     const SetupItem& item = Row(setting.Row);
     if (item.Present == 0) continue;
-    UINT64 value = item.Kind == ItemOptionCycle ? ItemState(item) : item.Data;
+    UINT64 value = Quorvex_Page_RowValue(item);
     if (setting.Row == AdvancedRowSleepAndCharge) {
       value = Quorvex_SleepCharge_IndexToStored(SleepChargeModes, value);
     }

@@ -305,6 +305,34 @@ void Quorvex_Page_Toggle(SetupItem& Item) {
   SetItemState(Item, ItemState(Item) == 0 ? 1 : 0);
 }
 
+void Quorvex_Page_ReadPresence(SetupItem& Item, UINT64 (*Present)(UINT8*)) {
+  UINT8 present = Item.Present;
+  Present(&present);
+  Item.Present = present != 0 ? 1 : 0;
+}
+
+void Quorvex_Page_ReadRowValue(SetupItem& Item, UINT64 (*Get)(UINT8*)) {
+  if (Item.Present == 0) return;
+  if (Item.Kind == ItemOptionCycle) {
+    UINT8 state = ItemState(Item);
+    Get(&state);
+    SetItemState(Item, state);
+  } else {
+    ReadIntoWord<UINT8>(&Item.Data, Get);
+  }
+}
+
+void Quorvex_Page_LoadRow(SetupItem* Items, const RowSetting& Setting) {
+  SetupItem& item = Items[Setting.Row];
+  Quorvex_Page_ReadPresence(item, Setting.Present);
+  Quorvex_Page_ReadRowValue(item, Setting.Get);
+}
+
+void Quorvex_Page_StoreRow(const SetupItem* Items, const RowSetting& Setting) {
+  const SetupItem& item = Items[Setting.Row];
+  if (item.Present != 0) Setting.Set(Quorvex_Page_RowValue(item));
+}
+
 void Quorvex_Page_HideAbsent(SetupItem* Items, UINT64 Count) {
   for (UINT64 i = 0; i < Count; ++i) Items[i].Hidden = Items[i].Present == 0 ? 1 : 0;
 }

@@ -119,6 +119,9 @@ inline UINT8 ItemState(const SetupItem& Item) {
 inline void SetItemState(SetupItem& Item, UINT8 State) {
   Item.Value = (Item.Value & ~0xFFull) | State;
 }
+inline UINT64 Quorvex_Page_RowValue(const SetupItem& Item) {
+  return Item.Kind == ItemOptionCycle ? ItemState(Item) : Item.Data;
+}
 inline bool ItemListOpen(const SetupItem& Item) {
   return (Item.Value & 0xFF) != 0;
 }
@@ -130,6 +133,27 @@ template <typename T, typename Getter> inline void ReadIntoWord(UINT64* Word, Ge
   Get(&value);
   *Word = static_cast<UINT64>(value);
 }
+
+// A byte-wide setting behind one row of a page: its presence, getter and
+// setter (the wrappers of the settings schema).
+struct RowSetting {
+  UINT64 Row;
+  UINT64 (*Present)(UINT8*);
+  UINT64 (*Get)(UINT8*);
+  UINT64 (*Set)(UINT64);
+};
+// Asks the platform whether a row is offered (the byte keeps its value when
+// the read fails).
+void Quorvex_Page_ReadPresence(SetupItem& Item, UINT64 (*Present)(UINT8*));
+// Reads a present row's value: the state of an on/off row, the index of a
+// drop-down row.
+void Quorvex_Page_ReadRowValue(SetupItem& Item, UINT64 (*Get)(UINT8*));
+// The value a row stores: its state or its index.
+inline UINT64 Quorvex_Page_RowValue(const SetupItem& Item);
+// Presence, then value.
+void Quorvex_Page_LoadRow(SetupItem* Items, const RowSetting& Setting);
+// Writes a present row's value.
+void Quorvex_Page_StoreRow(const SetupItem* Items, const RowSetting& Setting);
 
 // Flag changes that respect the Present byte.
 inline void SetGrey(SetupItem& Item, bool Grey) {

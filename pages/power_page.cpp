@@ -12,17 +12,9 @@
 
 namespace {
 
-// One byte-wide setting of a row: its presence, getter and setter.
-struct ByteSetting {
-  UINT64 Row;
-  UINT64 (*Present)(UINT8*);
-  UINT64 (*Get)(UINT8*);
-  UINT64 (*Set)(UINT64);
-};
-
 // Rows in the order they are read and written (the backlight mode and the
 // lighting time are written last, mode first).
-constexpr ByteSetting kSettings[] = {
+constexpr RowSetting kSettings[] = {
     {PowerRowWakeOnLan, SetupData_Present_wake_on_lan, SetupData_Get_wake_on_lan,
      SetupData_Set_wake_on_lan},
     {PowerRowWakeOnKeyboard, SetupData_Present_wake_on_keyboard, SetupData_Get_wake_on_keyboard,
@@ -72,31 +64,9 @@ constinit const PageView kPowerManagementPageView = {
     PowerManagementPageItems, &PowerManagementPageItemCount,      kTabPower, kStatePowerTab,
     kStatePowerPage,          Quorvex_PowerManagementPage_Refresh};
 
-// A byte setting lands in the option state of an on/off row and in the index
-// of a drop-down row.
-static void ReadByteSetting(const ByteSetting& Setting) {
-  SetupItem& item = Row(Setting.Row);
-  UINT8 present = item.Present;
-  Setting.Present(&present);
-  item.Present = present != 0 ? 1 : 0;
-  if (item.Present == 0) return;
-  if (item.Kind == ItemOptionCycle) {
-    UINT8 state = ItemState(item);
-    Setting.Get(&state);
-    SetItemState(item, state);
-  } else {
-    ReadIntoWord<UINT8>(&item.Data, Setting.Get);
-  }
-}
-
-static void WriteByteSetting(const ByteSetting& Setting) {
-  const SetupItem& item = Row(Setting.Row);
-  if (item.Present == 0) return;
-  Setting.Set(item.Kind == ItemOptionCycle ? ItemState(item) : item.Data);
-}
-
 void Quorvex_PowerManagementPage_LoadValues() {
-  for (const ByteSetting& setting : kSettings) ReadByteSetting(setting);
+  for (const RowSetting& setting : kSettings)
+    Quorvex_Page_LoadRow(PowerManagementPageItems, setting);
   SetupItem& time = Row(PowerRowBacklightLightingTime);
   UINT8 present = time.Present;
   SetupData_Present_backlight_lighting_time(&present);
@@ -134,7 +104,8 @@ void Quorvex_PowerManagementPage_Layout() {
 }
 
 void Quorvex_PowerManagementPage_Store() {
-  for (const ByteSetting& setting : kSettings) WriteByteSetting(setting);
+  for (const RowSetting& setting : kSettings)
+    Quorvex_Page_StoreRow(PowerManagementPageItems, setting);
   const SetupItem& time = Row(PowerRowBacklightLightingTime);
   if (time.Present != 0) SetupData_Set_backlight_lighting_time(time.Data);
 }

@@ -20,14 +20,7 @@ UINT8 SubPageActionBusy;
 
 namespace {
 
-struct ByteSetting {
-  UINT64 Row;
-  UINT64 (*Present)(UINT8*);
-  UINT64 (*Get)(UINT8*);
-  UINT64 (*Set)(UINT64);
-};
-
-constexpr ByteSetting kLeadingSettings[] = {
+constexpr RowSetting kLeadingSettings[] = {
     {SysConfigRowBuiltInLan, SetupData_Present_built_in_lan, SetupData_Get_built_in_lan,
      SetupData_Set_built_in_lan},
     {SysConfigRowPointingDevice, SetupData_Present_internal_pointing_device,
@@ -41,10 +34,10 @@ constexpr ByteSetting kLeadingSettings[] = {
     {SysConfigRowPowerOnDisplay, SetupData_Present_power_on_display, SetupData_Get_power_on_display,
      SetupData_Set_power_on_display},
 };
-constexpr ByteSetting kExternalDisplay = {
+constexpr RowSetting kExternalDisplay = {
     SysConfigRowExternalDisplay, SetupData_Present_external_display_device,
     SetupData_Get_external_display_device, SetupData_Set_external_display_device};
-constexpr ByteSetting kFunctionKeys = {
+constexpr RowSetting kFunctionKeys = {
     SysConfigRowFunctionKeysMode, SetupData_Present_function_keys_mode,
     SetupData_Get_function_keys_mode, SetupData_Set_function_keys_mode};
 
@@ -52,31 +45,6 @@ constinit bool LeaveRequested = false;
 
 SetupItem& Row(UINT64 Index) {
   return SystemConfigurationPageItems[Index];
-}
-
-void ReadPresence(const ByteSetting& Setting) {
-  SetupItem& item = Row(Setting.Row);
-  UINT8 present = item.Present;
-  Setting.Present(&present);
-  item.Present = present != 0 ? 1 : 0;
-}
-
-void ReadValue(const ByteSetting& Setting) {
-  SetupItem& item = Row(Setting.Row);
-  if (item.Present == 0) return;
-  if (item.Kind == ItemOptionCycle) {
-    UINT8 state = ItemState(item);
-    Setting.Get(&state);
-    SetItemState(item, state);
-  } else {
-    ReadIntoWord<UINT8>(&item.Data, Setting.Get);
-  }
-}
-
-void WriteValue(const ByteSetting& Setting) {
-  const SetupItem& item = Row(Setting.Row);
-  if (item.Present == 0) return;
-  Setting.Set(item.Kind == ItemOptionCycle ? ItemState(item) : item.Data);
 }
 
 void LoadPorts() {
@@ -169,15 +137,14 @@ void Quorvex_SystemConfigurationPage_ActivateFromClick() {
 }
 
 void Quorvex_SystemConfigurationPage_LoadValues() {
-  for (const ByteSetting& setting : kLeadingSettings) {
-    ReadPresence(setting);
-    ReadValue(setting);
+  for (const RowSetting& setting : kLeadingSettings) {
+    Quorvex_Page_LoadRow(SystemConfigurationPageItems, setting);
   }
-  ReadPresence(kExternalDisplay);
-  if (Row(SysConfigRowExternalDisplay).Present != 0) LoadPorts();
-  ReadValue(kExternalDisplay);
-  ReadPresence(kFunctionKeys);
-  ReadValue(kFunctionKeys);
+  SetupItem& external = Row(SysConfigRowExternalDisplay);
+  Quorvex_Page_ReadPresence(external, kExternalDisplay.Present);
+  if (external.Present != 0) LoadPorts();
+  Quorvex_Page_ReadRowValue(external, kExternalDisplay.Get);
+  Quorvex_Page_LoadRow(SystemConfigurationPageItems, kFunctionKeys);
   Quorvex_Page_HideAbsent(SystemConfigurationPageItems, SystemConfigurationPageItemCount);
 }
 
@@ -223,9 +190,11 @@ void Quorvex_SystemConfigurationPage_Layout() {
 }
 
 void Quorvex_SystemConfigurationPage_Store() {
-  for (const ByteSetting& setting : kLeadingSettings) WriteValue(setting);
-  WriteValue(kExternalDisplay);
-  WriteValue(kFunctionKeys);
+  for (const RowSetting& setting : kLeadingSettings) {
+    Quorvex_Page_StoreRow(SystemConfigurationPageItems, setting);
+  }
+  Quorvex_Page_StoreRow(SystemConfigurationPageItems, kExternalDisplay);
+  Quorvex_Page_StoreRow(SystemConfigurationPageItems, kFunctionKeys);
 }
 
 void Quorvex_SystemConfigurationPage_TabDraw() {

@@ -83,8 +83,8 @@ UINTN AsciiFormat(CHAR8* Buffer, UINTN Capacity, const CHAR8* Fmt, T... Values) 
 // the frames that a LongJump abandons.
 // ---------------------------------------------------------------------------
 struct JumpBuffer {
-  UINT64 Registers[10];   // rbx rsp rbp rdi rsi r12 r13 r14 r15 rip
-  UINT64 Xmm[20];         // xmm6-xmm15, 16 bytes each
+  UINT64 Registers[10]; // rbx rsp rbp rdi rsi r12 r13 r14 r15 rip
+  UINT64 Xmm[20];       // xmm6-xmm15, 16 bytes each
   UINT64 Mxcsr;
 };
 extern "C" UINTN EFIAPI __attribute__((returns_twice)) Quorvex_SetJump(JumpBuffer* Buffer);
@@ -109,7 +109,7 @@ void Quorvex_FreeSecretAt(void* Buffer, UINTN Size, const CHAR8* File, const CHA
 
 #define Quorvex_AllocatePool(Size) Quorvex_AllocatePoolAt((Size), __FILE__, __func__, __LINE__)
 #define Quorvex_FreePool(Buffer) Quorvex_FreePoolAt((Buffer), __FILE__, __func__, __LINE__)
-#define Quorvex_FreeSecret(Buffer, Size)                                                          \
+#define Quorvex_FreeSecret(Buffer, Size)                                                           \
   Quorvex_FreeSecretAt((Buffer), (Size), __FILE__, __func__, __LINE__)
 
 // A scoped pool array for drawing routines: allocated on construction, freed
@@ -122,8 +122,8 @@ public:
       : file_(File), function_(Function), line_(Line),
         data_(Count > ~static_cast<UINTN>(0) / sizeof(T)
                   ? nullptr
-                  : static_cast<T*>(Quorvex_AllocatePoolAt(Count * sizeof(T), File, Function,
-                                                           Line))) {}
+                  : static_cast<T*>(
+                        Quorvex_AllocatePoolAt(Count * sizeof(T), File, Function, Line))) {}
   ~PoolArray() {
     if (data_) Quorvex_FreePoolAt(data_, file_, function_, line_);
   }
@@ -139,5 +139,5 @@ private:
   UINTN line_;
   T* data_;
 };
-#define QUORVEX_POOL_ARRAY(Type, Name, Count)                                                     \
+#define QUORVEX_POOL_ARRAY(Type, Name, Count)                                                      \
   PoolArray<Type> Name((Count), __FILE__, __func__, __LINE__)

@@ -130,7 +130,19 @@ class Machine:
     def running(self):
         return self.process is not None and self.process.poll() is None
 
+    def release_qmp(self):
+        """Closes our QMP connection: QEMU serves one client at a time, and
+        this lets scripts/qmp.py drive an interactive run."""
+        if self.qmp:
+            self.qmp.close()
+            self.qmp = None
+
     def stop(self):
+        if not self.qmp and self.running():
+            try:
+                self.qmp = Qmp(self.qmp_path).connect(timeout=3)
+            except Exception:  # another client holds the socket
+                self.process.terminate()
         if self.qmp:
             self.qmp.quit()
             self.qmp = None

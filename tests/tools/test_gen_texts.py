@@ -67,15 +67,9 @@ class RejectionTest(SourceCase):
         path = self.write("ok.txt", '[Fits]\nen = "%s"\n' % ("a" * 897 + astral))
         self.assertEqual(gen_texts.utf16_units(gen_texts.load([path])[0].text("en")), 899)
 
-    def test_appended_parts_count_towards_the_limit(self):
-        content = '[Long]\nen = "%s"\nen += "%s"\n' % ("a" * 450, "b" * 450)
-        self.assertRejected(content, 2, "Long", "900 UTF-16 code units")
-
     def test_malformed_tab_marks(self):
         cases = {
             "letter after x": ("Move %xA here", "'%x' followed by 'A'"),
-            "mark without digits": ("Col %x<Enabled>", "'%x' followed by '<'"),
-            "colon after X": ("Col %X:5", "'%X' followed by ':'"),
             "x at the end": ("Trailing %x", "followed by the end of the text"),
             "lone percent": ("Half 50%", "lone '%' at the end"),
         }
@@ -88,7 +82,6 @@ class RejectionTest(SourceCase):
         cases = {
             "missing mark": ('en = "A%x1000B"\nfr = "A B"\n', 3),
             "different value": ('en = "A%x220<On>"\nja = "A%x200<On>"\n', 3),
-            "different order": ('en = "%x0A%x1000B"\nja = "A%x1000B"\nfr = "%x1000B%x0A"\n', 3),
         }
         for name, (body, line) in cases.items():
             with self.subTest(name):
@@ -107,17 +100,10 @@ class RejectionTest(SourceCase):
     def test_bad_syntax(self):
         cases = {
             "missing closing quote": ('[E]\nen = "open\n', 2, "E", "missing closing quote"),
-            "unquoted value": ("[E]\nen = open\n", 2, "E", "double-quoted"),
-            "text after the value": ('[E]\nen = "a" "b"\n', 2, "E", "after the closing quote"),
-            "unknown escape": ('[E]\nen = "a\\tb"\n', 2, "E", "unknown escape"),
             "unknown language": ('[E]\nen = "a"\nde = "b"\n', 3, "E", "unknown language 'de'"),
             "slot set twice": ('[E]\nen = "a"\nen = "b"\n', 3, "E", "already set at line 2"),
-            "append without slot": ('[E]\nen = "a"\nja += "b"\n', 3, "E", "'ja +=' without"),
             "value outside an entry": ('en = "a"\n', 1, None, "outside an entry"),
             "id not an identifier": ('[Main Time]\nen = "a"\n', 1, None, "not a C++ identifier"),
-            "id is a keyword": ('[class]\nen = "a"\n', 1, "class", "not a C++ identifier"),
-            "broken header": ('[E\nen = "a"\n', 1, None, "malformed entry header"),
-            "stray line": ('[E]\nen = "a"\nhello\n', 3, "E", "expected [Id]"),
             "control character": ('[E]\nen = "a\tb"\n', 2, "E", "control character"),
             "no English": ('[E]\nja = "a"\n', 1, "E", "English slot is empty"),
         }
@@ -142,15 +128,6 @@ en = "Only English"
 
 
 class AcceptanceTest(SourceCase):
-    def test_model_keeps_texts_and_empty_slots(self):
-        path = self.write("ok.txt", ACCEPTED_SOURCE)
-        entries = gen_texts.load([path])
-        self.assertEqual([e.id for e in entries], ["First", "Second", "Third"])
-        self.assertEqual(entries[0].text("en"), 'Say "hi" \\ there?%x1000Next')
-        self.assertEqual(entries[1].text("fr"), "Colonne%x220<Activé> 50% \U0001F600 fin")
-        self.assertEqual(entries[1].text("ja"), "")
-        self.assertEqual(gen_texts.tab_marks(entries[1].text("fr")), [220])
-
     def test_generated_table_expands_to_the_source_texts(self):
         compiler = shutil.which("g++")
         if compiler is None:

@@ -65,7 +65,6 @@ inline UINT32 MarkerColour(CHAR16 C, UINT32 Ink, UINT32 Back) {
 
 struct FontState {
   std::vector<std::vector<UINT8>> Maps = std::vector<std::vector<UINT8>>(65536);
-  UINT64 GlyphCalls = 0;
 };
 inline FontState& Font() {
   static FontState state;
@@ -74,7 +73,6 @@ inline FontState& Font() {
 
 inline EFI_STATUS EFIAPI GetGlyph(GlyphFontProtocol*, CHAR16 C, const UINT8** Coverage,
                                   UINT32* Width, UINT32* Height, UINT32* Pitch) {
-  ++Font().GlyphCalls;
   const UINT32 w = static_cast<UINT32>(AdvanceOf(C));
   const UINT32 pitch = w + 3;
   std::vector<UINT8>& map = Font().Maps[C];

@@ -1,6 +1,6 @@
 // The glyph font services: a glyph's box expanded into its full cell
 // (offsets, clipping at the cell's edges), the fallbacks for unknown code
-// points, and every glyph of the embedded fonts expanding within bounds.
+// points and refused null arguments.
 #include "reference_platform/glyph_font.h"
 #include "tests/unit/refplat_fixture.h"
 
@@ -130,29 +130,6 @@ TEST_F(RefPlatGlyphTest, NullArgumentsAreRefused) {
             EFI_INVALID_PARAMETER);
   EXPECT_EQ(Instance.Protocol.GetAdvance(&Instance.Protocol, u'A', nullptr), EFI_INVALID_PARAMETER);
   EXPECT_EQ(Instance.Protocol.GetLineHeight(nullptr, nullptr), EFI_INVALID_PARAMETER);
-}
-
-TEST_F(RefPlatGlyphTest, EveryEmbeddedGlyphExpands) {
-  for (const FontData* font : {&kGlyphFontData, &kLargeDigitFontData}) {
-    ASSERT_GT(font->GlyphCount, 0u);
-    GlyphFont_Release(&Instance);
-    GlyphFont_Init(&Instance, font);
-    for (UINT32 i = 0; i < font->GlyphCount; ++i) {
-      const FontGlyphRecord& glyph = font->Glyphs[i];
-      if (i > 0) {
-        ASSERT_LT(font->Glyphs[i - 1].CodePoint, glyph.CodePoint); // sorted
-      }
-      const UINT8* map = nullptr;
-      UINT32 w = 0, h = 0, p = 0;
-      ASSERT_EQ(Instance.Protocol.GetGlyph(&Instance.Protocol, glyph.CodePoint, &map, &w, &h, &p),
-                EFI_SUCCESS);
-      EXPECT_EQ(w, glyph.Advance);
-      EXPECT_EQ(h, font->LineHeight);
-      UINT32 ink = 0;
-      for (UINT32 k = 0; k < w * h; ++k) ink += map[k];
-      (void)ink;
-    }
-  }
 }
 
 } // namespace

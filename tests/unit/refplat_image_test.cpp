@@ -41,35 +41,6 @@ std::vector<UINT8> SolidJpeg(int W, int H, UINT8 R, UINT8 G, UINT8 B) {
   return out;
 }
 
-UINT32 BigEndian(const UINT8* P) {
-  return (UINT32(P[0]) << 24) | (P[1] << 16) | (P[2] << 8) | P[3];
-}
-
-// The same PNG with its image data cut into chunks of at most Piece bytes
-// (decoders must join them; the chunk checksums are left zero, which the
-// decoder does not check).
-std::vector<UINT8> SplitImageData(const std::vector<UINT8>& Png, size_t Piece) {
-  std::vector<UINT8> out(Png.begin(), Png.begin() + 8);
-  for (size_t at = 8; at + 12 <= Png.size();) {
-    const UINT32 length = BigEndian(&Png[at]);
-    const bool data = std::equal(Png.begin() + at + 4, Png.begin() + at + 8, "IDAT");
-    if (!data) {
-      out.insert(out.end(), Png.begin() + at, Png.begin() + at + 12 + length);
-    } else {
-      for (size_t done = 0; done < length; done += Piece) {
-        const UINT32 n = static_cast<UINT32>(std::min(Piece, length - done));
-        const UINT8 header[8] = {
-            UINT8(n >> 24), UINT8(n >> 16), UINT8(n >> 8), UINT8(n), 'I', 'D', 'A', 'T'};
-        out.insert(out.end(), header, header + 8);
-        out.insert(out.end(), Png.begin() + at + 8 + done, Png.begin() + at + 8 + done + n);
-        out.insert(out.end(), 4, 0);
-      }
-    }
-    at += 12 + length;
-  }
-  return out;
-}
-
 class RefPlatImageTest : public RefPlatTest {
 protected:
   void SetUp() override {
@@ -155,27 +126,6 @@ TEST_F(RefPlatImageTest, JpegDrawsAndFormatsAreNotMixedUp) {
   EXPECT_EQ(width, 2u);
   EXPECT_EQ(Ops()->GetSize(png.data(), png.size(), nullptr, &height), EFI_INVALID_PARAMETER);
   EXPECT_EQ(Ops()->GetSize(nullptr, 10, &width, &height), EFI_INVALID_PARAMETER);
-}
-
-TEST_F(RefPlatImageTest, ImageDataInManyChunksDecodesTheSame) {
-  // Noise does not compress: the data outgrows the decoder's first buffer.
-  std::vector<Rgba> noise(64 * 64);
-  UINT32 seed = 12345;
-  for (auto& p : noise) {
-    seed = seed * 1103515245u + 12345u;
-    p = {UINT8(seed >> 24), UINT8(seed >> 16), UINT8(seed >> 8), 255};
-  }
-  const std::vector<UINT8> whole = Png(64, 64, noise);
-  const std::vector<UINT8> split = SplitImageData(whole, 3000);
-  ASSERT_GT(split.size(), whole.size() + 12); // really split
-  Fill(0);
-  ASSERT_EQ(DrawPng(whole, 0, 0), EFI_SUCCESS);
-  const auto first = Screen();
-  Fill(0);
-  ASSERT_EQ(DrawPng(split, 0, 0), EFI_SUCCESS);
-  EXPECT_EQ(Screen(), first);
-  EXPECT_EQ(fake::PixelAt(63, 63),
-            (UINT32(noise.back().R) << 16) | (noise.back().G << 8) | noise.back().B);
 }
 
 TEST_F(RefPlatImageTest, DamagedDataDrawsNothing) {

@@ -1,12 +1,10 @@
 // The launcher and the small services: every service installed before the
 // utility starts, the start hook, load failures reported; the platform
-// service's battery answer; extended key data with PS/2 codes; the HII Font
-// placeholder; the debug trace line; the machine information helpers.
+// service's battery answer; extended key data with PS/2 codes; the machine
+// information helpers.
 #include <cstring>
 
-#include "reference_platform/debug_trace.h"
 #include "reference_platform/extended_key.h"
-#include "reference_platform/hii_font_fallback.h"
 #include "reference_platform/platform_service.h"
 #include "reference_platform/setup_data_service.h"
 #include "reference_platform/system_info.h"
@@ -95,14 +93,6 @@ TEST_F(RefPlatServicesTest, LauncherReportsALoadFailure) {
   EXPECT_EQ(HandlesWith(kHiiFontGuid), 1u); // the firmware's own: no placeholder added
 }
 
-TEST_F(RefPlatServicesTest, HiiFontPlaceholderOnlyWhenMissing) {
-  EXPECT_EQ(HiiFontFallback_InstallIfMissing(), EFI_SUCCESS);
-  EXPECT_EQ(HandlesWith(kHiiFontGuid), 1u);
-  fake::RemoveProtocol(kHiiFontGuid);
-  EXPECT_EQ(HiiFontFallback_InstallIfMissing(), EFI_SUCCESS);
-  EXPECT_EQ(HandlesWith(kHiiFontGuid), 1u);
-}
-
 TEST_F(RefPlatServicesTest, BatteryQuestionFollowsTheStore) {
   PlatformServiceOperations* ops = PlatformService_Instance()->Operations;
   EXPECT_EQ(ops->Operation[kPlatformBatteryQuestion](), 1u);
@@ -142,40 +132,6 @@ TEST_F(RefPlatServicesTest, ExtendedKeysCarryPs2Codes) {
   ExtendedKeyData data;
   EXPECT_EQ(keys->ReadKeyData(keys, &data), EFI_NOT_READY);
   EXPECT_EQ(keys->ReadKeyData(keys, nullptr), EFI_INVALID_PARAMETER);
-}
-
-// The utility lays a reader over ConIn that may read the extended protocol;
-// the protocol keeps reading the console's own reader, so no loop forms.
-EFI_STATUS EFIAPI ReaderOverConIn(EFI_SIMPLE_TEXT_INPUT_PROTOCOL*, EFI_INPUT_KEY* Key) {
-  ExtendedKeyData data;
-  const EFI_STATUS status = ExtendedKey_Instance()->ReadKeyData(ExtendedKey_Instance(), &data);
-  if (!EFI_ERROR(status)) *Key = data.Key;
-  return status;
-}
-
-TEST_F(RefPlatServicesTest, ExtendedKeysWithoutInputExUseTheSavedReader) {
-  fake::HideProtocol(kSimpleTextInputExGuid);
-  ASSERT_EQ(ExtendedKey_Install(), EFI_SUCCESS);
-  EFI_SIMPLE_TEXT_INPUT_PROTOCOL* conin = fake::SystemTable()->ConIn;
-  const EFI_INPUT_READ_KEY original = conin->ReadKeyStroke;
-  conin->ReadKeyStroke = ReaderOverConIn;
-  fake::PushKey(SCAN_ESC, 0);
-  EFI_INPUT_KEY key = {};
-  EXPECT_EQ(conin->ReadKeyStroke(conin, &key), EFI_SUCCESS);
-  EXPECT_EQ(key.ScanCode, SCAN_ESC);
-  conin->ReadKeyStroke = original;
-}
-
-TEST_F(RefPlatServicesTest, DebugTraceWritesTheFormattedLine) {
-  DebugTraceProtocolTable* trace = DebugTrace_Instance();
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(trace->Operation[kDebugTraceOperationIndex](
-                trace, "Malloc at file : %s function : %s line : %d address : %lx", "page.cpp",
-                "Draw", 42, 0x1F00),
-            EFI_SUCCESS);
-  EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            "Malloc at file : page.cpp function : Draw line : 42 address : 1f00\n");
-  EXPECT_EQ(trace->Operation[3](trace, "x", "", "", 0, 0), EFI_UNSUPPORTED);
 }
 
 TEST(RefPlatSystemInfo, ProcessorSpeedFromTheBrand) {

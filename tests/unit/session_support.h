@@ -204,11 +204,6 @@ protected:
                         });
   }
 
-  // The trace lines from Index on.
-  std::vector<std::string> TraceAfter(size_t Index) const {
-    if (Index >= Trace.size()) return {};
-    return std::vector<std::string>(Trace.begin() + static_cast<long>(Index), Trace.end());
-  }
   bool TraceHas(const std::string& Line) const {
     return std::find(Trace.begin(), Trace.end(), Line) != Trace.end();
   }
@@ -218,18 +213,6 @@ protected:
       if (line == Prefix || line.rfind(Prefix + " ", 0) == 0) ++n;
     }
     return n;
-  }
-  // Trace lines starting with "op N" for any N in Ops, in order.
-  std::vector<std::string> OnlyOps(const std::vector<int>& Ops,
-                                   const std::vector<std::string>& Lines) const {
-    std::vector<std::string> out;
-    for (const std::string& line : Lines) {
-      for (int op : Ops) {
-        const std::string prefix = "op " + std::to_string(op);
-        if (line == prefix || line.rfind(prefix + " ", 0) == 0) out.push_back(line);
-      }
-    }
-    return out;
   }
 
   std::map<std::string, UINT64> Settings;

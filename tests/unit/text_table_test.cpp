@@ -95,20 +95,4 @@ TEST_F(TextTableTest, ExpansionRestoresEverySlotAndIsIdempotent) {
   EXPECT_EQ(Slot(CommonGeneralHelp.Japanese).rfind(u"QUORVEX セットアップ", 0), 0u);
 }
 
-TEST_F(TextTableTest, ExpandedTextsMatchTheirSourcesCharacterForCharacter) {
-  // Quotes, kana and accents survive the packing; neighbouring entries do
-  // not bleed into each other (the pack has no terminators).
-  EXPECT_EQ(Slot(MainSystemTimeHelp.English),
-            u"<Tab> selects field.%x1000\"+\" or \"-\" changes the system %x0time.");
-  EXPECT_EQ(Slot(MainSystemTime.Japanese), u"システム時刻");
-  EXPECT_EQ(Slot(MainSystemTime.French), u"Heure système");
-  EXPECT_EQ(Slot(MainSystemDate.English), u"System Date");
-  EXPECT_EQ(Slot(SecurityModeHelp.English).substr(Slot(SecurityModeHelp.English).size() - 38),
-            u"You can’t delete only a User Password.");
-  EXPECT_EQ(Slot(ExitDiscardingChanges.French), u"Quittez sans enregistrez");
-  EXPECT_EQ(Slot(ExitDisableBatteryConfirm.Japanese),
-            u"変更を保存して電源OFFします。%x1000進めますか？");
-  EXPECT_GT(kTextTableEntryCount, 0u);
-}
-
 } // namespace
