@@ -53,7 +53,7 @@ void ForgetModalState() {
   ActionBusy = 0;
 }
 
-}  // namespace
+} // namespace
 
 extern "C" EFI_STATUS EFIAPI _ModuleEntryPoint(EFI_HANDLE ImageHandle, EFI_SYSTEM_TABLE* Table) {
   const bool restarted = Quorvex_SetJump(&RestartBuffer) != 0;

@@ -9,7 +9,7 @@ UINT64 TabWidth;
 namespace {
 constexpr UINT32 kNoMode = 0xFFFFFFFFu;
 constexpr UINT32 kMinimumWidth = 1024;
-}  // namespace
+} // namespace
 
 EFI_STATUS ChooseGraphicsMode() {
   if (GraphicsOutput == nullptr || GraphicsOutput->Mode == nullptr) return EFI_NOT_FOUND;

@@ -30,7 +30,7 @@ template <typename T> bool Locate(const EFI_GUID& Guid, T** Slot) {
   return found != nullptr;
 }
 
-}  // namespace
+} // namespace
 
 EFI_STATUS BindPlatform(EFI_HANDLE ImageHandle, EFI_SYSTEM_TABLE* Table) {
   Quorvex_Lib_Init(ImageHandle, Table);

@@ -31,8 +31,7 @@ void CloseRestartEvent() {
 void ArmRestart() {
   RestartPending = 0;
   RestartEvent = nullptr;
-  BootServices->CreateEvent(EVT_NOTIFY_SIGNAL, TPL_CALLBACK, RestartNotify, nullptr,
-                            &RestartEvent);
+  BootServices->CreateEvent(EVT_NOTIFY_SIGNAL, TPL_CALLBACK, RestartNotify, nullptr, &RestartEvent);
   void* registration = nullptr;
   BootServices->RegisterProtocolNotify(&kRestartTriggerGuid, RestartEvent, &registration);
 }

@@ -30,8 +30,7 @@ EFI_STATUS Quorvex_Grayout_Help_Button_Control(UINT64 X, UINT64 Y, UINT64 Width,
                                                const CHAR16* Caption, const CHAR16* KeyText);
 
 EFI_STATUS Quorvex_Label_Value_Control(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
-                                       const CHAR16* Label, const CHAR16* Value,
-                                       UINT64 LabelWidth);
+                                       const CHAR16* Label, const CHAR16* Value, UINT64 LabelWidth);
 
 EFI_STATUS Quorvex_Button_Control_Color_Modified_Mode(UINT64 X, UINT64 Y, UINT64 Width,
                                                       UINT64 Height, const CHAR16* Caption,

@@ -49,7 +49,9 @@ constexpr EFI_STATUS EFI_ABORTED = kEfiErrorBit | 21;
 constexpr EFI_STATUS EFI_CRC_ERROR = kEfiErrorBit | 27;
 constexpr EFI_STATUS EFI_SECURITY_VIOLATION = kEfiErrorBit | 26;
 
-constexpr bool EFI_ERROR(EFI_STATUS s) { return (s & kEfiErrorBit) != 0; }
+constexpr bool EFI_ERROR(EFI_STATUS s) {
+  return (s & kEfiErrorBit) != 0;
+}
 
 struct EFI_GUID {
   UINT32 Data1;
@@ -116,7 +118,12 @@ enum EFI_LOCATE_SEARCH_TYPE : UINT32 { AllHandles, ByRegisterNotify, ByProtocol 
 
 enum EFI_INTERFACE_TYPE : UINT32 { EFI_NATIVE_INTERFACE };
 
-enum EFI_RESET_TYPE : UINT32 { EfiResetCold, EfiResetWarm, EfiResetShutdown, EfiResetPlatformSpecific };
+enum EFI_RESET_TYPE : UINT32 {
+  EfiResetCold,
+  EfiResetWarm,
+  EfiResetShutdown,
+  EfiResetPlatformSpecific
+};
 
 constexpr UINT32 EVT_TIMER = 0x80000000u;
 constexpr UINT32 EVT_NOTIFY_WAIT = 0x00000100u;
@@ -144,9 +151,9 @@ static_assert(sizeof(EFI_INPUT_KEY) == 4);
 
 struct EFI_SIMPLE_TEXT_INPUT_PROTOCOL;
 typedef EFI_STATUS(EFIAPI* EFI_INPUT_RESET)(EFI_SIMPLE_TEXT_INPUT_PROTOCOL* This,
-                                             BOOLEAN ExtendedVerification);
+                                            BOOLEAN ExtendedVerification);
 typedef EFI_STATUS(EFIAPI* EFI_INPUT_READ_KEY)(EFI_SIMPLE_TEXT_INPUT_PROTOCOL* This,
-                                                EFI_INPUT_KEY* Key);
+                                               EFI_INPUT_KEY* Key);
 struct EFI_SIMPLE_TEXT_INPUT_PROTOCOL {
   EFI_INPUT_RESET Reset;
   EFI_INPUT_READ_KEY ReadKeyStroke;
@@ -166,13 +173,13 @@ struct EFI_SIMPLE_TEXT_OUTPUT_PROTOCOL {
   EFI_STATUS(EFIAPI* Reset)(EFI_SIMPLE_TEXT_OUTPUT_PROTOCOL* This, BOOLEAN ExtendedVerification);
   EFI_STATUS(EFIAPI* OutputString)(EFI_SIMPLE_TEXT_OUTPUT_PROTOCOL* This, const CHAR16* String);
   EFI_STATUS(EFIAPI* TestString)(EFI_SIMPLE_TEXT_OUTPUT_PROTOCOL* This, const CHAR16* String);
-  EFI_STATUS(EFIAPI* QueryMode)(EFI_SIMPLE_TEXT_OUTPUT_PROTOCOL* This, UINTN ModeNumber,
-                                UINTN* Columns, UINTN* Rows);
+  EFI_STATUS(EFIAPI* QueryMode)
+  (EFI_SIMPLE_TEXT_OUTPUT_PROTOCOL* This, UINTN ModeNumber, UINTN* Columns, UINTN* Rows);
   EFI_STATUS(EFIAPI* SetMode)(EFI_SIMPLE_TEXT_OUTPUT_PROTOCOL* This, UINTN ModeNumber);
   EFI_STATUS(EFIAPI* SetAttribute)(EFI_SIMPLE_TEXT_OUTPUT_PROTOCOL* This, UINTN Attribute);
   EFI_STATUS(EFIAPI* ClearScreen)(EFI_SIMPLE_TEXT_OUTPUT_PROTOCOL* This);
-  EFI_STATUS(EFIAPI* SetCursorPosition)(EFI_SIMPLE_TEXT_OUTPUT_PROTOCOL* This, UINTN Column,
-                                        UINTN Row);
+  EFI_STATUS(EFIAPI* SetCursorPosition)
+  (EFI_SIMPLE_TEXT_OUTPUT_PROTOCOL* This, UINTN Column, UINTN Row);
   EFI_STATUS(EFIAPI* EnableCursor)(EFI_SIMPLE_TEXT_OUTPUT_PROTOCOL* This, BOOLEAN Visible);
   EFI_SIMPLE_TEXT_OUTPUT_MODE* Mode;
 };
@@ -198,12 +205,11 @@ struct EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL {
   EFI_STATUS(EFIAPI* ReadKeyStrokeEx)(EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL* This, EFI_KEY_DATA* Key);
   EFI_EVENT WaitForKeyEx;
   EFI_STATUS(EFIAPI* SetState)(EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL* This, UINT8* KeyToggleState);
-  EFI_STATUS(EFIAPI* RegisterKeyNotify)(EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL* This,
-                                        EFI_KEY_DATA* KeyData,
-                                        EFI_KEY_NOTIFY_FUNCTION KeyNotificationFunction,
-                                        void** NotifyHandle);
-  EFI_STATUS(EFIAPI* UnregisterKeyNotify)(EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL* This,
-                                          void* NotificationHandle);
+  EFI_STATUS(EFIAPI* RegisterKeyNotify)
+  (EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL* This, EFI_KEY_DATA* KeyData,
+   EFI_KEY_NOTIFY_FUNCTION KeyNotificationFunction, void** NotifyHandle);
+  EFI_STATUS(EFIAPI* UnregisterKeyNotify)
+  (EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL* This, void* NotificationHandle);
 };
 
 // UEFI scan codes used by the utility.
@@ -359,8 +365,8 @@ struct EFI_ABSOLUTE_POINTER_STATE {
 };
 struct EFI_ABSOLUTE_POINTER_PROTOCOL {
   EFI_STATUS(EFIAPI* Reset)(EFI_ABSOLUTE_POINTER_PROTOCOL* This, BOOLEAN ExtendedVerification);
-  EFI_STATUS(EFIAPI* GetState)(EFI_ABSOLUTE_POINTER_PROTOCOL* This,
-                               EFI_ABSOLUTE_POINTER_STATE* State);
+  EFI_STATUS(EFIAPI* GetState)
+  (EFI_ABSOLUTE_POINTER_PROTOCOL* This, EFI_ABSOLUTE_POINTER_STATE* State);
   EFI_EVENT WaitForInput;
   EFI_ABSOLUTE_POINTER_MODE* Mode;
 };
@@ -372,20 +378,19 @@ constexpr EFI_GUID kHiiFontGuid = {
     0xE9CA4775, 0x8657, 0x47FC, {0x97, 0xE7, 0x7E, 0xD6, 0x5A, 0x08, 0x43, 0x24}};
 
 struct EFI_HII_FONT_PROTOCOL {
-  EFI_STATUS(EFIAPI* StringToImage)(EFI_HII_FONT_PROTOCOL* This, UINT32 Flags,
-                                    const CHAR16* String, const void* StringInfo, void** Blt,
-                                    UINTN BltX, UINTN BltY, void** RowInfoArray,
-                                    UINTN* RowInfoArraySize, UINTN* ColumnInfoArray);
-  EFI_STATUS(EFIAPI* StringIdToImage)(EFI_HII_FONT_PROTOCOL* This, UINT32 Flags,
-                                      EFI_HANDLE PackageList, UINT16 StringId,
-                                      const CHAR8* Language, const void* StringInfo, void** Blt,
-                                      UINTN BltX, UINTN BltY, void** RowInfoArray,
-                                      UINTN* RowInfoArraySize, UINTN* ColumnInfoArray);
-  EFI_STATUS(EFIAPI* GetGlyph)(EFI_HII_FONT_PROTOCOL* This, CHAR16 Char, const void* StringInfo,
-                               void** Blt, UINTN* Baseline);
-  EFI_STATUS(EFIAPI* GetFontInfo)(EFI_HII_FONT_PROTOCOL* This, void** FontHandle,
-                                  const void* StringInfoIn, void** StringInfoOut,
-                                  const CHAR16* String);
+  EFI_STATUS(EFIAPI* StringToImage)
+  (EFI_HII_FONT_PROTOCOL* This, UINT32 Flags, const CHAR16* String, const void* StringInfo,
+   void** Blt, UINTN BltX, UINTN BltY, void** RowInfoArray, UINTN* RowInfoArraySize,
+   UINTN* ColumnInfoArray);
+  EFI_STATUS(EFIAPI* StringIdToImage)
+  (EFI_HII_FONT_PROTOCOL* This, UINT32 Flags, EFI_HANDLE PackageList, UINT16 StringId,
+   const CHAR8* Language, const void* StringInfo, void** Blt, UINTN BltX, UINTN BltY,
+   void** RowInfoArray, UINTN* RowInfoArraySize, UINTN* ColumnInfoArray);
+  EFI_STATUS(EFIAPI* GetGlyph)
+  (EFI_HII_FONT_PROTOCOL* This, CHAR16 Char, const void* StringInfo, void** Blt, UINTN* Baseline);
+  EFI_STATUS(EFIAPI* GetFontInfo)
+  (EFI_HII_FONT_PROTOCOL* This, void** FontHandle, const void* StringInfoIn, void** StringInfoOut,
+   const CHAR16* String);
 };
 
 // ---------------------------------------------------------------------------
@@ -422,18 +427,19 @@ static_assert(offsetof(EFI_LOADED_IMAGE_PROTOCOL, ImageBase) == 64);
 
 struct EFI_FILE_PROTOCOL {
   UINT64 Revision;
-  EFI_STATUS(EFIAPI* Open)(EFI_FILE_PROTOCOL* This, EFI_FILE_PROTOCOL** NewHandle,
-                           const CHAR16* FileName, UINT64 OpenMode, UINT64 Attributes);
+  EFI_STATUS(EFIAPI* Open)
+  (EFI_FILE_PROTOCOL* This, EFI_FILE_PROTOCOL** NewHandle, const CHAR16* FileName, UINT64 OpenMode,
+   UINT64 Attributes);
   EFI_STATUS(EFIAPI* Close)(EFI_FILE_PROTOCOL* This);
   EFI_STATUS(EFIAPI* Delete)(EFI_FILE_PROTOCOL* This);
   EFI_STATUS(EFIAPI* Read)(EFI_FILE_PROTOCOL* This, UINTN* BufferSize, void* Buffer);
   EFI_STATUS(EFIAPI* Write)(EFI_FILE_PROTOCOL* This, UINTN* BufferSize, const void* Buffer);
   EFI_STATUS(EFIAPI* GetPosition)(EFI_FILE_PROTOCOL* This, UINT64* Position);
   EFI_STATUS(EFIAPI* SetPosition)(EFI_FILE_PROTOCOL* This, UINT64 Position);
-  EFI_STATUS(EFIAPI* GetInfo)(EFI_FILE_PROTOCOL* This, const EFI_GUID* InformationType,
-                              UINTN* BufferSize, void* Buffer);
-  EFI_STATUS(EFIAPI* SetInfo)(EFI_FILE_PROTOCOL* This, const EFI_GUID* InformationType,
-                              UINTN BufferSize, const void* Buffer);
+  EFI_STATUS(EFIAPI* GetInfo)
+  (EFI_FILE_PROTOCOL* This, const EFI_GUID* InformationType, UINTN* BufferSize, void* Buffer);
+  EFI_STATUS(EFIAPI* SetInfo)
+  (EFI_FILE_PROTOCOL* This, const EFI_GUID* InformationType, UINTN BufferSize, const void* Buffer);
   EFI_STATUS(EFIAPI* Flush)(EFI_FILE_PROTOCOL* This);
 };
 constexpr UINT64 EFI_FILE_MODE_READ = 0x0000000000000001ull;
@@ -450,75 +456,78 @@ struct EFI_BOOT_SERVICES {
   EFI_TABLE_HEADER Hdr;
   EFI_TPL(EFIAPI* RaiseTPL)(EFI_TPL NewTpl);
   void(EFIAPI* RestoreTPL)(EFI_TPL OldTpl);
-  EFI_STATUS(EFIAPI* AllocatePages)(EFI_ALLOCATE_TYPE Type, EFI_MEMORY_TYPE MemoryType,
-                                    UINTN Pages, EFI_PHYSICAL_ADDRESS* Memory);
+  EFI_STATUS(EFIAPI* AllocatePages)
+  (EFI_ALLOCATE_TYPE Type, EFI_MEMORY_TYPE MemoryType, UINTN Pages, EFI_PHYSICAL_ADDRESS* Memory);
   EFI_STATUS(EFIAPI* FreePages)(EFI_PHYSICAL_ADDRESS Memory, UINTN Pages);
-  EFI_STATUS(EFIAPI* GetMemoryMap)(UINTN* MemoryMapSize, void* MemoryMap, UINTN* MapKey,
-                                   UINTN* DescriptorSize, UINT32* DescriptorVersion);
+  EFI_STATUS(EFIAPI* GetMemoryMap)
+  (UINTN* MemoryMapSize, void* MemoryMap, UINTN* MapKey, UINTN* DescriptorSize,
+   UINT32* DescriptorVersion);
   EFI_STATUS(EFIAPI* AllocatePool)(EFI_MEMORY_TYPE PoolType, UINTN Size, void** Buffer);
   EFI_STATUS(EFIAPI* FreePool)(void* Buffer);
-  EFI_STATUS(EFIAPI* CreateEvent)(UINT32 Type, EFI_TPL NotifyTpl, EFI_EVENT_NOTIFY NotifyFunction,
-                                  void* NotifyContext, EFI_EVENT* Event);
+  EFI_STATUS(EFIAPI* CreateEvent)
+  (UINT32 Type, EFI_TPL NotifyTpl, EFI_EVENT_NOTIFY NotifyFunction, void* NotifyContext,
+   EFI_EVENT* Event);
   EFI_STATUS(EFIAPI* SetTimer)(EFI_EVENT Event, UINT32 Type, UINT64 TriggerTime);
   EFI_STATUS(EFIAPI* WaitForEvent)(UINTN NumberOfEvents, EFI_EVENT* Event, UINTN* Index);
   EFI_STATUS(EFIAPI* SignalEvent)(EFI_EVENT Event);
   EFI_STATUS(EFIAPI* CloseEvent)(EFI_EVENT Event);
   EFI_STATUS(EFIAPI* CheckEvent)(EFI_EVENT Event);
-  EFI_STATUS(EFIAPI* InstallProtocolInterface)(EFI_HANDLE* Handle, const EFI_GUID* Protocol,
-                                               EFI_INTERFACE_TYPE InterfaceType, void* Interface);
-  EFI_STATUS(EFIAPI* ReinstallProtocolInterface)(EFI_HANDLE Handle, const EFI_GUID* Protocol,
-                                                 void* OldInterface, void* NewInterface);
-  EFI_STATUS(EFIAPI* UninstallProtocolInterface)(EFI_HANDLE Handle, const EFI_GUID* Protocol,
-                                                 void* Interface);
-  EFI_STATUS(EFIAPI* HandleProtocol)(EFI_HANDLE Handle, const EFI_GUID* Protocol,
-                                     void** Interface);
+  EFI_STATUS(EFIAPI* InstallProtocolInterface)
+  (EFI_HANDLE* Handle, const EFI_GUID* Protocol, EFI_INTERFACE_TYPE InterfaceType, void* Interface);
+  EFI_STATUS(EFIAPI* ReinstallProtocolInterface)
+  (EFI_HANDLE Handle, const EFI_GUID* Protocol, void* OldInterface, void* NewInterface);
+  EFI_STATUS(EFIAPI* UninstallProtocolInterface)
+  (EFI_HANDLE Handle, const EFI_GUID* Protocol, void* Interface);
+  EFI_STATUS(EFIAPI* HandleProtocol)(EFI_HANDLE Handle, const EFI_GUID* Protocol, void** Interface);
   void* Reserved;
-  EFI_STATUS(EFIAPI* RegisterProtocolNotify)(const EFI_GUID* Protocol, EFI_EVENT Event,
-                                             void** Registration);
-  EFI_STATUS(EFIAPI* LocateHandle)(EFI_LOCATE_SEARCH_TYPE SearchType, const EFI_GUID* Protocol,
-                                   void* SearchKey, UINTN* BufferSize, EFI_HANDLE* Buffer);
-  EFI_STATUS(EFIAPI* LocateDevicePath)(const EFI_GUID* Protocol,
-                                       EFI_DEVICE_PATH_PROTOCOL** DevicePath, EFI_HANDLE* Device);
+  EFI_STATUS(EFIAPI* RegisterProtocolNotify)
+  (const EFI_GUID* Protocol, EFI_EVENT Event, void** Registration);
+  EFI_STATUS(EFIAPI* LocateHandle)
+  (EFI_LOCATE_SEARCH_TYPE SearchType, const EFI_GUID* Protocol, void* SearchKey, UINTN* BufferSize,
+   EFI_HANDLE* Buffer);
+  EFI_STATUS(EFIAPI* LocateDevicePath)
+  (const EFI_GUID* Protocol, EFI_DEVICE_PATH_PROTOCOL** DevicePath, EFI_HANDLE* Device);
   EFI_STATUS(EFIAPI* InstallConfigurationTable)(const EFI_GUID* Guid, void* Table);
-  EFI_STATUS(EFIAPI* LoadImage)(BOOLEAN BootPolicy, EFI_HANDLE ParentImageHandle,
-                                EFI_DEVICE_PATH_PROTOCOL* DevicePath, void* SourceBuffer,
-                                UINTN SourceSize, EFI_HANDLE* ImageHandle);
+  EFI_STATUS(EFIAPI* LoadImage)
+  (BOOLEAN BootPolicy, EFI_HANDLE ParentImageHandle, EFI_DEVICE_PATH_PROTOCOL* DevicePath,
+   void* SourceBuffer, UINTN SourceSize, EFI_HANDLE* ImageHandle);
   EFI_STATUS(EFIAPI* StartImage)(EFI_HANDLE ImageHandle, UINTN* ExitDataSize, CHAR16** ExitData);
-  EFI_STATUS(EFIAPI* Exit)(EFI_HANDLE ImageHandle, EFI_STATUS ExitStatus, UINTN ExitDataSize,
-                           CHAR16* ExitData);
+  EFI_STATUS(EFIAPI* Exit)
+  (EFI_HANDLE ImageHandle, EFI_STATUS ExitStatus, UINTN ExitDataSize, CHAR16* ExitData);
   EFI_STATUS(EFIAPI* UnloadImage)(EFI_HANDLE ImageHandle);
   EFI_STATUS(EFIAPI* ExitBootServices)(EFI_HANDLE ImageHandle, UINTN MapKey);
   EFI_STATUS(EFIAPI* GetNextMonotonicCount)(UINT64* Count);
   EFI_STATUS(EFIAPI* Stall)(UINTN Microseconds);
-  EFI_STATUS(EFIAPI* SetWatchdogTimer)(UINTN Timeout, UINT64 WatchdogCode, UINTN DataSize,
-                                       CHAR16* WatchdogData);
-  EFI_STATUS(EFIAPI* ConnectController)(EFI_HANDLE ControllerHandle, EFI_HANDLE* DriverImageHandle,
-                                        EFI_DEVICE_PATH_PROTOCOL* RemainingDevicePath,
-                                        BOOLEAN Recursive);
-  EFI_STATUS(EFIAPI* DisconnectController)(EFI_HANDLE ControllerHandle,
-                                           EFI_HANDLE DriverImageHandle, EFI_HANDLE ChildHandle);
-  EFI_STATUS(EFIAPI* OpenProtocol)(EFI_HANDLE Handle, const EFI_GUID* Protocol, void** Interface,
-                                   EFI_HANDLE AgentHandle, EFI_HANDLE ControllerHandle,
-                                   UINT32 Attributes);
-  EFI_STATUS(EFIAPI* CloseProtocol)(EFI_HANDLE Handle, const EFI_GUID* Protocol,
-                                    EFI_HANDLE AgentHandle, EFI_HANDLE ControllerHandle);
-  EFI_STATUS(EFIAPI* OpenProtocolInformation)(EFI_HANDLE Handle, const EFI_GUID* Protocol,
-                                              void** EntryBuffer, UINTN* EntryCount);
-  EFI_STATUS(EFIAPI* ProtocolsPerHandle)(EFI_HANDLE Handle, EFI_GUID*** ProtocolBuffer,
-                                         UINTN* ProtocolBufferCount);
-  EFI_STATUS(EFIAPI* LocateHandleBuffer)(EFI_LOCATE_SEARCH_TYPE SearchType,
-                                         const EFI_GUID* Protocol, void* SearchKey,
-                                         UINTN* NoHandles, EFI_HANDLE** Buffer);
-  EFI_STATUS(EFIAPI* LocateProtocol)(const EFI_GUID* Protocol, void* Registration,
-                                     void** Interface);
+  EFI_STATUS(EFIAPI* SetWatchdogTimer)
+  (UINTN Timeout, UINT64 WatchdogCode, UINTN DataSize, CHAR16* WatchdogData);
+  EFI_STATUS(EFIAPI* ConnectController)
+  (EFI_HANDLE ControllerHandle, EFI_HANDLE* DriverImageHandle,
+   EFI_DEVICE_PATH_PROTOCOL* RemainingDevicePath, BOOLEAN Recursive);
+  EFI_STATUS(EFIAPI* DisconnectController)
+  (EFI_HANDLE ControllerHandle, EFI_HANDLE DriverImageHandle, EFI_HANDLE ChildHandle);
+  EFI_STATUS(EFIAPI* OpenProtocol)
+  (EFI_HANDLE Handle, const EFI_GUID* Protocol, void** Interface, EFI_HANDLE AgentHandle,
+   EFI_HANDLE ControllerHandle, UINT32 Attributes);
+  EFI_STATUS(EFIAPI* CloseProtocol)
+  (EFI_HANDLE Handle, const EFI_GUID* Protocol, EFI_HANDLE AgentHandle,
+   EFI_HANDLE ControllerHandle);
+  EFI_STATUS(EFIAPI* OpenProtocolInformation)
+  (EFI_HANDLE Handle, const EFI_GUID* Protocol, void** EntryBuffer, UINTN* EntryCount);
+  EFI_STATUS(EFIAPI* ProtocolsPerHandle)
+  (EFI_HANDLE Handle, EFI_GUID*** ProtocolBuffer, UINTN* ProtocolBufferCount);
+  EFI_STATUS(EFIAPI* LocateHandleBuffer)
+  (EFI_LOCATE_SEARCH_TYPE SearchType, const EFI_GUID* Protocol, void* SearchKey, UINTN* NoHandles,
+   EFI_HANDLE** Buffer);
+  EFI_STATUS(EFIAPI* LocateProtocol)
+  (const EFI_GUID* Protocol, void* Registration, void** Interface);
   void* InstallMultipleProtocolInterfaces;   // variadic; not used
   void* UninstallMultipleProtocolInterfaces; // variadic; not used
   EFI_STATUS(EFIAPI* CalculateCrc32)(const void* Data, UINTN DataSize, UINT32* Crc32);
   void(EFIAPI* CopyMem)(void* Destination, const void* Source, UINTN Length);
   void(EFIAPI* SetMem)(void* Buffer, UINTN Size, UINT8 Value);
-  EFI_STATUS(EFIAPI* CreateEventEx)(UINT32 Type, EFI_TPL NotifyTpl,
-                                    EFI_EVENT_NOTIFY NotifyFunction, const void* NotifyContext,
-                                    const EFI_GUID* EventGroup, EFI_EVENT* Event);
+  EFI_STATUS(EFIAPI* CreateEventEx)
+  (UINT32 Type, EFI_TPL NotifyTpl, EFI_EVENT_NOTIFY NotifyFunction, const void* NotifyContext,
+   const EFI_GUID* EventGroup, EFI_EVENT* Event);
 };
 static_assert(offsetof(EFI_BOOT_SERVICES, AllocatePool) == 0x40);
 static_assert(offsetof(EFI_BOOT_SERVICES, CreateEvent) == 0x50);
@@ -545,15 +554,17 @@ struct EFI_RUNTIME_SERVICES {
   EFI_STATUS(EFIAPI* SetTime)(EFI_TIME* Time);
   EFI_STATUS(EFIAPI* GetWakeupTime)(BOOLEAN* Enabled, BOOLEAN* Pending, EFI_TIME* Time);
   EFI_STATUS(EFIAPI* SetWakeupTime)(BOOLEAN Enable, EFI_TIME* Time);
-  EFI_STATUS(EFIAPI* SetVirtualAddressMap)(UINTN MemoryMapSize, UINTN DescriptorSize,
-                                           UINT32 DescriptorVersion, void* VirtualMap);
+  EFI_STATUS(EFIAPI* SetVirtualAddressMap)
+  (UINTN MemoryMapSize, UINTN DescriptorSize, UINT32 DescriptorVersion, void* VirtualMap);
   EFI_STATUS(EFIAPI* ConvertPointer)(UINTN DebugDisposition, void** Address);
-  EFI_STATUS(EFIAPI* GetVariable)(const CHAR16* VariableName, const EFI_GUID* VendorGuid,
-                                  UINT32* Attributes, UINTN* DataSize, void* Data);
-  EFI_STATUS(EFIAPI* GetNextVariableName)(UINTN* VariableNameSize, CHAR16* VariableName,
-                                          EFI_GUID* VendorGuid);
-  EFI_STATUS(EFIAPI* SetVariable)(const CHAR16* VariableName, const EFI_GUID* VendorGuid,
-                                  UINT32 Attributes, UINTN DataSize, const void* Data);
+  EFI_STATUS(EFIAPI* GetVariable)
+  (const CHAR16* VariableName, const EFI_GUID* VendorGuid, UINT32* Attributes, UINTN* DataSize,
+   void* Data);
+  EFI_STATUS(EFIAPI* GetNextVariableName)
+  (UINTN* VariableNameSize, CHAR16* VariableName, EFI_GUID* VendorGuid);
+  EFI_STATUS(EFIAPI* SetVariable)
+  (const CHAR16* VariableName, const EFI_GUID* VendorGuid, UINT32 Attributes, UINTN DataSize,
+   const void* Data);
   EFI_STATUS(EFIAPI* GetNextHighMonotonicCount)(UINT32* HighCount);
   void(EFIAPI* ResetSystem)(EFI_RESET_TYPE ResetType, EFI_STATUS ResetStatus, UINTN DataSize,
                             const void* ResetData);

@@ -18,8 +18,9 @@ constexpr EFI_GUID kLargeDigitFontGuid = {
     0x842003A1, 0x1F6A, 0x447D, {0xA3, 0x18, 0xEC, 0xB0, 0x5C, 0x80, 0x0D, 0x77}};
 
 struct GlyphFontProtocol {
-  EFI_STATUS(EFIAPI* GetGlyph)(GlyphFontProtocol* This, CHAR16 Character, const UINT8** Coverage,
-                               UINT32* Width, UINT32* Height, UINT32* Pitch);
+  EFI_STATUS(EFIAPI* GetGlyph)
+  (GlyphFontProtocol* This, CHAR16 Character, const UINT8** Coverage, UINT32* Width, UINT32* Height,
+   UINT32* Pitch);
   EFI_STATUS(EFIAPI* GetAdvance)(GlyphFontProtocol* This, CHAR16 Character, UINT64* Advance);
   EFI_STATUS(EFIAPI* GetLineHeight)(GlyphFontProtocol* This, UINT64* LineHeight);
 };
@@ -124,10 +125,10 @@ constexpr EFI_GUID kExtendedKeyCodeGuid = {
     0x0ADFB62D, 0xFF74, 0x484C, {0x89, 0x44, 0xF8, 0x5C, 0x4B, 0xEA, 0x87, 0xA8}};
 
 struct ExtendedKeyData {
-  EFI_INPUT_KEY Key;       // bytes 0-3
-  EFI_KEY_STATE KeyState;  // bytes 4-11
-  UINT32 EfiKey;           // bytes 12-15
-  UINT8 Ps2ScanCode;       // byte 16
+  EFI_INPUT_KEY Key;      // bytes 0-3
+  EFI_KEY_STATE KeyState; // bytes 4-11
+  UINT32 EfiKey;          // bytes 12-15
+  UINT8 Ps2ScanCode;      // byte 16
   UINT8 Reserved[7];
 };
 static_assert(offsetof(ExtendedKeyData, Ps2ScanCode) == 16);

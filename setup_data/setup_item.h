@@ -9,13 +9,13 @@ struct SetupItem;
 typedef void (*ItemAction)(SetupItem* Page);
 
 enum ItemKind : UINT32 {
-  ItemButton = 0,       // button with the label; Action on Enter or click
-  ItemValueButton = 1,  // label + value text (Data: CHAR16[200] buffer, Value: label width)
-  ItemInfo = 2,         // read-only label + value (Data: CHAR16*, Value: label width)
-  ItemOptionCycle = 3,  // on/off option (Data: option text array, Value: state)
-  ItemDropDown = 4,     // drop-down (Data: index, Value: open flag, Options: texts)
-  ItemHeading = 5,      // section heading (label only)
-  ItemAdjust = 6,       // adjustment button (Data: current number)
+  ItemButton = 0,      // button with the label; Action on Enter or click
+  ItemValueButton = 1, // label + value text (Data: CHAR16[200] buffer, Value: label width)
+  ItemInfo = 2,        // read-only label + value (Data: CHAR16*, Value: label width)
+  ItemOptionCycle = 3, // on/off option (Data: option text array, Value: state)
+  ItemDropDown = 4,    // drop-down (Data: index, Value: open flag, Options: texts)
+  ItemHeading = 5,     // section heading (label only)
+  ItemAdjust = 6,      // adjustment button (Data: current number)
 };
 
 // Twelve 64-bit words per record.
@@ -27,14 +27,14 @@ struct SetupItem {
   UINT64 Width;
   UINT64 Height;
   UINT64 Gap;
-  const CHAR16* Help;  // text reference (English slot), or null
+  const CHAR16* Help; // text reference (English slot), or null
   ItemAction Action;
   UINT8 GreyedOut;
   UINT8 Hidden;
   UINT8 Pad1[6];
-  const CHAR16* Label;  // text reference (English slot)
-  UINT64 Data;          // by kind: buffer / text pointer / option array / index / number
-  UINT64 Value;         // by kind: label width / state / open flag
+  const CHAR16* Label; // text reference (English slot)
+  UINT64 Data;         // by kind: buffer / text pointer / option array / index / number
+  UINT64 Value;        // by kind: label width / state / open flag
   const CHAR16* const* Options;
   UINT64 Spare;
 };

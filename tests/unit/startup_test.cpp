@@ -95,15 +95,16 @@ TEST_P(FailureTableTest, MissingRequiredProtocolEndsWithNotFoundAndDrawsNothing)
   EXPECT_EQ(fake::Blt().PixelsWritten, 0u) << GetParam().Name;
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    EveryRequiredService, FailureTableTest,
-    ::testing::Values(MissingProtocol{"GraphicsOutput", kGraphicsOutputGuid},
-                      MissingProtocol{"ImageDisplay", kImageDisplayGuid},
-                      MissingProtocol{"PlatformService", kPlatformServiceGuid},
-                      MissingProtocol{"HiiFont", kHiiFontGuid},
-                      MissingProtocol{"GlyphFont", kGlyphFontGuid},
-                      MissingProtocol{"SetupData", kSetupDataGuid}),
-    [](const ::testing::TestParamInfo<MissingProtocol>& Info) { return Info.param.Name; });
+INSTANTIATE_TEST_SUITE_P(EveryRequiredService, FailureTableTest,
+                         ::testing::Values(MissingProtocol{"GraphicsOutput", kGraphicsOutputGuid},
+                                           MissingProtocol{"ImageDisplay", kImageDisplayGuid},
+                                           MissingProtocol{"PlatformService", kPlatformServiceGuid},
+                                           MissingProtocol{"HiiFont", kHiiFontGuid},
+                                           MissingProtocol{"GlyphFont", kGlyphFontGuid},
+                                           MissingProtocol{"SetupData", kSetupDataGuid}),
+                         [](const ::testing::TestParamInfo<MissingProtocol>& Info) {
+                           return Info.param.Name;
+                         });
 
 TEST_F(StartupTest, MissingDebugTraceIsIgnored) {
   fake::HideProtocol(kDebugTraceGuid);
@@ -133,7 +134,7 @@ TEST_F(StartupTest, RestartRebuildsTheScreenOnceWithoutReadingSettingsAgain) {
       setUpLines = Trace.size();
       EXPECT_EQ(CountLines(Trace, "op 16"), 1u);
       EXPECT_EQ(MainPageItems[0].Width, rowWidth);
-      MainPageItems[0].Width = 0;  // the layout must put it back
+      MainPageItems[0].Width = 0; // the layout must put it back
       fake::TriggerRestart();
       fake::TriggerRestart();
     } else if (Round == 1) {
@@ -149,4 +150,4 @@ TEST_F(StartupTest, RestartRebuildsTheScreenOnceWithoutReadingSettingsAgain) {
   EXPECT_EQ(later, (std::vector<std::string>{"op 10", "op 10"}));
 }
 
-}  // namespace
+} // namespace
