@@ -198,19 +198,15 @@ bool Quorvex_Page_HandleKey(const PageView& View, const PageLoopHooks& Hooks,
   if (Hooks.PageKey != nullptr && Hooks.PageKey(Key)) return PageState == View.InsideState;
   switch (Key.ScanCode) {
   case SCAN_UP:
-    SelectPrevious(items, count);
-    Quorvex_Page_DrawList(View, true);
-    break;
   case SCAN_DOWN:
-    SelectNext(items, count);
-    Quorvex_Page_DrawList(View, true);
-    break;
   case SCAN_PAGE_UP:
-    Quorvex_Page_ListPageUp(items, count);
-    Quorvex_Page_DrawList(View, true);
-    break;
   case SCAN_PAGE_DOWN:
-    Quorvex_Page_ListPageDown(items, count);
+    // Focus and list-page moves; the list is redrawn whether or not the
+    // focus could move.
+    if (Key.ScanCode == SCAN_UP) SelectPrevious(items, count);
+    if (Key.ScanCode == SCAN_DOWN) SelectNext(items, count);
+    if (Key.ScanCode == SCAN_PAGE_UP) Quorvex_Page_ListPageUp(items, count);
+    if (Key.ScanCode == SCAN_PAGE_DOWN) Quorvex_Page_ListPageDown(items, count);
     Quorvex_Page_DrawList(View, true);
     break;
   case SCAN_LEFT:
