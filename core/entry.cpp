@@ -8,43 +8,13 @@
 #include "graphics/background.h"
 #include "graphics/graphics_state.h"
 #include "input/mouse.h"
+#include "pages/page_table.h"
 #include "pages/pages.h"
 
 EFI_STATUS LocateDebugTrace();
 void ArmRestart();
 
 namespace {
-
-void PreparePages() {
-  Quorvex_MainPage_Prepare();
-  Quorvex_SecurityPage_Prepare();
-  Quorvex_PowerManagementPage_Prepare();
-  Quorvex_AdvancedPage_Prepare();
-  Quorvex_SystemConfigurationPage_Prepare();
-  Quorvex_ExitPage_Prepare();
-}
-
-// Reads the settings into the item records. The Exit page's second routine
-// computes the access level; the refresh that follows applies it everywhere.
-void SetUpPages() {
-  Quorvex_ExitPage_Init();
-  Quorvex_MainPage_Init();
-  Quorvex_PowerManagementPage_Init();
-  Quorvex_AdvancedPage_Init();
-  Quorvex_AdvancedPage_Init2();
-  Quorvex_SystemConfigurationPage_Init();
-  Quorvex_SecurityPage_Init();
-  Quorvex_ExitPage_Init2();
-}
-
-void LayOutPages() {
-  Quorvex_MainPage_Layout();
-  Quorvex_SecurityPage_Layout();
-  Quorvex_PowerManagementPage_Layout();
-  Quorvex_AdvancedPage_Layout();
-  Quorvex_AdvancedPage_Layout2();
-  Quorvex_ExitPage_Layout();
-}
 
 // A restart can abandon a modal window half way; its flags and the screen it
 // saved under its grey-out must not outlive the screen they belonged to.
@@ -74,16 +44,17 @@ extern "C" EFI_STATUS EFIAPI _ModuleEntryPoint(EFI_HANDLE ImageHandle, EFI_SYSTE
   Quorvex_BackGround_Draw();
 
   if (!restarted) {
+    Quorvex_Mouse_SetClickChain(Quorvex_Pages_ClickChain);
     if (Quorvex_MouseInit(0, 0) == EFI_SUCCESS) {
       Quorvex_MouseDrain();
       Quorvex_UpdateMouse();
     }
-    PreparePages();
-    SetUpPages();
+    Quorvex_Pages_PrepareAll();
+    Quorvex_Pages_SetUpAll();
     Quorvex_RefreshAllPages();
   }
 
-  LayOutPages();
+  Quorvex_Pages_LayOutAll();
   Quorvex_MainLoop();
 
   CloseRestartEvent();

@@ -2,10 +2,6 @@
 // among equally wide modes the lowest-numbered one; the height plays no part.
 #include "core/startup.h"
 
-UINT64 ScreenWidth;
-UINT64 ScreenHeight;
-UINT64 TabWidth;
-
 namespace {
 constexpr UINT32 kNoMode = 0xFFFFFFFFu;
 constexpr UINT32 kMinimumWidth = 1024;

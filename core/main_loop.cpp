@@ -4,143 +4,61 @@
 #include "core/main_loop.h"
 
 #include "core/startup.h"
-#include "graphics/windows.h"
+#include "input/keys.h"
 #include "input/mouse.h"
 #include "pages/main_page.h"
 #include "pages/page_common.h"
+#include "pages/page_table.h"
 #include "pages/pages.h"
-#include "setup_data/setup_data_wrappers.h"
 
-UINT32 PageState;
-UINT16 HotKeyScanCode;
+namespace {
 
-void FlushKeys() {
-  EFI_INPUT_KEY key;
-  while (!EFI_ERROR(SystemTable->ConIn->ReadKeyStroke(SystemTable->ConIn, &key))) {
-  }
+// The tab of the highlighted state (the sub-page's tab state is the Advanced
+// tab), or kTabCount outside the tab states.
+UINT32 HighlightedTab() {
+  const PageRow* row = Quorvex_PageTable_TabStateRow(PageState);
+  return row != nullptr && IsTabState(PageState) ? row->View->Tab : kTabCount;
 }
 
-void Quorvex_LoadHotKey() {
-  SetupData_Get_hot_key_scan_code(&HotKeyScanCode);
-}
-
-EFI_STATUS Quorvex_ReadKey(EFI_INPUT_KEY* Key) {
-  Key->ScanCode = 0;
-  Key->UnicodeChar = 0;
-  EFI_STATUS status = SystemTable->ConIn->ReadKeyStroke(SystemTable->ConIn, Key);
-  if (EFI_ERROR(status)) return status;
-  if (Key->ScanCode == HotKeyScanCode) SetupData_report_hot_key(Key->ScanCode);
-  return EFI_SUCCESS;
-}
-
-bool Quorvex_GlobalKey(const EFI_INPUT_KEY& Key) {
-  switch (Key.ScanCode) {
-  case SCAN_F1:
-    Quorvex_GeneralHelp();
-    return true;
-  case SCAN_F9:
-    Quorvex_LoadSetupDefaults();
-    return true;
-  case SCAN_F10:
-    Quorvex_ExitSavingChanges();
-    return true;
-  case SCAN_ESC:
-    Quorvex_ExitDiscardingChanges();
-    return true;
-  default:
-    return false;
-  }
-}
+} // namespace
 
 void TabUp() {
-  switch (PageState) {
-  case kStateSecurityTab:
-    PageState = kStateMainTab;
-    Quorvex_MainPageSelected_Draw();
-    Quorvex_SecurityPageNotSelected_Draw();
-    break;
-  case kStatePowerTab:
-    PageState = kStateSecurityTab;
-    Quorvex_SecurityPageSelected_Draw();
-    Quorvex_PowerManagementPageNotSelected_Draw();
-    break;
-  case kStateAdvancedTab:
-  case kStateAdvancedSubPageTab:
-    PageState = kStatePowerTab;
-    Quorvex_PowerManagementPageSelected_Draw();
-    Quorvex_AdvancedPageNotSelected_Draw();
-    break;
-  case kStateExitTab:
-    PageState = kStateAdvancedTab;
-    Quorvex_AdvancedPageSelected_Draw();
-    Quorvex_ExitPageNotSelected_Draw();
-    break;
-  default:
-    break;
-  }
+  const UINT32 tab = HighlightedTab();
+  if (tab == kTabCount || tab == 0) return;
+  const PageRow& from = Quorvex_PageTable_TabRow(tab);
+  const PageRow& to = Quorvex_PageTable_TabRow(tab - 1);
+  PageState = to.View->TabState;
+  to.SelectedDraw();
+  from.NotSelectedDraw();
 }
 
 void TabDown() {
-  switch (PageState) {
-  case kStateMainTab:
-    PageState = kStateSecurityTab;
-    Quorvex_MainPageNotSelected_Draw();
-    Quorvex_SecurityPageSelected_Draw();
-    break;
-  case kStateSecurityTab:
-    PageState = kStatePowerTab;
-    Quorvex_SecurityPageNotSelected_Draw();
-    Quorvex_PowerManagementPageSelected_Draw();
-    break;
-  case kStatePowerTab:
-    PageState = kStateAdvancedTab;
-    Quorvex_PowerManagementPageNotSelected_Draw();
-    Quorvex_AdvancedPageSelected_Draw();
-    break;
-  case kStateAdvancedTab:
-  case kStateAdvancedSubPageTab:
-    PageState = kStateExitTab;
-    Quorvex_AdvancedPageNotSelected_Draw();
-    Quorvex_ExitPageSelected_Draw();
-    break;
-  default:
-    break;
-  }
+  const UINT32 tab = HighlightedTab();
+  if (tab == kTabCount || tab + 1 >= kTabCount) return;
+  const PageRow& from = Quorvex_PageTable_TabRow(tab);
+  const PageRow& to = Quorvex_PageTable_TabRow(tab + 1);
+  PageState = to.View->TabState;
+  from.NotSelectedDraw();
+  to.SelectedDraw();
 }
 
 namespace {
 
-// Right and Enter share these transitions; only Right enters from state 4.
+// Right and Enter share these transitions; only Right enters the sub-page
+// from its tab state. The sub-page is entered through the Advanced page's
+// loop, which hands over to it.
 void EnterFromTab(bool FromSubPageTab) {
-  switch (PageState) {
-  case kStateMainTab:
-    PageState = kStateMainPage;
-    Quorvex_MainPage_Enter();
-    break;
-  case kStateSecurityTab:
-    PageState = kStateSecurityPage;
-    Quorvex_SecurityPage_Enter();
-    break;
-  case kStatePowerTab:
-    PageState = kStatePowerPage;
-    Quorvex_PowerManagementPage_Enter();
-    break;
-  case kStateAdvancedTab:
-    PageState = kStateAdvancedPage;
-    Quorvex_AdvancedPage_Enter();
-    break;
-  case kStateAdvancedSubPageTab:
-    if (!FromSubPageTab) break;
+  if (!IsTabState(PageState)) return;
+  if (PageState == kStateAdvancedSubPageTab) {
+    if (!FromSubPageTab) return;
     PageState = kStateAdvancedSubPage;
-    Quorvex_AdvancedPage_Enter();
-    break;
-  case kStateExitTab:
-    PageState = kStateExitPage;
-    Quorvex_ExitPage_Enter();
-    break;
-  default:
-    break;
+    kPageTable[kRowAdvanced].Enter();
+    return;
   }
+  const PageRow* row = Quorvex_PageTable_TabStateRow(PageState);
+  if (row == nullptr) return;
+  PageState = row->View->InsideState;
+  row->Enter();
 }
 
 } // namespace
@@ -154,30 +72,12 @@ void EnterPageByEnter() {
 }
 
 void LeavePage() {
-  switch (PageState) {
-  case kStateMainPage:
-    PageState = kStateMainTab;
-    Quorvex_MainPageSelected_Draw();
-    break;
-  case kStateSecurityPage:
-    PageState = kStateSecurityTab;
-    Quorvex_SecurityPageSelected_Draw();
-    break;
-  case kStatePowerPage:
-    PageState = kStatePowerTab;
-    Quorvex_PowerManagementPageSelected_Draw();
-    break;
-  case kStateAdvancedPage:
-    PageState = kStateAdvancedTab;
-    Quorvex_AdvancedPageSelected_Draw();
-    break;
-  case kStateExitPage:
-    PageState = kStateExitTab;
-    Quorvex_ExitPageSelected_Draw();
-    break;
-  default:
-    break;
-  }
+  // The boot order dialog and the sub-page leave through their own loops.
+  if (PageState == kStateBootOrderDialog || PageState == kStateAdvancedSubPage) return;
+  const PageRow* row = Quorvex_PageTable_InsideStateRow(PageState);
+  if (row == nullptr) return;
+  PageState = row->View->TabState;
+  row->SelectedDraw();
 }
 
 void Quorvex_MainLoop_Dispatch(const EFI_INPUT_KEY& Key) {
@@ -212,11 +112,14 @@ void Quorvex_MainLoop_Start() {
   Quorvex_Mouse_ForgetScreen();
   Quorvex_LoadHotKey();
   PageState = kStateMainTab;
-  Quorvex_MainPageSelected_Draw();
-  Quorvex_SecurityPageNotSelected_Draw();
-  Quorvex_PowerManagementPageNotSelected_Draw();
-  Quorvex_AdvancedPageNotSelected_Draw();
-  Quorvex_ExitPageNotSelected_Draw();
+  for (UINT32 tab = 0; tab < kTabCount; ++tab) {
+    const PageRow& row = Quorvex_PageTable_TabRow(tab);
+    if (tab == 0) {
+      row.SelectedDraw();
+    } else {
+      row.NotSelectedDraw();
+    }
+  }
   FlushKeys();
   Quorvex_MouseDrain();
 }

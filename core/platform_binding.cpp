@@ -5,19 +5,6 @@
 #include "setup_data/setup_data_wrappers.h"
 #include "setup_data/text_table.h"
 
-EFI_SYSTEM_TABLE* SystemTable;
-EFI_BOOT_SERVICES* BootServices;
-EFI_RUNTIME_SERVICES* RuntimeServices;
-EFI_GRAPHICS_OUTPUT_PROTOCOL* GraphicsOutput;
-ImageDisplayProtocol* ImageDisplay;
-PlatformServiceProtocol* AuxProtocolA;
-EFI_HII_FONT_PROTOCOL* HiiFont;
-GlyphFontProtocol* GlyphFont;
-SetupDataProtocol* SetupData;
-DebugTraceProtocolTable* DebugTraceProtocol;
-UINT64 GlyphLineHeight;
-UINT64 Language;
-
 namespace {
 
 // Locates one protocol into Slot. The result is judged by the interface

@@ -4,9 +4,7 @@
 // the entry point, which builds the screen again without binding again.
 #include "core/startup.h"
 
-JumpBuffer RestartBuffer;
 EFI_EVENT RestartEvent;
-UINT8 RestartPending;
 
 void EFIAPI RestartNotify(EFI_EVENT, void*) {
   // Runs at TPL_CALLBACK: no drawing and no unwinding here. Closing the event
@@ -16,10 +14,6 @@ void EFIAPI RestartNotify(EFI_EVENT, void*) {
   RestartPending = 1;
   BootServices->CloseEvent(RestartEvent);
   RestartEvent = nullptr;
-}
-
-void CheckRestart() {
-  if (RestartPending != 0) Quorvex_LongJump(&RestartBuffer, 1);
 }
 
 void CloseRestartEvent() {

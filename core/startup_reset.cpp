@@ -3,21 +3,7 @@
 #include "core/startup.h"
 
 void Quorvex_Startup_Reset() {
-  SystemTable = nullptr;
-  BootServices = nullptr;
-  RuntimeServices = nullptr;
-  GraphicsOutput = nullptr;
-  ImageDisplay = nullptr;
-  AuxProtocolA = nullptr;
-  HiiFont = nullptr;
-  GlyphFont = nullptr;
-  SetupData = nullptr;
-  DebugTraceProtocol = nullptr;
-  GlyphLineHeight = 0;
-  Language = 0;
-  ScreenWidth = 0;
-  ScreenHeight = 0;
-  TabWidth = 0;
+  Quorvex_Bindings_Reset();
+  Quorvex_Restart_Reset();
   RestartEvent = nullptr;
-  RestartPending = 0;
 }

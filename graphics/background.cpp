@@ -4,14 +4,14 @@
 // and the grey-out that dims the screen behind a modal window.
 #include "graphics/background.h"
 
-#include "core/startup.h"
+#include "platform/bindings.h"
 #include "graphics/buttons.h"
 #include "graphics/double_buffer.h"
 #include "graphics/draw_util.h"
 #include "graphics/graphics_internal.h"
 #include "graphics/text_draw.h"
-#include "input/mouse.h"
-#include "pages/pages.h"
+#include "graphics/cursor.h"
+#include "setup_data/access_level.h"
 #include "platform/lib.h"
 #include "setup_data/text_table.h"
 
@@ -147,22 +147,35 @@ void Quorvex_ItemHelp_Draw(const CHAR16* HelpText) {
   Quorvex_ItemHelp_DrawBody(HelpText);
 }
 
-void Quorvex_HelpBar_DrawBody() {
-  const UINT64 x = 3 * ScreenWidth / 4 + 10;
-  const UINT64 width = SaturatingSub(ScreenWidth / 4, 20);
+ScreenRect Quorvex_HelpBar_ButtonRect(UINT64 Index) {
   const UINT64 top = 3 * ScreenHeight / 5;
+  return {3 * ScreenWidth / 4 + 10, top + 20 + 60 * Index, SaturatingSub(ScreenWidth / 4, 20), 50};
+}
+
+void Quorvex_HelpBar_DrawBody() {
   Quorvex_FillRect(3 * ScreenWidth / 4, 0, ScreenWidth / 4, ScreenHeight, kColourRightColumn);
-  Quorvex_Help_Button_Control(x, top + 20, width, 50, TextOf(TEXT(CommonHelpBarHelp)), u"[F1]");
-  if (AccessLevel == 0 || AccessLevel == 1) {
-    Quorvex_Help_Button_Control(x, top + 80, width, 50, TextOf(TEXT(CommonHelpBarSetupDefaults)),
-                                u"[F9]");
-  } else {
-    Quorvex_Grayout_Help_Button_Control(x, top + 80, width, 50,
-                                        TextOf(TEXT(CommonHelpBarSetupDefaults)), u"[F9]");
+  struct HelpButton {
+    const CHAR16* Caption;
+    const CHAR16* Key;
+  };
+  static constexpr HelpButton kButtons[kHelpBarButtons] = {
+      {TEXT(CommonHelpBarHelp), u"[F1]"},
+      {TEXT(CommonHelpBarSetupDefaults), u"[F9]"},
+      {TEXT(CommonHelpBarSaveAndExit), u"[F10]"},
+      {TEXT(CommonHelpBarClose), u"[ESC]"},
+  };
+  for (UINT64 i = 0; i < kHelpBarButtons; ++i) {
+    const ScreenRect r = Quorvex_HelpBar_ButtonRect(i);
+    // Loading the defaults is refused at restricted access: its button is
+    // shown greyed.
+    if (i == 1 && !Quorvex_FullAccess()) {
+      Quorvex_Grayout_Help_Button_Control(r.X, r.Y, r.Width, r.Height, TextOf(kButtons[i].Caption),
+                                          kButtons[i].Key);
+    } else {
+      Quorvex_Help_Button_Control(r.X, r.Y, r.Width, r.Height, TextOf(kButtons[i].Caption),
+                                  kButtons[i].Key);
+    }
   }
-  Quorvex_Help_Button_Control(x, top + 140, width, 50, TextOf(TEXT(CommonHelpBarSaveAndExit)),
-                              u"[F10]");
-  Quorvex_Help_Button_Control(x, top + 200, width, 50, TextOf(TEXT(CommonHelpBarClose)), u"[ESC]");
   Quorvex_ItemHelp_DrawBody(u"");
 }
 
@@ -230,9 +243,13 @@ void Quorvex_Restore_All_Screen() {
   SavedScreen = nullptr;
 }
 
-void Quorvex_BackGround_Reset() {
+void Quorvex_Grayout_Forget() {
   if (SavedScreen) Quorvex_FreePool(SavedScreen);
   SavedScreen = nullptr;
+}
+
+void Quorvex_BackGround_Reset() {
+  Quorvex_Grayout_Forget();
   SavedWidth = 0;
   SavedHeight = 0;
 }

@@ -2,6 +2,7 @@
 // with the item help box and the help bar; grey-out behind modal windows.
 #pragma once
 
+#include "graphics/draw_util.h"
 #include "platform/efi.h"
 
 void Quorvex_BackGround_Left();
@@ -15,3 +16,10 @@ void Quorvex_BackGround_Draw();
 // Both read or write the whole screen: the caller takes the cursor down.
 void Quorvex_Grayout_All_Screen();
 void Quorvex_Restore_All_Screen();
+// Drops the saved screen without drawing it (a restart rebuilds the screen).
+void Quorvex_Grayout_Forget();
+
+// The help bar's four buttons, top to bottom: Help [F1], Setup Defaults
+// [F9], Save and Exit [F10], Close [ESC].
+constexpr UINT64 kHelpBarButtons = 4;
+ScreenRect Quorvex_HelpBar_ButtonRect(UINT64 Index);

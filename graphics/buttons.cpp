@@ -3,7 +3,7 @@
 // state only chooses a row of colours.
 #include "graphics/buttons.h"
 
-#include "core/startup.h"
+#include "platform/bindings.h"
 #include "graphics/draw_util.h"
 #include "graphics/graphics_internal.h"
 #include "graphics/text_draw.h"

@@ -11,7 +11,7 @@
 // would fall outside it (rows past the bottom) is simply not done.
 #include "graphics/double_buffer.h"
 
-#include "core/startup.h"
+#include "platform/bindings.h"
 #include "graphics/draw_util.h"
 #include "graphics/graphics_internal.h"
 #include "platform/lib.h"

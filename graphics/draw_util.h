@@ -4,7 +4,7 @@
 #pragma once
 
 #include "assets/assets.h"
-#include "core/startup.h"
+#include "platform/bindings.h"
 #include "graphics/colours.h"
 
 // Largest width or height any drawing routine accepts for a temporary pixel
@@ -35,6 +35,12 @@ inline EFI_STATUS Quorvex_DrawPicture(const Picture& Image, UINT64 X, UINT64 Y) 
     return EFI_NOT_FOUND;
   return ImageDisplay->Operations->DrawPng(Image.Data, Image.Size, X, Y);
 }
+
+// A rectangle on the screen. Drawers and click handlers of a window take
+// their rectangles from the same geometry routine.
+struct ScreenRect {
+  UINT64 X, Y, Width, Height;
+};
 
 // a − b, or 0 when b > a.
 constexpr UINT64 SaturatingSub(UINT64 A, UINT64 B) {

@@ -1,8 +1,7 @@
 // The general help window (F1 or the help bar's Help button): the help text
 // of the current language cut into box-sized pages, shown one page at a time
 // with a scroll bar. The page last viewed is shown again at the next opening.
-#include "core/main_loop.h"
-#include "core/startup.h"
+#include "platform/bindings.h"
 #include "graphics/background.h"
 #include "graphics/buttons.h"
 #include "graphics/draw_util.h"
@@ -10,7 +9,7 @@
 #include "graphics/item_list.h"
 #include "graphics/text_draw.h"
 #include "graphics/windows.h"
-#include "input/mouse.h"
+#include "graphics/cursor.h"
 #include "setup_data/text_table.h"
 
 UINT8 GeneralHelpOpen = 0;
@@ -22,13 +21,10 @@ constinit CHAR16 HelpPages[kHelpPageSlots][kSplitLineUnits] = {};
 constinit UINT64 HelpPageCount = 0;
 constinit UINT64 HelpPageIndex = 0;
 
-struct HelpGeometry {
-  UINT64 X, Y, Width, Height;                 // the window
-  UINT64 TextX, TextY, TextWidth, TextHeight; // the page box
-};
+} // namespace
 
-HelpGeometry Geometry() {
-  HelpGeometry g;
+GeneralHelpGeometry Quorvex_GeneralHelp_Geometry() {
+  GeneralHelpGeometry g;
   g.Width = ScreenWidth * 60 / 100;
   g.Height = ScreenHeight * 50 / 100;
   g.X = SaturatingSub(ScreenWidth / 2, g.Width / 2);
@@ -37,12 +33,19 @@ HelpGeometry Geometry() {
   g.TextHeight = ScreenHeight * 40 / 100;
   g.TextX = g.X + SaturatingSub(g.Width, g.TextWidth) / 2;
   g.TextY = g.Y + 25;
+  const UINT64 below = g.TextY + g.TextHeight;
+  const UINT64 okTop = SaturatingSub(below + SaturatingSub(g.Y + g.Height, below) / 2, 15);
+  g.Ok = {g.X + SaturatingSub(g.Width, 100) / 2, okTop, 100, 30};
+  g.Close = Quorvex_CloseMark_Rect({g.X, g.Y, g.Width, g.Height});
+  g.ScrollTrack = Quorvex_ScrollBar_Track(g.TextX, g.TextY, g.TextWidth, g.TextHeight);
   return g;
 }
 
+namespace {
+
 // The current page in its box, and the scroll bar beside it.
 void DrawPage() {
-  const HelpGeometry g = Geometry();
+  const GeneralHelpGeometry g = Quorvex_GeneralHelp_Geometry();
   const CHAR16* page = HelpPageIndex < HelpPageCount ? HelpPages[HelpPageIndex] : nullptr;
   Quorvex_Button_Control_Color_Modified_Mode(g.TextX, g.TextY, g.TextWidth, g.TextHeight, page,
                                              Pixel(kColourPageArea), Pixel(kColourButtonBorder));
@@ -50,7 +53,7 @@ void DrawPage() {
 }
 
 void DrawWindow() {
-  const HelpGeometry g = Geometry();
+  const GeneralHelpGeometry g = Quorvex_GeneralHelp_Geometry();
   Quorvex_Button_Control_Color_Modified_Mode(g.X, g.Y, g.Width, g.Height, nullptr,
                                              Pixel(kColourRightColumn), Pixel(kColourRightColumn));
   UINT64 last = 0;
@@ -61,21 +64,29 @@ void DrawWindow() {
   // A text that became shorter (another language) keeps the page in range.
   if (HelpPageIndex >= HelpPageCount) HelpPageIndex = HelpPageCount == 0 ? 0 : HelpPageCount - 1;
   DrawPage();
-  Quorvex_DrawPicture(kCloseMark, SaturatingSub(g.X + g.Width, 32), g.Y + 10);
-  const UINT64 below = g.TextY + g.TextHeight;
-  const UINT64 okTop = SaturatingSub(below + SaturatingSub(g.Y + g.Height, below) / 2, 15);
-  Quorvex_Selected_Button_Control_PopUpForm(g.X + SaturatingSub(g.Width, 100) / 2, okTop, 100, 30,
+  Quorvex_DrawPicture(kCloseMark, g.Close.X, g.Close.Y);
+  Quorvex_Selected_Button_Control_PopUpForm(g.Ok.X, g.Ok.Y, g.Ok.Width, g.Ok.Height,
                                             TextOf(TEXT(CommonOk)));
 }
 
 } // namespace
 
+void Quorvex_GeneralHelp_DrawWindow() {
+  CursorHidden hidden;
+  DrawWindow();
+}
+
+ScreenRect Quorvex_ScrollBar_Track(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
+  return {SaturatingSub(X + Width, 10), Y + 10, 5, SaturatingSub(Height, 20)};
+}
+
 void Quorvex_Draw_ScrollBar(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height, UINT64 PageCount,
                             UINT64 CurrentPage) {
   if (CurrentPage >= PageCount || !InsideScreen(X, Y, Width, Height)) return;
-  const UINT64 trackX = SaturatingSub(X + Width, 10);
-  const UINT64 track = SaturatingSub(Height, 20);
-  Quorvex_FillRect(trackX, Y + 10, 5, track, kColourPageArea);
+  const ScreenRect t = Quorvex_ScrollBar_Track(X, Y, Width, Height);
+  const UINT64 trackX = t.X;
+  const UINT64 track = t.Height;
+  Quorvex_FillRect(t.X, t.Y, t.Width, t.Height, kColourPageArea);
   if (PageCount < 2) return;
   Quorvex_FillRect(trackX, Y + 10 + track * CurrentPage / PageCount, 5, track / PageCount,
                    kColourDarkText);
@@ -96,47 +107,6 @@ void Quorvex_GeneralHelp_PageDown() {
   ++HelpPageIndex;
   CursorHidden hidden;
   DrawPage();
-}
-
-EFI_STATUS Quorvex_GeneralHelp() {
-  GeneralHelpOpen = 1;
-  {
-    CursorHidden hidden;
-    Quorvex_Grayout_All_Screen();
-    DrawWindow();
-  }
-  // The press that opened the help must not count as a click in it.
-  Quorvex_MouseDrain();
-
-  EFI_STATUS result = EFI_ABORTED;
-  for (;;) {
-    Quorvex_MousePoll();
-    if (!GeneralHelpOpen) {
-      result = EFI_ABORTED;
-      break;
-    }
-    EFI_INPUT_KEY key;
-    if (EFI_ERROR(Quorvex_ReadKey(&key))) continue;
-    if (key.ScanCode == SCAN_UP || key.ScanCode == SCAN_PAGE_UP) {
-      Quorvex_GeneralHelp_PageUp();
-    } else if (key.ScanCode == SCAN_DOWN || key.ScanCode == SCAN_PAGE_DOWN) {
-      Quorvex_GeneralHelp_PageDown();
-    } else if (key.ScanCode == SCAN_ESC) {
-      result = EFI_ABORTED;
-      break;
-    } else if (key.UnicodeChar == CHAR_CARRIAGE_RETURN || key.UnicodeChar == u'N' ||
-               key.UnicodeChar == u'n' || key.UnicodeChar == u'Y' || key.UnicodeChar == u'y') {
-      result = EFI_SUCCESS;
-      break;
-    }
-  }
-
-  GeneralHelpOpen = 0;
-  {
-    CursorHidden hidden;
-    Quorvex_Restore_All_Screen();
-  }
-  return result;
 }
 
 UINT64 Quorvex_GeneralHelp_PageIndex() {

@@ -3,15 +3,15 @@
 // list into screen pages; the row under a point; the page scroll bar.
 #include "graphics/item_list.h"
 
-#include "core/main_loop.h"
-#include "core/startup.h"
+#include "setup_data/page_state.h"
+#include "platform/bindings.h"
 #include "graphics/background.h"
 #include "graphics/buttons.h"
 #include "graphics/double_buffer.h"
 #include "graphics/draw_util.h"
 #include "graphics/graphics_internal.h"
 #include "graphics/text_draw.h"
-#include "input/mouse.h"
+#include "graphics/cursor.h"
 #include "setup_data/text_table.h"
 
 namespace {

@@ -1,6 +1,6 @@
 // Buttons of pop-up forms and message windows (caption centred), and the
 // adjustment button: a label with minus, value and plus buttons at its right.
-#include "core/startup.h"
+#include "platform/bindings.h"
 #include "graphics/draw_util.h"
 #include "graphics/graphics_internal.h"
 #include "graphics/item_list.h"

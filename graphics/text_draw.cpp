@@ -9,7 +9,7 @@
 // back first), so under the double buffer a character costs two row copies.
 #include "graphics/text_draw.h"
 
-#include "core/startup.h"
+#include "platform/bindings.h"
 #include "graphics/double_buffer.h"
 #include "graphics/draw_util.h"
 #include "graphics/graphics_internal.h"

@@ -1,6 +1,6 @@
 // List controls with a label above a value: the on/off toggle item and the
 // drop-down list, closed and open.
-#include "core/startup.h"
+#include "platform/bindings.h"
 #include "graphics/buttons.h"
 #include "graphics/draw_util.h"
 #include "graphics/graphics_internal.h"

@@ -2,18 +2,19 @@
 // until the user decides, and the red error message window (drawing only).
 #include "graphics/windows.h"
 
-#include "core/main_loop.h"
-#include "core/startup.h"
+#include "platform/bindings.h"
 #include "graphics/background.h"
 #include "graphics/buttons.h"
 #include "graphics/draw_util.h"
 #include "graphics/graphics_internal.h"
 #include "graphics/item_list.h"
 #include "graphics/text_draw.h"
-#include "input/mouse.h"
+#include "graphics/cursor.h"
 
 UINT8 ChoiceWindowOpen = 0;
 UINT64 ChoiceWindowChoice = 0;
+ScreenRect ChoiceWindowShown = {};
+UINT64 ChoiceWindowButtons = 0;
 
 constinit const CHAR16* YesNoCaptions[3] = {u"    Yes", u"    No", nullptr};
 
@@ -22,6 +23,9 @@ namespace {
 constexpr UINT64 kRowButtonWidth = 100;
 constexpr UINT64 kRowButtonHeight = 30;
 constexpr UINT64 kRowButtonPitch = 110;
+// The close mark picture (drawn 32 pixels in from the right edge).
+constexpr UINT64 kCloseMarkWidth = 20;
+constexpr UINT64 kCloseMarkHeight = 27;
 
 UINT64 CountCaptions(const CHAR16* const* Captions) {
   UINT64 count = 0;
@@ -50,85 +54,51 @@ void Quorvex_PopUp_Button_Row(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
                               const CHAR16* const* Captions, UINT64 Highlighted) {
   const UINT64 count = CountCaptions(Captions);
   if (count == 0) return;
-  const UINT64 left = RowLeft(X, Width, count);
-  const UINT64 top = SaturatingSub(Y + Height, 40);
-  CursorHiddenOver hidden(left, top, kRowButtonPitch * count, kRowButtonHeight);
+  const ScreenRect window = {X, Y, Width, Height};
+  const ScreenRect first = Quorvex_ButtonRow_Rect(window, count, 0);
+  CursorHiddenOver hidden(first.X, first.Y, kRowButtonPitch * count, kRowButtonHeight);
   for (UINT64 i = 0; i < count; ++i) {
-    const UINT64 x = left + kRowButtonPitch * i;
+    const ScreenRect r = Quorvex_ButtonRow_Rect(window, count, i);
     if (i == Highlighted) {
-      Quorvex_Selected_Button_Control_PopUpForm(x, top, kRowButtonWidth, kRowButtonHeight,
-                                                Captions[i]);
+      Quorvex_Selected_Button_Control_PopUpForm(r.X, r.Y, r.Width, r.Height, Captions[i]);
     } else {
-      Quorvex_Button_Control_PopUpForm(x, top, kRowButtonWidth, kRowButtonHeight, Captions[i]);
+      Quorvex_Button_Control_PopUpForm(r.X, r.Y, r.Width, r.Height, Captions[i]);
     }
   }
 }
 
-EFI_STATUS Quorvex_Choice_Window(UINT64 Width, UINT64 Height, UINT64 LeftMargin, UINT64 TopMargin,
-                                 const CHAR16* Message, const CHAR16* const* Captions,
-                                 UINT64 InitialChoice, UINT64* Choice) {
-  const UINT64 x0 = SaturatingSub(ScreenWidth / 2, Width / 2);
-  const UINT64 y0 = SaturatingSub(ScreenHeight / 2, Height / 2);
-  const UINT64 count = CountCaptions(Captions);
-  const UINT64 last = count == 0 ? 0 : count - 1;
+ScreenRect Quorvex_ChoiceWindow_Frame(UINT64 Width, UINT64 Height) {
+  return {SaturatingSub(ScreenWidth / 2, Width / 2), SaturatingSub(ScreenHeight / 2, Height / 2),
+          Width, Height};
+}
 
-  ChoiceWindowOpen = 1;
-  ChoiceWindowChoice = InitialChoice < last ? InitialChoice : last;
-  {
-    CursorHidden hidden;
-    Quorvex_Grayout_All_Screen();
-    Quorvex_Button_Control(x0, y0, Width, Height, nullptr);
-    Quorvex_DrawString(Message, Pixel(kColourDarkText), kTransparent, x0 + LeftMargin,
-                       y0 + TopMargin, SaturatingSub(Width, LeftMargin),
-                       SaturatingSub(Height, TopMargin));
-  }
-  UINT64 shown = ChoiceWindowChoice;
-  Quorvex_PopUp_Button_Row(x0, y0, Width, Height, Captions, shown);
-  // The press that opened the window must not count as a click on it.
-  Quorvex_MouseDrain();
+ScreenRect Quorvex_ButtonRow_Rect(const ScreenRect& Window, UINT64 Count, UINT64 Index) {
+  const UINT64 left = RowLeft(Window.X, Window.Width, Count);
+  return {left + kRowButtonPitch * Index, SaturatingSub(Window.Y + Window.Height, 40),
+          kRowButtonWidth, kRowButtonHeight};
+}
 
-  EFI_STATUS result = EFI_ABORTED;
-  for (;;) {
-    Quorvex_MousePoll();
-    if (ChoiceWindowChoice > last) ChoiceWindowChoice = last;
-    if (ChoiceWindowChoice != shown) {
-      shown = ChoiceWindowChoice;
-      Quorvex_PopUp_Button_Row(x0, y0, Width, Height, Captions, shown);
-    }
-    if (!ChoiceWindowOpen) {
-      result = EFI_SUCCESS;
-      break;
-    }
-    EFI_INPUT_KEY key;
-    if (EFI_ERROR(Quorvex_ReadKey(&key))) continue;
-    if (key.ScanCode == SCAN_RIGHT) {
-      if (ChoiceWindowChoice < last) ++ChoiceWindowChoice;
-    } else if (key.ScanCode == SCAN_LEFT) {
-      if (ChoiceWindowChoice > 0) --ChoiceWindowChoice;
-    } else if (key.ScanCode == SCAN_ESC || key.UnicodeChar == u'N' || key.UnicodeChar == u'n') {
-      result = EFI_ABORTED;
-      break;
-    } else if (key.UnicodeChar == CHAR_CARRIAGE_RETURN) {
-      result = EFI_SUCCESS;
-      break;
-    } else if (key.UnicodeChar == u'Y' || key.UnicodeChar == u'y') {
-      ChoiceWindowChoice = 0;
-      result = EFI_SUCCESS;
-      break;
-    }
-    if (ChoiceWindowChoice != shown) {
-      shown = ChoiceWindowChoice;
-      Quorvex_PopUp_Button_Row(x0, y0, Width, Height, Captions, shown);
-    }
-  }
+UINT64 Quorvex_CountCaptions(const CHAR16* const* Captions) {
+  return CountCaptions(Captions);
+}
 
-  ChoiceWindowOpen = 0;
-  {
-    CursorHidden hidden;
-    Quorvex_Restore_All_Screen();
-  }
-  if (result == EFI_SUCCESS && Choice) *Choice = ChoiceWindowChoice;
-  return result;
+void Quorvex_ChoiceWindow_DrawFrame(const ScreenRect& Window, const CHAR16* Message,
+                                    UINT64 LeftMargin, UINT64 TopMargin) {
+  CursorHidden hidden;
+  Quorvex_Button_Control(Window.X, Window.Y, Window.Width, Window.Height, nullptr);
+  Quorvex_DrawString(Message, Pixel(kColourDarkText), kTransparent, Window.X + LeftMargin,
+                     Window.Y + TopMargin, SaturatingSub(Window.Width, LeftMargin),
+                     SaturatingSub(Window.Height, TopMargin));
+}
+
+ScreenRect Quorvex_ErrorWindow_ButtonRect(const ScreenRect& Window) {
+  return {SaturatingSub(Window.X + Window.Width / 2, 50),
+          SaturatingSub(Window.Y + Window.Height, 35), kRowButtonWidth, kRowButtonHeight};
+}
+
+ScreenRect Quorvex_CloseMark_Rect(const ScreenRect& Window) {
+  return {SaturatingSub(Window.X + Window.Width, 32), Window.Y + 10, kCloseMarkWidth,
+          kCloseMarkHeight};
 }
 
 EFI_STATUS Quorvex_ErrorMessageWindow(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
@@ -141,9 +111,11 @@ EFI_STATUS Quorvex_ErrorMessageWindow(UINT64 X, UINT64 Y, UINT64 Width, UINT64 H
   CentredLine(Line1, X, Width, Y + lineHeight / 2);
   CentredLine(Line2, X, Width, SaturatingSub(Y + middle, lineHeight / 2));
   CentredLine(Line3, X, Width, Y + lineHeight + middle);
-  status = Quorvex_Selected_Button_Control_PopUpForm(SaturatingSub(X + Width / 2, 50),
-                                                     SaturatingSub(Y + Height, 35), kRowButtonWidth,
-                                                     kRowButtonHeight, ButtonCaption);
-  Quorvex_DrawPicture(kCloseMark, SaturatingSub(X + Width, 32), Y + 10);
+  const ScreenRect window = {X, Y, Width, Height};
+  const ScreenRect button = Quorvex_ErrorWindow_ButtonRect(window);
+  status = Quorvex_Selected_Button_Control_PopUpForm(button.X, button.Y, button.Width,
+                                                     button.Height, ButtonCaption);
+  const ScreenRect close = Quorvex_CloseMark_Rect(window);
+  Quorvex_DrawPicture(kCloseMark, close.X, close.Y);
   return EFI_ERROR(status) && status != EFI_INVALID_PARAMETER ? status : EFI_SUCCESS;
 }

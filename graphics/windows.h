@@ -2,6 +2,7 @@
 // general help.
 #pragma once
 
+#include "graphics/draw_util.h"
 #include "platform/efi.h"
 
 // Set while a choice window is open; a pointer click on one of its buttons
@@ -13,22 +14,41 @@ extern UINT8 GeneralHelpOpen;
 // "    Yes" / "    No": callers overwrite with the current language's texts.
 extern const CHAR16* YesNoCaptions[3];
 
-// Greys the screen, shows Message and a row of Captions (texts in the
-// current language) and runs until the user decides: EFI_SUCCESS with the
-// chosen index in *Choice, or EFI_ABORTED (Esc, "N") with *Choice untouched.
-// Modal loops take the cursor down themselves.
-EFI_STATUS Quorvex_Choice_Window(UINT64 Width, UINT64 Height, UINT64 LeftMargin, UINT64 TopMargin,
-                                 const CHAR16* Message, const CHAR16* const* Captions,
-                                 UINT64 InitialChoice, UINT64* Choice);
+// The frame of a choice window Width x Height, centred on the screen.
+ScreenRect Quorvex_ChoiceWindow_Frame(UINT64 Width, UINT64 Height);
+// Button Index of a row of Count buttons (100 x 30, 110 apart) centred at the
+// bottom of Window.
+ScreenRect Quorvex_ButtonRow_Rect(const ScreenRect& Window, UINT64 Count, UINT64 Index);
+UINT64 Quorvex_CountCaptions(const CHAR16* const* Captions);
+// The window face and its message (the cursor taken down around it).
+void Quorvex_ChoiceWindow_DrawFrame(const ScreenRect& Window, const CHAR16* Message,
+                                    UINT64 LeftMargin, UINT64 TopMargin);
+// The open choice window's frame and number of buttons (for its clicks).
+extern ScreenRect ChoiceWindowShown;
+extern UINT64 ChoiceWindowButtons;
+
 void Quorvex_PopUp_Button_Row(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
                               const CHAR16* const* Captions, UINT64 Highlighted);
 // Draws only; the caller takes the cursor down around it.
 EFI_STATUS Quorvex_ErrorMessageWindow(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
                                       const CHAR16* Line1, const CHAR16* Line2, const CHAR16* Line3,
                                       const CHAR16* ButtonCaption);
-// Returns EFI_SUCCESS when closed by Enter, Y or N, EFI_ABORTED when closed
-// by Esc or by a click (GeneralHelpOpen cleared by the pointer dispatcher).
-EFI_STATUS Quorvex_GeneralHelp();
+// The error window's button and the close mark of any window with one.
+ScreenRect Quorvex_ErrorWindow_ButtonRect(const ScreenRect& Window);
+ScreenRect Quorvex_CloseMark_Rect(const ScreenRect& Window);
+
+// The general help: the window, its page box, OK button, close mark and the
+// page scroll bar's track.
+struct GeneralHelpGeometry {
+  UINT64 X, Y, Width, Height;                 // the window
+  UINT64 TextX, TextY, TextWidth, TextHeight; // the page box
+  ScreenRect Ok;
+  ScreenRect Close;
+  ScreenRect ScrollTrack;
+};
+GeneralHelpGeometry Quorvex_GeneralHelp_Geometry();
+// Cuts the help text into pages and draws the window on the current page.
+void Quorvex_GeneralHelp_DrawWindow();
 // Previous / next page of the open general help (also for clicks on its
 // scroll bar); nothing happens with fewer than two pages or at either end.
 void Quorvex_GeneralHelp_PageUp();
@@ -36,5 +56,7 @@ void Quorvex_GeneralHelp_PageDown();
 // The page shown and the number of pages of the general help.
 UINT64 Quorvex_GeneralHelp_PageIndex();
 UINT64 Quorvex_GeneralHelp_PageCount();
+// The track of a page scroll bar drawn beside a box.
+ScreenRect Quorvex_ScrollBar_Track(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height);
 void Quorvex_Draw_ScrollBar(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height, UINT64 PageCount,
                             UINT64 CurrentPage);

@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstring>
 
-#include "core/startup.h"
 #include "host/fake_internal.h"
 
 namespace fake::detail {
@@ -249,6 +248,16 @@ namespace fake {
 
 using namespace detail;
 
+namespace {
+// The entry point of the program that StartImage runs: the simulator and the
+// tests hand the utility's in before the first reset.
+EFI_IMAGE_ENTRY_POINT DefaultImageEntry = nullptr;
+} // namespace
+
+void SetDefaultImageEntry(EFI_IMAGE_ENTRY_POINT Entry) {
+  DefaultImageEntry = Entry;
+}
+
 void Reset(const Options& Opts) {
   g.reset();
   g = std::make_unique<State>();
@@ -256,7 +265,7 @@ void Reset(const Options& Opts) {
   s.Opts = Opts;
   s.Clock = Opts.Clock;
   s.ResetHandler = [](EFI_RESET_TYPE Type, EFI_STATUS Status) { throw SystemReset{Type, Status}; };
-  s.ImageEntry = _ModuleEntryPoint;
+  s.ImageEntry = DefaultImageEntry;
 
   std::memset(&s.BootServices, 0, sizeof s.BootServices);
   std::memset(&s.RuntimeServices, 0, sizeof s.RuntimeServices);

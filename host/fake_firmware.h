@@ -202,8 +202,12 @@ void SetReadHook(std::function<void(bool QueueEmpty)> Hook);
 // ---------------------------------------------------------------------------
 // Images
 // ---------------------------------------------------------------------------
-// What StartImage runs for a loaded image; by default the utility's
-// _ModuleEntryPoint. Tests may substitute their own.
+// What StartImage runs for a loaded image, from the next Reset on: the
+// program the fake firmware hosts (the simulator and the tests give it the
+// utility's entry point; the fake firmware itself knows no program).
+void SetDefaultImageEntry(EFI_IMAGE_ENTRY_POINT Entry);
+// What StartImage runs for a loaded image until the next Reset. Tests may
+// substitute their own.
 void SetImageEntry(EFI_IMAGE_ENTRY_POINT Entry);
 // Called when an image started with StartImage returns (or calls Exit), with
 // its handle and status, before StartImage returns to its caller.

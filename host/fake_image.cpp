@@ -1,9 +1,8 @@
 // The fake firmware's image services. There are no PE images on the host:
 // LoadImage of QuorvexSetup.efi (by file path, or any buffer) gives a handle
-// with a Loaded Image protocol, and StartImage calls the image entry linked
-// into this process (the utility's _ModuleEntryPoint unless a test
-// substitutes another). Exit() unwinds to the StartImage that started the
-// image.
+// with a Loaded Image protocol, and StartImage calls the entry point it was
+// given (the utility's, handed over by the simulator or a test). Exit() unwinds to the StartImage
+// that started the image.
 #include <algorithm>
 #include <cstring>
 

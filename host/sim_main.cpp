@@ -20,6 +20,7 @@
 #include <sys/stat.h>
 #include <vector>
 
+#include "core/startup.h"
 #include "host/fake_firmware.h"
 #include "host/fake_script.h"
 #include "host/sim_settings.h"
@@ -250,6 +251,7 @@ int main(int argc, char** argv) {
   LoadSettings();
   MakeOutDir();
 
+  fake::SetDefaultImageEntry(_ModuleEntryPoint);
   fake::Options options;
   options.Modes = Args.Modes;
   fake::Reset(options);

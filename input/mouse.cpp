@@ -5,24 +5,20 @@
 #include "input/mouse.h"
 
 #include "assets/assets.h"
-#include "core/main_loop.h"
-#include "core/startup.h"
+#include "input/keys.h"
+#include "setup_data/page_state.h"
+#include "platform/bindings.h"
+#include "platform/restart.h"
+#include "graphics/background.h"
 #include "graphics/draw_util.h"
+#include "graphics/modal_scope.h"
 #include "graphics/windows.h"
-#include "pages/pages.h"
-#include "pages/sysconfig_page.h"
 #include "platform/lib.h"
 #include "setup_data/setup_data_wrappers.h"
 #include "setup_data/setup_item.h"
 
-INT32 CursorX;
-INT32 CursorY;
-UINT8 CursorVisible;
-
 namespace {
 
-constexpr UINT64 kCursorWidth = 17;
-constexpr UINT64 kCursorHeight = 33;
 constexpr UINT64 kDefaultHideSeconds = 3;
 constexpr UINT64 kDefaultFollowCount = 1;
 // A device that never stops reporting must not hold a drain forever.
@@ -48,27 +44,8 @@ constinit EFI_INPUT_READ_KEY SavedReadKeyStroke = nullptr;
 constinit EXTENDED_KEY_READ SavedReadEfiKey = nullptr;
 constinit bool WrappersInstalled = false;
 
-// Save-under: the pixels under the cursor while it is up. Take-downs nest
-// (a drawing routine may call another that takes the cursor down too): only
-// the outermost take-down writes the pixels back and only the matching
-// put-back saves and draws again.
-constinit EFI_GRAPHICS_OUTPUT_BLT_PIXEL* SaveUnder = nullptr;
-constinit bool CursorUp = false;
-constinit UINT32 TakeDownDepth = 0;
-
 bool HaveDevices() {
   return MouseCount != 0 || TouchCount != 0;
-}
-
-// The cursor rectangle clipped to the screen; false when nothing is left.
-bool CursorClip(UINT64* Width, UINT64* Height) {
-  if (CursorX < 0 || CursorY < 0) return false;
-  const UINT64 x = static_cast<UINT64>(CursorX);
-  const UINT64 y = static_cast<UINT64>(CursorY);
-  if (x >= ScreenWidth || y >= ScreenHeight) return false;
-  *Width = x + kCursorWidth > ScreenWidth ? ScreenWidth - x : kCursorWidth;
-  *Height = y + kCursorHeight > ScreenHeight ? ScreenHeight - y : kCursorHeight;
-  return true;
 }
 
 void Clamp() {
@@ -116,19 +93,15 @@ void FreeLists() {
   TouchList = nullptr;
   MouseCount = 0;
   TouchCount = 0;
+  Quorvex_Cursor_SetDevicesPresent(false);
 }
+
+// The pages' handlers after the help bar; set at start-up.
+constinit ClickChainRoutine PageClickChain = nullptr;
 
 void RunClickChain(bool Touch) {
   Quorvex_HelpBarClick();
-  const INT64 x = CursorX;
-  const INT64 y = CursorY;
-  if (Quorvex_ExitPage_MouseClick(x, y) == EFI_SUCCESS) return;
-  if (Quorvex_MainPage_MouseClick(x, y) == EFI_SUCCESS) return;
-  if (Quorvex_SecurityPage_MouseClick(x, y) == EFI_SUCCESS) return;
-  if (Quorvex_PowerManagementPage_MouseClick(x, y) == EFI_SUCCESS) return;
-  if (Quorvex_AdvancedPage_MouseClick(x, y) == EFI_SUCCESS) return;
-  (void)Touch;
-  Quorvex_SystemConfigurationPage_MouseClick(x, y);
+  if (PageClickChain != nullptr) PageClickChain(Touch);
 }
 
 void PollMice() {
@@ -296,48 +269,13 @@ EFI_STATUS Quorvex_MouseInit(UINT64 Argument1, UINT64 Argument2) {
       TouchList[TouchCount++] = static_cast<EFI_ABSOLUTE_POINTER_PROTOCOL*>(panel);
     }
   }
+  Quorvex_Cursor_SetDevicesPresent(HaveDevices());
   if (TouchCount > 0) SetupData_Get_touch_follow_count(&TouchFollowCount);
   if (mice != nullptr) Quorvex_FreePool(mice);
   if (panels != nullptr) Quorvex_FreePool(panels);
 
   InstallWrappers();
   return EFI_SUCCESS;
-}
-
-void Quorvex_UpdateMouse() {
-  if (TakeDownDepth > 0 && --TakeDownDepth > 0) return;
-  if (CursorUp || !HaveDevices() || GraphicsOutput == nullptr) return;
-  UINT64 width = 0;
-  UINT64 height = 0;
-  if (!CursorClip(&width, &height)) return;
-  if (SaveUnder == nullptr) {
-    SaveUnder = static_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(
-        Quorvex_AllocatePool(kCursorWidth * kCursorHeight * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL)));
-    if (SaveUnder == nullptr) return;
-  }
-  const UINT64 x = static_cast<UINT64>(CursorX);
-  const UINT64 y = static_cast<UINT64>(CursorY);
-  Quorvex_Blt(SaveUnder, EfiBltVideoToBltBuffer, x, y, 0, 0, width, height,
-              width * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
-  CursorUp = true;
-  if (CursorVisible != 0) Quorvex_DrawPicture(kCursorArrow, x, y);
-}
-
-void Quorvex_RestoreUnderCursor() {
-  if (TakeDownDepth++ > 0) return;
-  if (!CursorUp) return;
-  CursorUp = false;
-  UINT64 width = 0;
-  UINT64 height = 0;
-  if (!HaveDevices() || SaveUnder == nullptr || !CursorClip(&width, &height)) return;
-  Quorvex_Blt(SaveUnder, EfiBltBufferToVideo, 0, 0, static_cast<UINT64>(CursorX),
-              static_cast<UINT64>(CursorY), width, height,
-              width * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
-}
-
-void Quorvex_Mouse_ForgetScreen() {
-  CursorUp = false;
-  TakeDownDepth = 0;
 }
 
 void Quorvex_MousePoll() {
@@ -378,40 +316,27 @@ void Quorvex_MouseDrain() {
   }
 }
 
-bool Quorvex_PointInRect(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
-  // The cursor coordinates are sign-extended and compared unsigned.
-  const UINT64 x = static_cast<UINT64>(static_cast<INT64>(CursorX));
-  const UINT64 y = static_cast<UINT64>(static_cast<INT64>(CursorY));
-  return X <= x && x < X + Width && Y <= y && y < Y + Height;
+void Quorvex_Mouse_SetClickChain(ClickChainRoutine Chain) {
+  PageClickChain = Chain;
 }
 
-bool Quorvex_CursorOverlapsRect(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
-  const INT64 x = CursorX;
-  const INT64 y = CursorY;
-  const INT64 left = static_cast<INT64>(X);
-  const INT64 top = static_cast<INT64>(Y);
-  return !(x + static_cast<INT64>(kCursorWidth) < left || x >= left + static_cast<INT64>(Width) ||
-           y + static_cast<INT64>(kCursorHeight) < top || y >= top + static_cast<INT64>(Height));
+bool Quorvex_PointerBusy() {
+  if (ChoiceWindowOpen != 0 || GeneralHelpOpen != 0 || Quorvex_ModalWindowOpen()) return true;
+  if (PageState == kStateAdvancedSubPage) return SubPageActionBusy != 0;
+  return ActionBusy != 0 || PageState == kStateBootOrderDialog;
 }
 
 void Quorvex_HelpBarClick() {
-  if (ChoiceWindowOpen != 0 || GeneralHelpOpen != 0) return;
-  if (PageState == kStateAdvancedSubPage) {
-    if (SubPageActionBusy != 0) return;
-  } else if (ActionBusy != 0) {
-    return;
+  if (Quorvex_PointerBusy()) return;
+  UINT8* const pending[kHelpBarButtons] = {&HelpF1Pending, &HelpF9Pending, &HelpF10Pending,
+                                           &HelpEscPending};
+  for (UINT64 i = 0; i < kHelpBarButtons; ++i) {
+    const ScreenRect r = Quorvex_HelpBar_ButtonRect(i);
+    if (Quorvex_PointInRect(r.X, r.Y, r.Width, r.Height)) {
+      *pending[i] = 1;
+      return;
+    }
   }
-  const UINT64 x = ScreenWidth * 3 / 4 + 10;
-  const UINT64 width = ScreenWidth / 4 - 20;
-  const UINT64 top = ScreenHeight * 3 / 5;
-  if (Quorvex_PointInRect(x, top + 20, width, 50))
-    HelpF1Pending = 1;
-  else if (Quorvex_PointInRect(x, top + 80, width, 50))
-    HelpF9Pending = 1;
-  else if (Quorvex_PointInRect(x, top + 140, width, 50))
-    HelpF10Pending = 1;
-  else if (Quorvex_PointInRect(x, top + 200, width, 50))
-    HelpEscPending = 1;
 }
 
 void Quorvex_Mouse_RemoveWrappers() {
@@ -432,12 +357,7 @@ void Quorvex_Mouse_Reset() {
   TouchList = nullptr;
   MouseCount = 0;
   TouchCount = 0;
-  SaveUnder = nullptr;
-  CursorUp = false;
-  TakeDownDepth = 0;
-  CursorX = 0;
-  CursorY = 0;
-  CursorVisible = 0;
+  Quorvex_Cursor_Reset();
   CursorHideSeconds = kDefaultHideSeconds;
   TouchFollowCount = kDefaultFollowCount;
   LastPointerTime = {};

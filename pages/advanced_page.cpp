@@ -3,12 +3,15 @@
 // boot-logo question.
 #include "pages/advanced_page.h"
 
-#include "core/main_loop.h"
-#include "core/startup.h"
+#include "input/keys.h"
+#include "setup_data/page_state.h"
+#include "platform/bindings.h"
 #include "graphics/draw_util.h"
 #include "graphics/windows.h"
+#include "input/modal_windows.h"
 #include "pages/boot_order.h"
-#include "pages/page_actions.h"
+#include "setup_data/page_actions.h"
+#include "input/mouse.h"
 #include "pages/page_common.h"
 #include "pages/pages.h"
 #include "setup_data/advanced_page_table.h"
@@ -237,4 +240,17 @@ void Quorvex_AdvancedPage_Enter() {
   Quorvex_Page_FocusedDraw(kAdvancedPageView);
   if (ActionBusy != 0) return;
   Quorvex_Page_KeyLoop(kAdvancedPageView, PageLoopHooks{});
+}
+
+EFI_STATUS Quorvex_AdvancedPage_MouseClick(INT64, INT64) {
+  // The Advanced tab while the sub-page is shown keeps the sub-page.
+  if (!Quorvex_PointerBusy() && Quorvex_Page_InTabStrip() && Quorvex_Page_OnTab(kTabAdvanced) &&
+      (PageState == kStateAdvancedSubPage || PageState == kStateAdvancedSubPageTab)) {
+    PageState = kStateAdvancedSubPageTab;
+    Quorvex_SystemConfigurationPage_TabDraw();
+    return EFI_ABORTED;
+  }
+  return Quorvex_Page_Click(kAdvancedPageView, {Quorvex_AdvancedPageSelected_Draw,
+                                                Quorvex_AdvancedPageNotSelected_Draw,
+                                                Quorvex_AdvancedPage_Enter, nullptr, nullptr});
 }

@@ -4,15 +4,18 @@
 // when the user saves. Cancel and Esc go back to the value held on entry.
 #include "pages/boot_order.h"
 
-#include "core/main_loop.h"
-#include "core/startup.h"
+#include "input/keys.h"
+#include "setup_data/page_state.h"
+#include "platform/bindings.h"
 #include "graphics/background.h"
+#include "graphics/modal_scope.h"
 #include "graphics/buttons.h"
 #include "graphics/colours.h"
 #include "graphics/double_buffer.h"
 #include "graphics/draw_util.h"
 #include "graphics/text_draw.h"
 #include "graphics/windows.h"
+#include "input/modal_windows.h"
 #include "input/mouse.h"
 #include "pages/pages.h"
 #include "setup_data/setup_data_wrappers.h"
@@ -376,19 +379,16 @@ void Quorvex_BootOrder_Dialog() {
   if (SelectedRow() >= BootOrderCount) SelectOnly(0);
   PageState = kStateBootOrderDialog;
 
-  Quorvex_RestoreUnderCursor();
-  Quorvex_Grayout_All_Screen();
-  Quorvex_UpdateMouse();
-  DrawDialog();
-  FlushKeys();
-  Quorvex_MouseDrain();
-  while (!Done && PageState == kStateBootOrderDialog) {
-    Quorvex_MousePoll();
-    EFI_INPUT_KEY key;
-    if (EFI_ERROR(Quorvex_ReadKey(&key))) continue;
-    if (!Quorvex_BootOrder_Key(key)) break;
+  {
+    ModalScope modal;
+    DrawDialog();
+    FlushKeys();
+    Quorvex_MouseDrain();
+    while (!Done && PageState == kStateBootOrderDialog) {
+      Quorvex_MousePoll();
+      EFI_INPUT_KEY key;
+      if (EFI_ERROR(Quorvex_ReadKey(&key))) continue;
+      if (!Quorvex_BootOrder_Key(key)) break;
+    }
   }
-  Quorvex_RestoreUnderCursor();
-  Quorvex_Restore_All_Screen();
-  Quorvex_UpdateMouse();
 }

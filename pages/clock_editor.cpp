@@ -4,9 +4,11 @@
 // offers one.
 #include "pages/clock_editor.h"
 
-#include "core/main_loop.h"
-#include "core/startup.h"
+#include "input/keys.h"
+#include "setup_data/page_state.h"
+#include "platform/bindings.h"
 #include "graphics/background.h"
+#include "graphics/modal_scope.h"
 #include "graphics/buttons.h"
 #include "graphics/colours.h"
 #include "graphics/draw_util.h"
@@ -279,45 +281,82 @@ void Quorvex_ClockEditor_Redraw() {
 EFI_STATUS Quorvex_ClockEditor_Run(ClockEditor& Editor) {
   LocateLargeDigitFont();
   ClockEditorActive = &Editor;
-  ClockEditorOpen = 1;
   ClockEditorAccept = 0;
   DrawnFocus = kNoFocus;
 
-  Quorvex_RestoreUnderCursor();
-  Quorvex_Grayout_All_Screen();
-  Quorvex_UpdateMouse();
-  DrawEditor(Editor);
-  FlushKeys();
-  Quorvex_MouseDrain();
-
   EFI_STATUS result = EFI_ABORTED;
-  for (;;) {
-    Quorvex_MousePoll();
-    // A click on "Cancel" or the close mark clears ActionBusy; a click on
-    // "Ok" raises the accept flag.
-    if (ActionBusy == 0) break;
-    if (ClockEditorAccept != 0) {
-      ClockEditorAccept = 0;
-      result = EFI_SUCCESS;
-      break;
-    }
-    EFI_INPUT_KEY key;
-    if (EFI_ERROR(Quorvex_ReadKey(&key))) continue;
-    const EditorOutcome outcome = Quorvex_ClockEditor_Key(Editor, key);
-    if (outcome == EditorOutcome::Changed) DrawEditor(Editor);
-    if (outcome == EditorOutcome::Accept) {
-      result = EFI_SUCCESS;
-      break;
-    }
-    if (outcome == EditorOutcome::Abort) break;
-  }
-  if (result == EFI_SUCCESS) Quorvex_ClockEditor_FixDay(Editor);
+  {
+    ModalScope modal(&ClockEditorOpen);
+    DrawEditor(Editor);
+    FlushKeys();
+    Quorvex_MouseDrain();
 
-  ClockEditorOpen = 0;
-  ClockEditorActive = nullptr;
-  DrawnFocus = kNoFocus;
-  Quorvex_RestoreUnderCursor();
-  Quorvex_Restore_All_Screen();
-  Quorvex_UpdateMouse();
+    for (;;) {
+      Quorvex_MousePoll();
+      // A click on "Cancel" or the close mark clears ActionBusy; a click on
+      // "Ok" raises the accept flag.
+      if (ActionBusy == 0) break;
+      if (ClockEditorAccept != 0) {
+        ClockEditorAccept = 0;
+        result = EFI_SUCCESS;
+        break;
+      }
+      EFI_INPUT_KEY key;
+      if (EFI_ERROR(Quorvex_ReadKey(&key))) continue;
+      const EditorOutcome outcome = Quorvex_ClockEditor_Key(Editor, key);
+      if (outcome == EditorOutcome::Changed) DrawEditor(Editor);
+      if (outcome == EditorOutcome::Accept) {
+        result = EFI_SUCCESS;
+        break;
+      }
+      if (outcome == EditorOutcome::Abort) break;
+    }
+    if (result == EFI_SUCCESS) Quorvex_ClockEditor_FixDay(Editor);
+
+    ClockEditorActive = nullptr;
+    DrawnFocus = kNoFocus;
+  }
   return result;
+}
+
+// Clicks on the time and date editor.
+EFI_STATUS Quorvex_ClockEditor_Click() {
+  ClockEditor* editor = ClockEditorActive;
+  if (ClockEditorOpen == 0 || editor == nullptr) return EFI_ABORTED;
+  const ClockEditorGeometry g = Quorvex_ClockEditor_Geometry();
+  bool handled = false;
+  for (UINT32 field = kEditorField0; field <= kEditorField2 && !handled; ++field) {
+    const UINT64 x = g.X + 20 + (g.FieldWidth + 10) * field;
+    if (Quorvex_PointInRect(x, g.Y + 150, g.FieldWidth, 100)) {
+      editor->Focus = field;
+      handled = true;
+    } else if (Quorvex_PointInRect(x, g.Y + 90, g.FieldWidth, 60)) {
+      editor->Focus = field;
+      Quorvex_ClockEditor_Increase(*editor, field);
+      handled = true;
+    } else if (Quorvex_PointInRect(x, g.Y + 250, g.FieldWidth, 60)) {
+      editor->Focus = field;
+      Quorvex_ClockEditor_Decrease(*editor, field);
+      handled = true;
+    }
+  }
+  if (!handled &&
+      Quorvex_PointInRect(g.X + 20 + (g.FieldWidth + 10), g.ButtonY, g.FieldWidth, 30)) {
+    editor->Focus = kEditorOk;
+    ClockEditorAccept = 1;
+    handled = true;
+  }
+  if (!handled &&
+      Quorvex_PointInRect(g.X + 20 + (g.FieldWidth + 10) * 2, g.ButtonY, g.FieldWidth, 30)) {
+    editor->Focus = kEditorCancel;
+    ActionBusy = 0;
+    handled = true;
+  }
+  if (!handled && Quorvex_PointInRect(g.X + g.Width - 32, g.Y + 10, 20, 27)) {
+    ActionBusy = 0;
+    handled = true;
+  }
+  if (!handled) return EFI_ABORTED;
+  Quorvex_ClockEditor_Redraw();
+  return EFI_SUCCESS;
 }

@@ -62,3 +62,8 @@ struct ClockEditorGeometry {
 ClockEditorGeometry Quorvex_ClockEditor_Geometry();
 // Redraws the running editor (after a click changed it).
 void Quorvex_ClockEditor_Redraw();
+
+// Clicks on the running editor: a field, its up and down areas, OK,
+// Cancel and the close mark. EFI_ABORTED when the editor is not open or the
+// click is elsewhere.
+EFI_STATUS Quorvex_ClockEditor_Click();

@@ -2,17 +2,18 @@
 // F10 and Esc: leaving with or without saving, loading the defaults and the
 // battery service action. Leaving itself is the setup data service's
 // business; nothing here runs after a leave operation that does not return.
-#include "core/main_loop.h"
-#include "core/startup.h"
+#include "input/keys.h"
+#include "setup_data/page_state.h"
+#include "platform/bindings.h"
 #include "graphics/windows.h"
-#include "pages/page_actions.h"
+#include "input/modal_windows.h"
+#include "setup_data/page_actions.h"
 #include "pages/page_common.h"
+#include "pages/page_table.h"
 #include "pages/pages.h"
 #include "setup_data/exit_page_table.h"
 #include "setup_data/setup_data_wrappers.h"
 #include "setup_data/text_table.h"
-
-UINT64 AccessLevel = 4;
 
 constinit const PageView kExitPageView = {ExitPageItems, &ExitPageItemCount, kTabExit,
                                           kStateExitTab, kStateExitPage,     nullptr};
@@ -43,73 +44,27 @@ bool BatteryMayBeDisabled() {
   return ask != nullptr && ask() != 0;
 }
 
-// Draws the page that PageState names again, without entering its loop.
+// Draws the page that PageState names again, without entering its loop (the
+// boot order dialog draws itself again over its own page).
 void RedrawCurrentPage() {
-  switch (PageState) {
-  case kStateMainTab:
-    Quorvex_MainPageSelected_Draw();
-    break;
-  case kStateSecurityTab:
-    Quorvex_SecurityPageSelected_Draw();
-    break;
-  case kStatePowerTab:
-    Quorvex_PowerManagementPageSelected_Draw();
-    break;
-  case kStateAdvancedTab:
-  case kStateAdvancedSubPageTab:
-    Quorvex_AdvancedPageSelected_Draw();
-    break;
-  case kStateExitTab:
-    Quorvex_ExitPageSelected_Draw();
-    break;
-  case kStateMainPage:
-    Quorvex_Page_FocusedDraw(kMainPageView);
-    break;
-  case kStateSecurityPage:
-    Quorvex_Page_FocusedDraw(kSecurityPageView);
-    break;
-  case kStatePowerPage:
-    Quorvex_Page_FocusedDraw(kPowerManagementPageView);
-    break;
-  case kStateAdvancedPage:
-    Quorvex_Page_FocusedDraw(kAdvancedPageView);
-    break;
-  case kStateBootOrderDialog:
-    // The boot order dialog draws itself again over its own page.
-    break;
-  case kStateAdvancedSubPage:
-    Quorvex_Tab_Draw(kTabAdvanced, TabLook::PageFocus);
-    Quorvex_Page_DrawList(kSystemConfigurationPageView, true);
-    break;
-  case kStateExitPage:
-    Quorvex_Page_FocusedDraw(kExitPageView);
-    break;
-  default:
-    break;
+  if (const PageRow* row = Quorvex_PageTable_TabStateRow(PageState); row && IsTabState(PageState)) {
+    row->SelectedDraw();
+  } else if (const PageRow* inside = Quorvex_PageTable_InsideStateRow(PageState)) {
+    if (inside->FocusedRedraw != nullptr) {
+      inside->FocusedRedraw();
+    } else {
+      Quorvex_Page_FocusedDraw(*inside->View);
+    }
   }
+}
+
+void FixFocusOf(const PageView& View) {
+  FixFocus(View.Items, *View.Count);
 }
 
 } // namespace
 
 // ---- Global actions -------------------------------------------------------------
-
-void Quorvex_StoreAllPages() {
-  Quorvex_MainPage_Store();
-  Quorvex_SecurityPage_Store();
-  Quorvex_PowerManagementPage_Store();
-  Quorvex_AdvancedPage_Store();
-  Quorvex_SystemConfigurationPage_Store();
-  Quorvex_AdvancedPage_Store2();
-}
-
-void Quorvex_RefreshAllPages() {
-  Quorvex_MainPage_Refresh();
-  Quorvex_SecurityPage_Refresh();
-  Quorvex_PowerManagementPage_Refresh();
-  Quorvex_AdvancedPage_Refresh();
-  Quorvex_SystemConfigurationPage_Refresh();
-  Quorvex_ExitPage_Refresh();
-}
 
 void Quorvex_ExitSavingChanges() {
   if (!Confirm(TextOf(TEXT(ExitSavingChanges)), 1)) return;
@@ -124,23 +79,13 @@ void Quorvex_ExitDiscardingChanges() {
 
 void Quorvex_LoadSetupDefaults() {
   // Restricted access cannot load the defaults: no question, nothing at all.
-  if (AccessLevel > 1) return;
+  if (!Quorvex_FullAccess()) return;
   if (!Confirm(TextOf(TEXT(ExitLoadSetupDefaults)), 1)) return;
   SetupData_load_defaults();
   // The store now holds the defaults: bring every page's records up to date,
   // then move the focus off rows that can no longer hold it.
-  Quorvex_PowerManagementPage_LoadValues();
-  Quorvex_AdvancedPage_LoadValues();
-  Quorvex_AdvancedPage_LoadValues2();
-  Quorvex_SystemConfigurationPage_LoadValues();
-  Quorvex_SecurityPage_LoadValues();
-  const PageView* views[] = {&kMainPageView,
-                             &kSecurityPageView,
-                             &kPowerManagementPageView,
-                             &kAdvancedPageView,
-                             &kSystemConfigurationPageView,
-                             &kExitPageView};
-  for (const PageView* view : views) FixFocus(view->Items, *view->Count);
+  Quorvex_Pages_LoadAllValues();
+  Quorvex_Pages_ForEachView(FixFocusOf);
   Quorvex_RefreshAllPages();
   RedrawCurrentPage();
 }
@@ -220,4 +165,11 @@ void Quorvex_ExitPage_Enter() {
   Quorvex_Page_FocusedDraw(kExitPageView);
   if (ActionBusy != 0) return;
   Quorvex_Page_KeyLoop(kExitPageView, PageLoopHooks{});
+}
+
+EFI_STATUS Quorvex_ExitPage_MouseClick(INT64, INT64) {
+  if (Quorvex_ChoiceWindow_Click() == EFI_SUCCESS) return EFI_SUCCESS;
+  return Quorvex_Page_Click(kExitPageView,
+                            {Quorvex_ExitPageSelected_Draw, Quorvex_ExitPageNotSelected_Draw,
+                             Quorvex_ExitPage_Enter, nullptr, nullptr});
 }

@@ -3,15 +3,17 @@
 // itself: it is read on every pass of the main loop and of the page's loop.
 #include "pages/main_page.h"
 
-#include "core/main_loop.h"
-#include "core/startup.h"
+#include "input/keys.h"
+#include "setup_data/page_state.h"
+#include "platform/bindings.h"
 #include "graphics/background.h"
 #include "graphics/draw_util.h"
 #include "graphics/item_list.h"
 #include "input/mouse.h"
 #include "pages/clock_editor.h"
-#include "pages/page_actions.h"
+#include "setup_data/page_actions.h"
 #include "pages/page_common.h"
+#include "pages/page_table.h"
 #include "pages/pages.h"
 #include "platform/lib.h"
 #include "setup_data/main_page_table.h"
@@ -62,10 +64,8 @@ void RedrawInNewLanguage() {
   Quorvex_BackGround_Left();
   Quorvex_UpdateMouse();
   Quorvex_Page_FocusedDraw(kMainPageView);
-  Quorvex_SecurityPageNotSelected_Draw();
-  Quorvex_PowerManagementPageNotSelected_Draw();
-  Quorvex_AdvancedPageNotSelected_Draw();
-  Quorvex_ExitPageNotSelected_Draw();
+  for (UINT32 tab = kTabMain + 1; tab < kTabCount; ++tab)
+    Quorvex_PageTable_TabRow(tab).NotSelectedDraw();
 }
 
 // Runs one editor over LastTime; on acceptance sets the clock and reads it
@@ -303,4 +303,11 @@ void Quorvex_MainPage_Enter() {
   hooks.EachPass = Quorvex_MainPage_ClockRefresh;
   hooks.AfterActivate = AfterActivate;
   Quorvex_Page_KeyLoop(kMainPageView, hooks);
+}
+
+EFI_STATUS Quorvex_MainPage_MouseClick(INT64, INT64) {
+  if (PageState == kStateMainPage && Quorvex_ClockEditor_Click() == EFI_SUCCESS) return EFI_SUCCESS;
+  return Quorvex_Page_Click(kMainPageView,
+                            {Quorvex_MainPageSelected_Draw, Quorvex_MainPageNotSelected_Draw,
+                             Quorvex_MainPage_Enter, nullptr, Quorvex_RefreshAllPages});
 }

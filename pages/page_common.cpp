@@ -2,8 +2,9 @@
 // list paging, drop-down lists and option toggles.
 #include "pages/page_common.h"
 
-#include "core/main_loop.h"
-#include "core/startup.h"
+#include "input/keys.h"
+#include "setup_data/page_state.h"
+#include "platform/bindings.h"
 #include "graphics/background.h"
 #include "graphics/colours.h"
 #include "graphics/draw_util.h"
@@ -11,8 +12,9 @@
 #include "graphics/text_draw.h"
 #include "input/mouse.h"
 #include "pages/clock_editor.h"
-#include "pages/page_actions.h"
+#include "setup_data/page_actions.h"
 #include "pages/sysconfig_page.h"
+#include "pages/page_table.h"
 #include "pages/pages.h"
 #include "platform/lib.h"
 #include "setup_data/text_table.h"
@@ -99,14 +101,8 @@ void Quorvex_Tabs_Reset() {
 }
 
 const PageView* Quorvex_Page_ViewOf(const SetupItem* Items) {
-  const PageView* views[] = {&kMainPageView,
-                             &kSecurityPageView,
-                             &kPowerManagementPageView,
-                             &kAdvancedPageView,
-                             &kSystemConfigurationPageView,
-                             &kExitPageView};
-  for (const PageView* view : views) {
-    if (view->Items == Items) return view;
+  for (const PageRow& row : kPageTable) {
+    if (row.View->Items == Items) return row.View;
   }
   return nullptr;
 }
@@ -372,11 +368,16 @@ void Quorvex_Pages_ForgetModalState() {
   ClockEditorAccept = 0;
   ClockEditorActive = nullptr;
   SubPageActionBusy = 0;
-  const PageView* views[] = {&kMainPageView,
-                             &kSecurityPageView,
-                             &kPowerManagementPageView,
-                             &kAdvancedPageView,
-                             &kSystemConfigurationPageView,
-                             &kExitPageView};
-  for (const PageView* view : views) Quorvex_Page_CloseLists(view->Items, *view->Count);
+  Quorvex_Pages_ForEachView(
+      [](const PageView& View) { Quorvex_Page_CloseLists(View.Items, *View.Count); });
+}
+
+void ActivateSelected(SetupItem* Items, UINT64 Count) {
+  ActionBusy = 1;
+  // Only the row that holds the focus when Enter arrives runs: an action that
+  // moves the focus further down must not activate its new row as well.
+  const UINT64 row = SelectedIndex(Items, Count);
+  if (row < Count && Items[row].Action != nullptr) Items[row].Action(Items);
+  ActionBusy = 0;
+  Quorvex_HelpBar_Draw();
 }

@@ -28,6 +28,10 @@ void Quorvex_Tabs_Reset();
 // A restart can abandon a modal dialog half way: forget its state.
 void Quorvex_Pages_ForgetModalState();
 
+// Runs the Action of the selected row with ActionBusy set, then redraws the
+// help bar.
+void ActivateSelected(SetupItem* Items, UINT64 Count);
+
 // ---- A page's items ---------------------------------------------------------
 struct PageView {
   SetupItem* Items;
@@ -72,8 +76,12 @@ EFI_STATUS Quorvex_Page_Click(const PageView& View, const PageClickHooks& Hooks)
 // A click on the options of the view's open drop-down list; EFI_ABORTED when
 // no list of the view is open.
 EFI_STATUS Quorvex_Page_DropDownClick(const PageView& View);
-// True while a modal window or an item action owns the pointer.
-bool Quorvex_Page_PointerBusy();
+// The tab column, one tab of it, and the page area under the cursor.
+bool Quorvex_Page_InTabStrip();
+bool Quorvex_Page_OnTab(UINT32 Tab);
+bool Quorvex_Page_InItemArea();
+// The buttons of the open choice window (Yes / No of the confirmations).
+EFI_STATUS Quorvex_ChoiceWindow_Click();
 
 // ---- Key loop -----------------------------------------------------------------
 struct PageLoopHooks {

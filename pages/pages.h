@@ -6,6 +6,7 @@
 #pragma once
 
 #include "platform/efi.h"
+#include "setup_data/access_level.h"
 #include "setup_data/setup_item.h"
 
 #define QUORVEX_PAGE_ROUTINES(Page)                                                                \
@@ -41,9 +42,6 @@ void Quorvex_AdvancedPage_LoadValues();
 void Quorvex_AdvancedPage_LoadValues2();
 void Quorvex_SystemConfigurationPage_LoadValues();
 
-// Access level: 0 or 1 full access, 2 or 3 restricted (initially 4).
-extern UINT64 AccessLevel;
-
 // The global actions, reachable from every page by F9, F10 and Esc.
 void Quorvex_ExitSavingChanges();
 void Quorvex_ExitDiscardingChanges();
@@ -53,3 +51,7 @@ void Quorvex_DisableBatteryAndPowerOff();
 void Quorvex_StoreAllPages();
 // Every page's refresh routine, in the start-up order.
 void Quorvex_RefreshAllPages();
+
+// The global keys shared by every page loop: F1 help, F9 defaults, F10 save
+// and leave, Esc leave without saving. Returns true when Key was one of them.
+bool Quorvex_GlobalKey(const EFI_INPUT_KEY& Key);

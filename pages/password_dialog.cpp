@@ -3,12 +3,14 @@
 // arguments of the setup data service's operations; the utility keeps none.
 #include "pages/password_dialog.h"
 
-#include "core/main_loop.h"
-#include "core/startup.h"
+#include "input/keys.h"
+#include "setup_data/page_state.h"
+#include "platform/bindings.h"
 #include "graphics/background.h"
 #include "graphics/buttons.h"
 #include "graphics/colours.h"
 #include "graphics/double_buffer.h"
+#include "graphics/modal_scope.h"
 #include "graphics/draw_util.h"
 #include "graphics/text_draw.h"
 #include "graphics/windows.h"
@@ -127,16 +129,20 @@ void DrawField() {
   Quorvex_DoubleBuffer_Stop();
 }
 
-// Takes the password window off the dimmed screen: the screen as it was
-// before the dialog, dimmed again.
-void WipeWindow() {
-  Quorvex_RestoreUnderCursor();
-  Quorvex_DoubleBuffer_Start(0, 0, ScreenWidth, ScreenHeight);
-  Quorvex_Restore_All_Screen();
-  Quorvex_Grayout_All_Screen();
-  Quorvex_DoubleBuffer_Flush();
-  Quorvex_DoubleBuffer_Stop();
-  Quorvex_UpdateMouse();
+// The two answer buffers of a password change. A restart that abandons the
+// dialog wipes and frees them like its normal end does.
+struct PasswordBuffers {
+  CHAR16* Fresh;
+  CHAR16* Confirm;
+};
+
+void ReleasePasswordBuffers(void* Context) {
+  auto* buffers = static_cast<PasswordBuffers*>(Context);
+  Quorvex_FreeSecret(buffers->Fresh, kBufferBytes);
+  Quorvex_FreeSecret(buffers->Confirm, kBufferBytes);
+  buffers->Fresh = nullptr;
+  buffers->Confirm = nullptr;
+  MemWipe(Mask, sizeof(Mask));
 }
 
 // Asks for a new password until an answer is accepted; false on Esc. An
@@ -245,64 +251,60 @@ void Quorvex_SecurityPasswordConfirm(UINT32 Kind, UINT32 Set) {
   }
   MemFill(fresh, 0, kBufferBytes);
   MemFill(confirm, 0, kBufferBytes);
-  Quorvex_RestoreUnderCursor();
-  Quorvex_Grayout_All_Screen();
-  Quorvex_UpdateMouse();
+  PasswordBuffers buffers = {fresh, confirm};
+  RestartRelease release(&ReleasePasswordBuffers, &buffers);
+  {
+    ModalScope modal;
 
-  const bool masterSelected = SecurityPageItems[SecurityRowMaster].Selected != 0;
-  const bool hddUserSelected = SecurityPageItems[SecurityRowHddUser].Selected != 0;
-  bool asked = false;
-  if (!Quorvex_PasswordInstalled(Kind)) {
-    // The user password chained after a new master password may not be empty.
-    const bool refuseEmpty = MasterPlusUser() && Set == kPromptsHddUser && masterSelected;
-    asked = AskNew(TextOf(prompts.New), fresh, refuseEmpty);
-  } else if (Quorvex_SecurityPasswordInput(TextOf(prompts.Current), fresh) == EFI_SUCCESS) {
-    if (!Verify(Kind, fresh)) {
-      MemWipe(fresh, kBufferBytes);
-      WipeWindow();
-      ++VerifyFailCount;
-      if (VerifyFailCount < kShutdownAfterFailures) {
-        Quorvex_SecurityMessageBox(TextOf(TEXT(SecurityVerifyError)),
+    const bool masterSelected = SecurityPageItems[SecurityRowMaster].Selected != 0;
+    const bool hddUserSelected = SecurityPageItems[SecurityRowHddUser].Selected != 0;
+    bool asked = false;
+    if (!Quorvex_PasswordInstalled(Kind)) {
+      // The user password chained after a new master password may not be empty.
+      const bool refuseEmpty = MasterPlusUser() && Set == kPromptsHddUser && masterSelected;
+      asked = AskNew(TextOf(prompts.New), fresh, refuseEmpty);
+    } else if (Quorvex_SecurityPasswordInput(TextOf(prompts.Current), fresh) == EFI_SUCCESS) {
+      if (!Verify(Kind, fresh)) {
+        MemWipe(fresh, kBufferBytes);
+        modal.Regrey();
+        ++VerifyFailCount;
+        if (VerifyFailCount < kShutdownAfterFailures) {
+          Quorvex_SecurityMessageBox(TextOf(TEXT(SecurityVerifyError)),
+                                     TextOf(TEXT(SecurityPressEnterToContinue)),
+                                     TextOf(TEXT(SecurityEnterButton)), 0);
+        } else {
+          Quorvex_SecurityMessageBox(TextOf(TEXT(SecurityVerifyError)),
+                                     TextOf(TEXT(SecuritySystemShuttingDown)),
+                                     TextOf(TEXT(CommonOk)), kShutdownCountdown);
+          SetupData_shut_down();
+        }
+      } else {
+        // In Master+User mode the HDD/SSD user password cannot be deleted on
+        // its own.
+        const bool refuseEmpty = MasterPlusUser() && hddUserSelected;
+        asked = AskNew(TextOf(prompts.New), fresh, refuseEmpty);
+      }
+    }
+
+    if (asked && Quorvex_SecurityPasswordInput(TextOf(prompts.Confirm), confirm) == EFI_SUCCESS) {
+      if (SetupData_compare_passwords(fresh, confirm) == 0) {
+        modal.Regrey();
+        Quorvex_SecurityMessageBox(TextOf(TEXT(SecurityPasswordsNotSame)),
                                    TextOf(TEXT(SecurityPressEnterToContinue)),
                                    TextOf(TEXT(SecurityEnterButton)), 0);
       } else {
-        Quorvex_SecurityMessageBox(TextOf(TEXT(SecurityVerifyError)),
-                                   TextOf(TEXT(SecuritySystemShuttingDown)), TextOf(TEXT(CommonOk)),
-                                   kShutdownCountdown);
-        SetupData_shut_down();
-      }
-    } else {
-      // In Master+User mode the HDD/SSD user password cannot be deleted on
-      // its own.
-      const bool refuseEmpty = MasterPlusUser() && hddUserSelected;
-      asked = AskNew(TextOf(prompts.New), fresh, refuseEmpty);
-    }
-  }
-
-  if (asked && Quorvex_SecurityPasswordInput(TextOf(prompts.Confirm), confirm) == EFI_SUCCESS) {
-    if (SetupData_compare_passwords(fresh, confirm) == 0) {
-      WipeWindow();
-      Quorvex_SecurityMessageBox(TextOf(TEXT(SecurityPasswordsNotSame)),
-                                 TextOf(TEXT(SecurityPressEnterToContinue)),
-                                 TextOf(TEXT(SecurityEnterButton)), 0);
-    } else {
-      SetPassword(Kind, fresh);
-      if (fresh[0] == 0 && Kind == kPasswordSupervisor) {
-        SetPassword(kPasswordUser, u"");
-        PasswordDeletedFlag = 1;
-      }
-      if (fresh[0] == 0 && Kind == kPasswordHddMaster && MasterPlusUser()) {
-        SetPassword(kPasswordHddUser, u"");
+        SetPassword(Kind, fresh);
+        if (fresh[0] == 0 && Kind == kPasswordSupervisor) {
+          SetPassword(kPasswordUser, u"");
+          PasswordDeletedFlag = 1;
+        }
+        if (fresh[0] == 0 && Kind == kPasswordHddMaster && MasterPlusUser()) {
+          SetPassword(kPasswordHddUser, u"");
+        }
       }
     }
   }
-
-  Quorvex_RestoreUnderCursor();
-  Quorvex_Restore_All_Screen();
-  Quorvex_UpdateMouse();
-  Quorvex_FreeSecret(fresh, kBufferBytes);
-  Quorvex_FreeSecret(confirm, kBufferBytes);
-  MemWipe(Mask, sizeof(Mask));
+  ReleasePasswordBuffers(&buffers);
 }
 
 void Quorvex_SecurityMasterSequence() {

@@ -1,8 +1,9 @@
 // The Power Management page: wake-up and power-on sources, processor power
 // options, the keyboard backlight with its lighting time, and the SATA and
 // USB 3.0 power options. Keys, lists and pointer work as on the Advanced page.
-#include "core/main_loop.h"
-#include "core/startup.h"
+#include "input/keys.h"
+#include "setup_data/page_state.h"
+#include "platform/bindings.h"
 #include "graphics/draw_util.h"
 #include "pages/page_common.h"
 #include "pages/pages.h"
@@ -124,4 +125,11 @@ void Quorvex_PowerManagementPage_Enter() {
   PageLoopHooks hooks = {};
   hooks.PageKey = PageKey;
   Quorvex_Page_KeyLoop(kPowerManagementPageView, hooks);
+}
+
+EFI_STATUS Quorvex_PowerManagementPage_MouseClick(INT64, INT64) {
+  return Quorvex_Page_Click(kPowerManagementPageView,
+                            {Quorvex_PowerManagementPageSelected_Draw,
+                             Quorvex_PowerManagementPageNotSelected_Draw,
+                             Quorvex_PowerManagementPage_Enter, nullptr, nullptr});
 }

@@ -4,12 +4,14 @@
 // rules run whenever the page is drawn and after every item action.
 #include "pages/security_page.h"
 
-#include "core/keyboard.h"
-#include "core/main_loop.h"
-#include "core/startup.h"
+#include "input/keyboard.h"
+#include "input/keys.h"
+#include "setup_data/page_state.h"
+#include "platform/bindings.h"
 #include "graphics/draw_util.h"
 #include "graphics/windows.h"
-#include "pages/page_actions.h"
+#include "input/modal_windows.h"
+#include "setup_data/page_actions.h"
 #include "pages/page_common.h"
 #include "pages/password_dialog.h"
 #include "pages/pages.h"
@@ -282,4 +284,10 @@ void Quorvex_SecurityPage_Enter() {
   PageLoopHooks hooks = {};
   hooks.AfterActivate = AfterActivate;
   Quorvex_Page_KeyLoop(kSecurityPageView, hooks);
+}
+
+EFI_STATUS Quorvex_SecurityPage_MouseClick(INT64, INT64) {
+  return Quorvex_Page_Click(
+      kSecurityPageView, {Quorvex_SecurityPageSelected_Draw, Quorvex_SecurityPageNotSelected_Draw,
+                          Quorvex_SecurityPage_Enter, nullptr, Quorvex_SecurityPage_Refresh});
 }

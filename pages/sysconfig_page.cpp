@@ -4,19 +4,20 @@
 // page-focus look; Esc or the previous-page button go back to that list.
 #include "pages/sysconfig_page.h"
 
-#include "core/main_loop.h"
-#include "core/startup.h"
+#include "input/keys.h"
+#include "setup_data/page_state.h"
+#include "platform/bindings.h"
 #include "graphics/background.h"
 #include "graphics/draw_util.h"
 #include "pages/advanced_page.h"
-#include "pages/page_actions.h"
+#include "setup_data/page_actions.h"
+#include "input/mouse.h"
 #include "pages/page_common.h"
+#include "pages/page_table.h"
 #include "pages/pages.h"
 #include "setup_data/security_page_table.h"
 #include "setup_data/setup_data_wrappers.h"
 #include "setup_data/sysconfig_page_table.h"
-
-UINT8 SubPageActionBusy;
 
 namespace {
 
@@ -219,4 +220,22 @@ void Quorvex_SystemConfigurationPage_Enter() {
   hooks.AfterActivate = AfterActivate;
   hooks.Leave = LeaveToTab;
   Quorvex_Page_KeyLoop(kSystemConfigurationPageView, hooks);
+}
+
+EFI_STATUS Quorvex_SystemConfigurationPage_MouseClick(INT64, INT64) {
+  if (Quorvex_Page_DropDownClick(kSystemConfigurationPageView) == EFI_SUCCESS) return EFI_SUCCESS;
+  if (Quorvex_PointerBusy() || !Quorvex_Page_InItemArea()) return EFI_ABORTED;
+  if (PageState != kStateAdvancedSubPageTab && PageState != kStateAdvancedSubPage) {
+    return EFI_ABORTED;
+  }
+  // The sub-page is entered through the Advanced page's loop.
+  return Quorvex_Page_Click(
+      kSystemConfigurationPageView,
+      {Quorvex_SystemConfigurationPage_TabDraw, Quorvex_SystemConfigurationPageNotSelected_Draw,
+       kPageTable[kRowAdvanced].Enter, Quorvex_SystemConfigurationPage_ActivateFromClick, nullptr});
+}
+
+void Quorvex_SystemConfigurationPage_FocusedRedraw() {
+  Quorvex_Tab_Draw(kTabAdvanced, TabLook::PageFocus);
+  Quorvex_Page_DrawList(kSystemConfigurationPageView, true);
 }

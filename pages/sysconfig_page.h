@@ -12,7 +12,8 @@ UINT64 Quorvex_SysConfig_PortOptions(const UINT32* Codes, const CHAR16** Options
 
 // Set while an action of the sub-page runs (the help bar's buttons are
 // ignored then).
-extern UINT8 SubPageActionBusy;
 
 // Activates the selected row as Enter does (a click on the selected row).
 void Quorvex_SystemConfigurationPage_ActivateFromClick();
+// The sub-page with the focus on its items under the Advanced tab.
+void Quorvex_SystemConfigurationPage_FocusedRedraw();

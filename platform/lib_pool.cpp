@@ -2,7 +2,7 @@
 // allocation trace on the debug trace protocol.
 #include "platform/lib.h"
 
-#include "core/startup.h"
+#include "platform/bindings.h"
 
 namespace {
 // The system table kept by Quorvex_Lib_Init; a null table makes every

@@ -2,7 +2,7 @@
 // the page's layout routine recomputes them from the screen width.
 #include "setup_data/security_page_table.h"
 
-#include "pages/page_actions.h"
+#include "setup_data/page_actions.h"
 #include "setup_data/text_table.h"
 
 // Rows name only the fields they set; every other field is zero.

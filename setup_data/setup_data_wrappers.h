@@ -17,7 +17,7 @@
 // The statuses of reads and writes are not tested by the callers.
 #pragma once
 
-#include "core/startup.h"
+#include "platform/bindings.h"
 #include "platform/efi.h"
 
 namespace setup_data_detail {

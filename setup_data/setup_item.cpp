@@ -2,9 +2,8 @@
 // these same rules on its own array.
 #include "setup_data/setup_item.h"
 
-#include "graphics/background.h"
-
 UINT8 ActionBusy;
+UINT8 SubPageActionBusy;
 
 bool ItemFocusable(const SetupItem& Item) {
   return Item.Kind != ItemInfo && Item.GreyedOut == 0 && Item.Hidden == 0;
@@ -44,16 +43,6 @@ void SelectPrevious(SetupItem* Items, UINT64 Count) {
 
 void SelectNext(SetupItem* Items, UINT64 Count) {
   MoveFocus(Items, Count, true);
-}
-
-void ActivateSelected(SetupItem* Items, UINT64 Count) {
-  ActionBusy = 1;
-  // Only the row that holds the focus when Enter arrives runs: an action that
-  // moves the focus further down must not activate its new row as well.
-  const UINT64 row = SelectedIndex(Items, Count);
-  if (row < Count && Items[row].Action != nullptr) Items[row].Action(Items);
-  ActionBusy = 0;
-  Quorvex_HelpBar_Draw();
 }
 
 void FixFocus(SetupItem* Items, UINT64 Count) {

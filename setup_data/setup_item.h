@@ -56,14 +56,13 @@ template <typename T> inline UINT64 ItemDataFrom(T* Pointer) {
 
 // Set while an item's action runs (the pages skip their own loops then).
 extern UINT8 ActionBusy;
+// The same while an action of the System Configuration sub-page runs.
+extern UINT8 SubPageActionBusy;
 
 // Focus movement inside a page: to the nearest row towards the top / bottom
 // that is not an information row, not greyed and not hidden; no wrap.
 void SelectPrevious(SetupItem* Items, UINT64 Count);
 void SelectNext(SetupItem* Items, UINT64 Count);
-// Runs the Action of the selected row with ActionBusy set, then redraws the
-// help bar.
-void ActivateSelected(SetupItem* Items, UINT64 Count);
 // Moves the focus off a row that became greyed or hidden, to the first
 // focusable row from the top (or to none).
 void FixFocus(SetupItem* Items, UINT64 Count);

@@ -5,7 +5,7 @@
 // current language each time it draws.
 #include "setup_data/sysconfig_page_table.h"
 
-#include "pages/page_actions.h"
+#include "setup_data/page_actions.h"
 #include "setup_data/text_table.h"
 
 // Rows name only the fields they set; every other field is zero.

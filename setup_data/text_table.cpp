@@ -2,7 +2,7 @@
 // entry; the Japanese and French slots follow it at fixed byte offsets.
 #include "setup_data/text_table.h"
 
-#include "core/startup.h"
+#include "platform/bindings.h"
 
 UINT8 JapaneseAvailable = 0;
 UINT8 FrenchAvailable = 0;

@@ -8,6 +8,7 @@
 #include "core/startup.h"
 #include "input/mouse.h"
 #include "setup_data/main_page_table.h"
+#include "pages/page_common.h"
 #include "setup_data/setup_item.h"
 
 namespace {

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "graphics/windows.h"
+#include "input/modal_windows.h"
 #include "graphics_test_support.h"
 
 namespace {

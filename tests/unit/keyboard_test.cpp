@@ -6,7 +6,7 @@
 #include <deque>
 #include <vector>
 
-#include "core/keyboard.h"
+#include "input/keyboard.h"
 #include "core/startup.h"
 #include "host/fake_firmware_fixture.h"
 #include "platform/lib.h"

@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "core/keyboard.h"
+#include "input/keyboard.h"
 #include "core/main_loop.h"
 #include "core/startup.h"
 #include "graphics/graphics_state.h"

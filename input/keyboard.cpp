@@ -1,9 +1,9 @@
 // The keyboard-source replacement. Installed once over ConIn's ReadKeyStroke
 // and never removed; it passes reads through to the console unless the key
 // source mode asks for the extended key-code protocol instances.
-#include "core/keyboard.h"
+#include "input/keyboard.h"
 
-#include "core/startup.h"
+#include "platform/bindings.h"
 #include "platform/lib.h"
 
 UINT32 KeySourceMode;

@@ -1,0 +1,26 @@
+// Reading keys from the console (through whatever wrappers sit on it).
+#include "input/keys.h"
+
+#include "platform/bindings.h"
+#include "setup_data/setup_data_wrappers.h"
+
+UINT16 HotKeyScanCode;
+
+void FlushKeys() {
+  EFI_INPUT_KEY key;
+  while (!EFI_ERROR(SystemTable->ConIn->ReadKeyStroke(SystemTable->ConIn, &key))) {
+  }
+}
+
+void Quorvex_LoadHotKey() {
+  SetupData_Get_hot_key_scan_code(&HotKeyScanCode);
+}
+
+EFI_STATUS Quorvex_ReadKey(EFI_INPUT_KEY* Key) {
+  Key->ScanCode = 0;
+  Key->UnicodeChar = 0;
+  EFI_STATUS status = SystemTable->ConIn->ReadKeyStroke(SystemTable->ConIn, Key);
+  if (EFI_ERROR(status)) return status;
+  if (Key->ScanCode == HotKeyScanCode) SetupData_report_hot_key(Key->ScanCode);
+  return EFI_SUCCESS;
+}

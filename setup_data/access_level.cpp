@@ -1,0 +1,3 @@
+#include "setup_data/access_level.h"
+
+UINT64 AccessLevel = kAccessLevelUnset;

@@ -1,0 +1,3 @@
+#include "setup_data/page_state.h"
+
+UINT32 PageState;
