@@ -18,3 +18,7 @@ void CloseRestartEvent();
 // Returns every start-up global to its power-on value (host tests run the
 // entry point many times in one process).
 void Quorvex_Startup_Reset();
+
+// Every module of the utility back to its power-on state (host tests run the
+// entry point many times in one process; nothing is freed).
+void Quorvex_Utility_Reset();

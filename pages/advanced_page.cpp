@@ -254,3 +254,9 @@ EFI_STATUS Quorvex_AdvancedPage_MouseClick(INT64, INT64) {
                                                 Quorvex_AdvancedPageNotSelected_Draw,
                                                 Quorvex_AdvancedPage_Enter, nullptr, nullptr});
 }
+
+void Quorvex_AdvancedPage_Reset() {
+  SleepChargeModes = {};
+  BootOrderPacked = 0;
+  BootOrderCount = 2;
+}

@@ -311,3 +311,8 @@ EFI_STATUS Quorvex_MainPage_MouseClick(INT64, INT64) {
                             {Quorvex_MainPageSelected_Draw, Quorvex_MainPageNotSelected_Draw,
                              Quorvex_MainPage_Enter, nullptr, Quorvex_RefreshAllPages});
 }
+
+void Quorvex_MainPage_Reset() {
+  LastTime = {};
+  MinimumYear = 0;
+}

@@ -55,3 +55,10 @@ void Quorvex_RefreshAllPages();
 // The global keys shared by every page loop: F1 help, F9 defaults, F10 save
 // and leave, Esc leave without saving. Returns true when Key was one of them.
 bool Quorvex_GlobalKey(const EFI_INPUT_KEY& Key);
+
+// Power-on state of the page modules (host tests) and of each module with
+// state of its own.
+void Quorvex_Pages_Reset();
+void Quorvex_MainPage_Reset();
+void Quorvex_SecurityPage_Reset();
+void Quorvex_AdvancedPage_Reset();

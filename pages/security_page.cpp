@@ -291,3 +291,9 @@ EFI_STATUS Quorvex_SecurityPage_MouseClick(INT64, INT64) {
       kSecurityPageView, {Quorvex_SecurityPageSelected_Draw, Quorvex_SecurityPageNotSelected_Draw,
                           Quorvex_SecurityPage_Enter, nullptr, Quorvex_SecurityPage_Refresh});
 }
+
+void Quorvex_SecurityPage_Reset() {
+  PasswordDeletedFlag = 0;
+  UserOnlyAtStart = 0;
+  VerifyFailCount = 0;
+}

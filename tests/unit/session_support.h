@@ -69,10 +69,6 @@ inline const std::vector<const CHAR16*> kPristinePorts(SysConfigExternalDisplayO
                                                            kSysConfigExternalDisplaySlots);
 
 inline void RestoreUtility() {
-  Quorvex_Startup_Reset();
-  Quorvex_Keyboard_Reset();
-  Quorvex_Mouse_Reset();
-  Quorvex_Tabs_Reset();
   for (const TableCopy& table : kPristineTables) {
     std::copy(table.Rows.begin(), table.Rows.end(), table.Items);
     *table.Count = table.CountValue;
@@ -81,21 +77,9 @@ inline void RestoreUtility() {
   std::copy(kPristineSleepCharge.begin(), kPristineSleepCharge.end(), AdvancedSleepChargeOptions);
   std::copy(kPristinePorts.begin(), kPristinePorts.end(), SysConfigExternalDisplayOptions);
   PowerBacklightTimeMaximum = kPowerBacklightTimeInitial;
-  Quorvex_Pages_ForgetModalState();
-  PageState = 0;
-  HotKeyScanCode = 0;
-  AccessLevel = 4;
-  ActionBusy = 0;
-  KeySourceMode = 0;
-  JapaneseAvailable = 0;
-  FrenchAvailable = 0;
-  LastTime = {};
-  MinimumYear = 0;
-  PasswordDeletedFlag = 0;
-  UserOnlyAtStart = 0;
-  SleepChargeModes = {};
-  BootOrderPacked = 0;
-  BootOrderCount = 2;
+  Quorvex_Utility_Reset();
+  // The windows' flags (their buffers are freed by Quorvex_Graphics_Reset
+  // while the firmware lives).
   ChoiceWindowOpen = 0;
   GeneralHelpOpen = 0;
 }

@@ -1,0 +1,11 @@
+#include "input/input_state.h"
+
+#include "input/keyboard.h"
+#include "input/keys.h"
+#include "input/mouse.h"
+
+void Quorvex_Input_Reset() {
+  HotKeyScanCode = 0;
+  Quorvex_Keyboard_Reset();
+  Quorvex_Mouse_Reset();
+}
