@@ -2,9 +2,11 @@
 #include "graphics/graphics_state.h"
 
 #include "graphics/graphics_internal.h"
+#include "graphics/item_list.h"
 
 void Quorvex_Graphics_Reset() {
   Quorvex_DoubleBuffer_Reset();
   Quorvex_BackGround_Reset();
   Quorvex_Windows_Reset();
+  Quorvex_Item_ShowFocusedPage();
 }
