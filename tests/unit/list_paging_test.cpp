@@ -195,18 +195,27 @@ TEST_F(ListPagingTest, ScrollRectangleClicksTurnPagesAndNeverReachARow) {
 }
 
 TEST_F(ListPagingTest, ClickOnTheShownPageSelectsItsRowWithFullAccess) {
-  // Page 1 shown by a scroll click, then a click on its first row: the row
-  // under the pointer is the shown page's row.
+  // A click in the scroll rectangle beside row 1 (on the shown page's
+  // segment) neither turns the page nor reaches the row; one below turns to
+  // page 1; then a click on the first page's top row hits that row.
   const UINT32 x = 1024 * 3 / 4 - 10;
   std::vector<UINT64> focus;
+  std::vector<UINT64> shown;
   const UINT64& count = PowerManagementPageItemCount;
-  RunSteps({K(kDown), K(kDown), K(kRight), ClickAt(x, 600), K(kUp), ClickAt(400, 60)},
-           [&](size_t) { focus.push_back(SelectedIndex(kPower, count)); });
-  ASSERT_EQ(focus.size(), 6u);
+  RunSteps(
+      {K(kDown), K(kDown), K(kRight), ClickAt(x, 130), ClickAt(x, 600), K(kUp), ClickAt(400, 60)},
+      [&](size_t) {
+        focus.push_back(SelectedIndex(kPower, count));
+        shown.push_back(Shown(kPower, count));
+      });
+  ASSERT_EQ(focus.size(), 7u);
+  EXPECT_EQ(focus[3], 0u) << "row 1 under the rectangle is not selected";
+  EXPECT_EQ(shown[3], 0u);
   const UINT64 second = FirstRowOf(kPower, count, 1);
-  EXPECT_EQ(focus[3], second);
-  EXPECT_LT(focus[4], second) << "Up moves to the last row of the first page";
-  EXPECT_EQ(focus[5], 0u) << "the first page is shown again: its top row is hit";
+  EXPECT_EQ(focus[4], second);
+  EXPECT_EQ(shown[4], 1u);
+  EXPECT_LT(focus[5], second) << "Up moves to the last row of the first page";
+  EXPECT_EQ(focus[6], 0u) << "the first page is shown again: its top row is hit";
 }
 
 } // namespace
