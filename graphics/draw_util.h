@@ -12,13 +12,36 @@
 // width × height × 4 can never overflow.
 constexpr UINT64 kMaxDrawExtent = 1u << 15;
 
+// Rows of a rectangle starting at row Y that lie above the screen's bottom.
+inline UINTN RowsAboveBottom(UINTN Y, UINTN Height) {
+  if (ScreenHeight == 0) return Height; // no mode chosen yet: nothing to cut against
+  if (Y >= ScreenHeight) return 0;
+  return Height < ScreenHeight - Y ? Height : static_cast<UINTN>(ScreenHeight - Y);
+}
+
+// The Blt of the bound GOP instance. Rows past the screen's bottom are cut
+// off first (the firmware refuses a whole Blt that reaches past it, so a
+// control near the bottom of a short screen keeps its visible part); a Blt
+// with nothing left above the bottom does nothing and succeeds.
 inline EFI_STATUS Quorvex_Blt(EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Buffer,
                               EFI_GRAPHICS_OUTPUT_BLT_OPERATION Operation, UINTN SourceX,
                               UINTN SourceY, UINTN DestinationX, UINTN DestinationY, UINTN Width,
                               UINTN Height, UINTN Delta) {
   if (!GraphicsOutput || !GraphicsOutput->Blt) return EFI_NOT_FOUND;
+  UINTN rows = Height;
+  if (Operation == EfiBltVideoFill || Operation == EfiBltBufferToVideo) {
+    rows = RowsAboveBottom(DestinationY, Height);
+  } else if (Operation == EfiBltVideoToBltBuffer) {
+    rows = RowsAboveBottom(SourceY, Height);
+  } else if (Operation == EfiBltVideoToVideo) {
+    const UINTN source = RowsAboveBottom(SourceY, Height);
+    const UINTN destination = RowsAboveBottom(DestinationY, Height);
+    rows = source < destination ? source : destination;
+  }
+  if (rows == 0 && Height != 0) return EFI_SUCCESS;
+  // A Delta of 0 means rows of Width pixels; it stays so with fewer rows.
   return GraphicsOutput->Blt(GraphicsOutput, Buffer, Operation, SourceX, SourceY, DestinationX,
-                             DestinationY, Width, Height, Delta);
+                             DestinationY, Width, rows, Delta);
 }
 
 // GOP video fill of a rectangle with one colour (0xRRGGBB).

@@ -3,10 +3,12 @@
 
 #include "graphics/graphics_internal.h"
 #include "graphics/modal_scope.h"
+#include "graphics/item_list.h"
 
 void Quorvex_Graphics_Reset() {
   Quorvex_DoubleBuffer_Reset();
   Quorvex_BackGround_Reset();
   Quorvex_Windows_Reset();
   Quorvex_ModalScope_Reset();
+  Quorvex_Item_ShowFocusedPage();
 }

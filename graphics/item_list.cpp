@@ -21,6 +21,15 @@ constexpr UINT64 kListIndent = 50;
 // Options beyond this many are not shown by a drop-down list.
 constexpr UINTN kMaxShownOptions = 32;
 
+// The list page chosen by Page Up, Page Down or the scroll rectangle for one
+// item array: shown instead of the focused row's page until the focus moves
+// (a chosen page may hold no row that can take the focus).
+struct ChosenPage {
+  const SetupItem* Items;
+  UINT64 Page;
+};
+constinit ChosenPage gChosen = {nullptr, 0};
+
 UINT64 SaturatingAdd(UINT64 A, UINT64 B) {
   return A > ~0ull - B ? ~0ull : A + B;
 }
@@ -172,11 +181,51 @@ UINT64 Quorvex_Item_Pages(const SetupItem* Items, UINT64 Count, UINT64* First, U
   }
   const UINT64 selected = Items ? SelectedIndex(Items, Count) : Count;
   UINT64 shown = 0;
-  if (selected < Count)
+  if (Items != nullptr && gChosen.Items == Items) {
+    // The chosen page, or the last one when the list has shrunk since.
+    shown = gChosen.Page < pages ? gChosen.Page : pages - 1;
+  } else if (selected < Count) {
     while (shown + 1 < pages && page[shown + 1] <= selected) ++shown;
+  }
   if (First) *First = page[shown];
   if (End) *End = shown + 1 < pages ? page[shown + 1] : Count;
   return pages;
+}
+
+void Quorvex_Item_ShowPage(const SetupItem* Items, UINT64 Page) {
+  gChosen = {Items, Page};
+}
+
+void Quorvex_Item_ShowFocusedPage() {
+  gChosen = {nullptr, 0};
+}
+
+bool Quorvex_Item_PageChosen(const SetupItem* Items) {
+  return Items != nullptr && gChosen.Items == Items;
+}
+
+UINT64 Quorvex_Item_ShownPage(const SetupItem* Items, UINT64 Count, UINT64* PageCount) {
+  UINT64 starts[kMaxItemPages];
+  UINT64 first = 0;
+  const UINT64 pages = Quorvex_Item_Pages(Items, Count, &first, nullptr, starts);
+  if (PageCount != nullptr) *PageCount = pages;
+  UINT64 shown = 0;
+  while (shown + 1 < pages && starts[shown] != first) ++shown;
+  return shown;
+}
+
+bool Quorvex_Item_ScrollRect(UINT64 PageCount, UINT64 Page, UINT64 X, UINT64 Y, INT32* Step) {
+  const UINT64 left = SaturatingSub(3 * ScreenWidth / 4, 20);
+  const UINT64 track = SaturatingSub(ScreenHeight, 100);
+  if (PageCount < 2 || X < left || X >= 3 * ScreenWidth / 4 || Y < kListTop ||
+      Y - kListTop >= track) {
+    return false;
+  }
+  // One equal segment of the rectangle per page.
+  const UINT64 segmentTop = kListTop + track * Page / PageCount;
+  const UINT64 segmentEnd = kListTop + track * (Page + 1) / PageCount;
+  *Step = Y < segmentTop ? -1 : (Y >= segmentEnd ? 1 : 0);
+  return true;
 }
 
 UINT64 Quorvex_Item_HitTest(const SetupItem* Items, UINT64 Count, UINT64 X, UINT64 Y) {
@@ -261,7 +310,14 @@ void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused, UINT8
 }
 
 void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused) {
-  Quorvex_Draw_Item_List(Items, Count, Focused, 0, 0, 0);
+  // A list of two or more pages shows where the shown page lies.
+  UINT64 pages = 1;
+  const UINT64 shown = Items ? Quorvex_Item_ShownPage(Items, Count, &pages) : 0;
+  if (pages < 2) {
+    Quorvex_Draw_Item_List(Items, Count, Focused, 0, 0, 0);
+  } else {
+    Quorvex_Draw_Item_List(Items, Count, Focused, 1, 100 / pages, 100 * shown / pages);
+  }
 }
 
 void Quorvex_Draw_Page_ScrollBar(UINT64 SizePercent, UINT64 PositionPercent) {

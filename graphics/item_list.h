@@ -7,7 +7,7 @@
 
 constexpr UINTN kMaxItemPages = 100;
 
-// Draws the list page that holds the first selected row (rows from y 50 at
+// Draws the list page shown (see Quorvex_Item_Pages) (rows from y 50 at
 // x W/4 + 50) in one double-buffered region, the open drop-down last, then,
 // when Focused, the item help of the selected row. Text fields of the rows
 // are text references (English slots) resolved here to the current
@@ -16,12 +16,28 @@ constexpr UINTN kMaxItemPages = 100;
 // Kind 6 shows the number in Data.
 void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused, UINT8 ScrollBar,
                             UINT64 ScrollSize, UINT64 ScrollPosition);
+// The same with the page scroll bar whenever the list has two or more pages.
 void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused);
 
-// Range [First, End) of the list page that holds the first selected item.
+// Range [First, End) of the list page shown: the page chosen for this array
+// (Quorvex_Item_ShowPage), else the one that holds the first selected item.
 // Returns the number of list pages.
 UINT64 Quorvex_Item_Pages(const SetupItem* Items, UINT64 Count, UINT64* First, UINT64* End,
                           UINT64* PageStarts /* kMaxItemPages entries */);
+// Shows list page Page of the array Items (the last page when the list has
+// fewer) whatever row has the focus, until Quorvex_Item_ShowFocusedPage.
+// One array at a time has a chosen page.
+void Quorvex_Item_ShowPage(const SetupItem* Items, UINT64 Page);
+void Quorvex_Item_ShowFocusedPage();
+// True while the array has a chosen page.
+bool Quorvex_Item_PageChosen(const SetupItem* Items);
+// Number of the list page shown and, in PageCount, how many pages the list
+// has.
+UINT64 Quorvex_Item_ShownPage(const SetupItem* Items, UINT64 Count, UINT64* PageCount);
+// The scroll rectangle beside a list of two or more pages (x 3W/4 - 20, y 50,
+// 20 x H - 100), one equal segment per page: true when (X, Y) lies in it,
+// with Step -1 above the segment of page Page, +1 below it, 0 on it.
+bool Quorvex_Item_ScrollRect(UINT64 PageCount, UINT64 Page, UINT64 X, UINT64 Y, INT32* Step);
 // The row under the point (a row covers its Height, not its Gap, across the
 // page area W/4 to 3W/4), among the rows of the shown list page as drawn;
 // returns Count when none.

@@ -21,6 +21,10 @@ EFI_STATUS Quorvex_ReadKey(EFI_INPUT_KEY* Key) {
   Key->UnicodeChar = 0;
   EFI_STATUS status = SystemTable->ConIn->ReadKeyStroke(SystemTable->ConIn, Key);
   if (EFI_ERROR(status)) return status;
-  if (Key->ScanCode == HotKeyScanCode) SetupData_report_hot_key(Key->ScanCode);
+  // A hot key of 0 (a service answer outside the schema) would match every
+  // character key: it is ignored.
+  if (HotKeyScanCode != 0 && Key->ScanCode == HotKeyScanCode) {
+    SetupData_report_hot_key(Key->ScanCode);
+  }
   return EFI_SUCCESS;
 }

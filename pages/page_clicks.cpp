@@ -60,6 +60,28 @@ EFI_STATUS Quorvex_ChoiceWindow_Click() {
   return EFI_ABORTED;
 }
 
+namespace {
+
+// A click in the scroll rectangle beside a list of two or more pages turns
+// the page towards the click (above or below the shown page's segment) and
+// is taken whatever lies under it.
+bool ScrollRectClick(const PageView& View) {
+  if (CursorX < 0 || CursorY < 0) return false;
+  UINT64 pages = 1;
+  const UINT64 shown = Quorvex_Item_ShownPage(View.Items, *View.Count, &pages);
+  INT32 step = 0;
+  if (!Quorvex_Item_ScrollRect(pages, shown, static_cast<UINT64>(CursorX),
+                               static_cast<UINT64>(CursorY), &step)) {
+    return false;
+  }
+  if (step != 0 && Quorvex_Page_TurnListPage(View.Items, *View.Count, step)) {
+    Quorvex_Page_DrawList(View, PageState == View.InsideState);
+  }
+  return true;
+}
+
+} // namespace
+
 EFI_STATUS Quorvex_Page_DropDownClick(const PageView& View) {
   if (PageState != View.InsideState) return EFI_ABORTED;
   SetupItem* items = View.Items;
@@ -107,6 +129,7 @@ EFI_STATUS Quorvex_Page_Click(const PageView& View, const PageClickHooks& Hooks)
 
   SetupItem* items = View.Items;
   const UINT64 count = *View.Count;
+  if (ScrollRectClick(View)) return EFI_SUCCESS;
   const UINT64 row = Quorvex_Item_HitTest(items, count, static_cast<UINT64>(CursorX),
                                           static_cast<UINT64>(CursorY));
   if (row >= count || !ItemFocusable(items[row])) return EFI_ABORTED;

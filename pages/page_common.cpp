@@ -121,6 +121,8 @@ void Quorvex_Page_HighlightedDraw(const PageView& View) {
 }
 
 void Quorvex_Page_FocusedDraw(const PageView& View) {
+  // Entering the items shows the focused row.
+  Quorvex_Item_ShowFocusedPage();
   Quorvex_Tab_Draw(View.Tab, TabLook::PageFocus);
   Quorvex_Page_DrawList(View, true);
 }
@@ -141,66 +143,94 @@ void Quorvex_Page_NotSelectedDraw(const PageView& View) {
 
 namespace {
 
-// The list page holding the focused row, and the row range of page Index.
-struct ListPages {
-  UINT64 Starts[kMaxItemPages];
-  UINT64 PageCount;
-  UINT64 Current;
-};
-
-bool FindListPages(const SetupItem* Items, UINT64 Count, ListPages* Pages) {
-  UINT64 first = 0;
-  UINT64 end = 0;
-  Pages->PageCount = Quorvex_Item_Pages(Items, Count, &first, &end, Pages->Starts);
-  if (Pages->PageCount < 2 || Pages->PageCount > kMaxItemPages) return false;
-  Pages->Current = 0;
-  for (UINT64 page = 0; page < Pages->PageCount; ++page) {
-    if (Pages->Starts[page] == first) Pages->Current = page;
-  }
-  return true;
+// True when the focused row lies on list page Page (rows [Starts[Page],
+// next start)).
+bool FocusOnPage(const SetupItem* Items, UINT64 Count, const UINT64* Starts, UINT64 Pages,
+                 UINT64 Page) {
+  const UINT64 row = SelectedIndex(Items, Count);
+  const UINT64 end = Page + 1 < Pages ? Starts[Page + 1] : Count;
+  return row < Count && row >= Starts[Page] && row < end;
 }
 
-bool FocusFirstOnPage(SetupItem* Items, UINT64 Count, const ListPages& Pages, UINT64 Page) {
-  const UINT64 begin = Pages.Starts[Page];
-  const UINT64 end = Page + 1 < Pages.PageCount ? Pages.Starts[Page + 1] : Count;
-  for (UINT64 row = begin; row < end && row < Count; ++row) {
-    if (!ItemFocusable(Items[row])) continue;
-    const UINT64 old = SelectedIndex(Items, Count);
-    if (old < Count) Items[old].Selected = 0;
-    Items[row].Selected = 1;
-    return true;
+// The first row of list page Page that can take the focus, or Count.
+UINT64 FirstFocusableOnPage(const SetupItem* Items, UINT64 Count, const UINT64* Starts,
+                            UINT64 Pages, UINT64 Page) {
+  const UINT64 end = Page + 1 < Pages ? Starts[Page + 1] : Count;
+  for (UINT64 row = Starts[Page]; row < end && row < Count; ++row) {
+    if (ItemFocusable(Items[row])) return row;
   }
-  return false;
+  return Count;
 }
 
 } // namespace
 
+bool Quorvex_Page_TurnListPage(SetupItem* Items, UINT64 Count, INT32 Step) {
+  UINT64 starts[kMaxItemPages];
+  const UINT64 pages = Quorvex_Item_Pages(Items, Count, nullptr, nullptr, starts);
+  const UINT64 current = Quorvex_Item_ShownPage(Items, Count, nullptr);
+  if (pages < 2 || Step == 0) return false;
+  if (Step < 0 && current == 0) return false;
+  if (Step > 0 && current + 1 >= pages) return false;
+  const UINT64 page = Step < 0 ? current - 1 : current + 1;
+  if (FocusOnPage(Items, Count, starts, pages, page)) {
+    Quorvex_Item_ShowFocusedPage();
+    return true;
+  }
+  const UINT64 row = FirstFocusableOnPage(Items, Count, starts, pages, page);
+  if (row < Count) {
+    // The focus follows onto the new page.
+    const UINT64 old = SelectedIndex(Items, Count);
+    if (old < Count) Items[old].Selected = 0;
+    Items[row].Selected = 1;
+    Quorvex_Item_ShowFocusedPage();
+  } else {
+    // Nothing there can take the focus: the page is shown, the focus stays.
+    Quorvex_Item_ShowPage(Items, page);
+  }
+  return true;
+}
+
 bool Quorvex_Page_ListPageUp(SetupItem* Items, UINT64 Count) {
-  ListPages pages;
-  if (!FindListPages(Items, Count, &pages) || pages.Current == 0) return false;
-  return FocusFirstOnPage(Items, Count, pages, pages.Current - 1);
+  return Quorvex_Page_TurnListPage(Items, Count, -1);
 }
 
 bool Quorvex_Page_ListPageDown(SetupItem* Items, UINT64 Count) {
-  ListPages pages;
-  if (!FindListPages(Items, Count, &pages) || pages.Current + 1 >= pages.PageCount) return false;
-  return FocusFirstOnPage(Items, Count, pages, pages.Current + 1);
+  return Quorvex_Page_TurnListPage(Items, Count, 1);
+}
+
+bool Quorvex_Page_FocusedRowHidden(const SetupItem* Items, UINT64 Count) {
+  if (!Quorvex_Item_PageChosen(Items)) return false;
+  const UINT64 row = SelectedIndex(Items, Count);
+  if (row >= Count) return false;
+  UINT64 starts[kMaxItemPages];
+  const UINT64 pages = Quorvex_Item_Pages(Items, Count, nullptr, nullptr, starts);
+  return !FocusOnPage(Items, Count, starts, pages, Quorvex_Item_ShownPage(Items, Count, nullptr));
 }
 
 bool Quorvex_Page_HandleKey(const PageView& View, const PageLoopHooks& Hooks,
                             const EFI_INPUT_KEY& Key) {
   SetupItem* items = View.Items;
   const UINT64 count = *View.Count;
+  // A character key (Enter, "+", "-") acts on the focused row: while another
+  // list page is shown it only brings the focused row's page back.
+  if (Key.ScanCode == SCAN_NULL && Quorvex_Page_FocusedRowHidden(items, count)) {
+    Quorvex_Item_ShowFocusedPage();
+    Quorvex_Page_DrawList(View, true);
+    return true;
+  }
   if (Hooks.PageKey != nullptr && Hooks.PageKey(Key)) return PageState == View.InsideState;
   switch (Key.ScanCode) {
   case SCAN_UP:
   case SCAN_DOWN:
   case SCAN_PAGE_UP:
   case SCAN_PAGE_DOWN:
-    // Focus and list-page moves; the list is redrawn whether or not the
-    // focus could move.
-    if (Key.ScanCode == SCAN_UP) SelectPrevious(items, count);
-    if (Key.ScanCode == SCAN_DOWN) SelectNext(items, count);
+    // Up and Down move the focus and show its page; Page Up and Page Down
+    // turn the shown page. The list is redrawn whether or not anything moved.
+    if (Key.ScanCode == SCAN_UP || Key.ScanCode == SCAN_DOWN) {
+      if (Key.ScanCode == SCAN_UP) SelectPrevious(items, count);
+      if (Key.ScanCode == SCAN_DOWN) SelectNext(items, count);
+      Quorvex_Item_ShowFocusedPage();
+    }
     if (Key.ScanCode == SCAN_PAGE_UP) Quorvex_Page_ListPageUp(items, count);
     if (Key.ScanCode == SCAN_PAGE_DOWN) Quorvex_Page_ListPageDown(items, count);
     Quorvex_Page_DrawList(View, true);
@@ -368,6 +398,7 @@ void Quorvex_Pages_ForgetModalState() {
   ClockEditorAccept = 0;
   ClockEditorActive = nullptr;
   SubPageActionBusy = 0;
+  Quorvex_Item_ShowFocusedPage();
   Quorvex_Pages_ForEachView(
       [](const PageView& View) { Quorvex_Page_CloseLists(View.Items, *View.Count); });
 }

@@ -104,11 +104,16 @@ void Quorvex_Page_KeyLoop(const PageView& View, const PageLoopHooks& Hooks);
 bool Quorvex_Page_HandleKey(const PageView& View, const PageLoopHooks& Hooks,
                             const EFI_INPUT_KEY& Key);
 
-// Moves the focus to the first focusable row of the previous / next list page
-// (the drawer shows the list page that holds the focused row). Returns true
-// when the focus moved.
+// Turns the shown list page one page back (Step -1) or on (+1), never past
+// the first or the last. When the new page holds the focused row the focus
+// stays; else the focus moves to the page's first row that can take it; a
+// page with no such row is shown with the focus kept where it was (Up or
+// Down brings its page back). Returns true when the shown page changed.
+bool Quorvex_Page_TurnListPage(SetupItem* Items, UINT64 Count, INT32 Step);
 bool Quorvex_Page_ListPageUp(SetupItem* Items, UINT64 Count);
 bool Quorvex_Page_ListPageDown(SetupItem* Items, UINT64 Count);
+// True while a chosen list page is shown that does not hold the focused row.
+bool Quorvex_Page_FocusedRowHidden(const SetupItem* Items, UINT64 Count);
 
 // ---- Controls -------------------------------------------------------------------
 UINT64 Quorvex_OptionCount(const CHAR16* const* Options);

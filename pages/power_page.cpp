@@ -74,6 +74,11 @@ void Quorvex_PowerManagementPage_LoadValues() {
   time.Present = present != 0 ? 1 : 0;
   if (time.Present != 0) SetupData_Get_backlight_lighting_time(&time.Data);
   SetupData_Get_backlight_time_maximum(&PowerBacklightTimeMaximum);
+  // "+" never offers a time the store would refuse, whatever maximum the
+  // platform reports.
+  if (PowerBacklightTimeMaximum > kSettingMax_backlight_lighting_time) {
+    PowerBacklightTimeMaximum = kSettingMax_backlight_lighting_time;
+  }
   Quorvex_Page_HideAbsent(PowerManagementPageItems, PowerManagementPageItemCount);
 }
 

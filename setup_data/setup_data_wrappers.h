@@ -80,7 +80,10 @@ template <int Op> inline UINT64 CallChecked(UINT64 Argument1, UINT64 Argument2) 
   }                                                                                                \
   template <int Op = PresenceOp> inline UINT64 SetupData_Present_##Name(UINT8* Out) {              \
     return setup_data_detail::CallChecked<Op>(setup_data_detail::Address(Out), 0);                 \
-  }
+  }                                                                                                \
+  /* The range the store accepts. */                                                               \
+  inline constexpr UINT64 kSettingMin_##Name = Min;                                                \
+  inline constexpr UINT64 kSettingMax_##Name = Max;
 
 // ---- Operations by shape (defined in setup_data_wrappers.cpp) ---------------
 #define QUORVEX_OP_ReadInto(Number, Name) UINT64 SetupData_##Name(void* Out);

@@ -50,6 +50,7 @@ DEEP_TEAL = (0x00, 0x66, 0x82)
 LIGHT_TEAL = (0x4F, 0xD2, 0xEA)
 PANEL_TOP = (0xF6, 0xF9, 0xFD)
 PANEL_BOTTOM = (0xEC, 0xF1, 0xF9)
+HEADER_TOP = (0xE2, 0xF1, 0xF6)
 
 FONT_DIR = "/usr/share/fonts/opentype/noto/"
 FONT_BOLD = FONT_DIR + "NotoSansCJK-Bold.ttc"
@@ -174,6 +175,10 @@ def facet_texture(width, height, cell, seed):
 
 
 def left_band():
+    """A light field from the top to the footer, so that the dark tab captions
+    stay readable wherever the stretch to a taller screen moves the picture's
+    rows under the tabs (at 1024 x 1280 the tabs lie over source rows from
+    about 130 on), and the logos are drawn dark on it."""
     w, h = BAND_W, BAND_H
     img = Image.new("RGB", (w, h))
     px = img.load()
@@ -184,22 +189,17 @@ def left_band():
         for x in range(w):
             if y < HEADER_END:
                 t = y / HEADER_END
-                # Navy at the top to deep teal at the bottom, lit a little
-                # from the top-right.
-                base = mix(NAVY, DEEP_TEAL, t * t * 0.85)
-                light = 0.05 * max(0.0, 1 - math.hypot(w - x, y) / 420)
+                # A pale teal wash at the top fading into the panel colour,
+                # lit a little from the top-right; the facets stay faint.
+                base = mix(HEADER_TOP, PANEL_TOP, t ** 1.5)
+                light = 0.015 * max(0.0, 1 - math.hypot(w - x, y) / 420)
                 tex = (header_tex[x, y] - 128) / 128.0
-                # Quieter behind the logos (left and upper part).
-                amp = 0.018 + 0.03 * (x / w) * (1 - t * 0.3)
+                amp = 0.006 + 0.012 * (x / w) * (1 - t)
                 k = 1 + light + tex * amp
                 c = tuple(min(255, v * k) for v in base)
             elif y < FOOTER_START:
                 t = (y - HEADER_END) / (FOOTER_START - HEADER_END)
                 c = mix(PANEL_TOP, PANEL_BOTTOM, t)
-                # The header's soft shadow on the panel.
-                if y < HEADER_END + 10:
-                    s = (1 - (y - HEADER_END) / 10) ** 2 * 0.10
-                    c = tuple(v * (1 - s) for v in c)
             else:
                 t = (y - FOOTER_START) / (h - FOOTER_START)
                 base = mix(TEAL, NAVY, t ** 0.8)
@@ -211,13 +211,13 @@ def left_band():
             px[x, y] = tuple(max(0, min(255, int(round(v + n)))) for v in c)
 
     d = ImageDraw.Draw(img)
-    # Thin accent at the header's foot and the footer's head.
-    d.line((0, HEADER_END - 1, w, HEADER_END - 1), fill=mix(TEAL, WHITE, 0.15))
+    # A teal rule along the top and one at the footer's head.
+    d.rectangle((0, 0, w, 3), fill=TEAL)
     d.line((0, FOOTER_START, w, FOOTER_START), fill=mix(TEAL, WHITE, 0.25))
-    # A hairline against the page. The panel itself stays plain: the band is
-    # stretched at other resolutions while the tabs keep their positions, so
-    # nothing in the picture may line up with them.
-    for y in range(HEADER_END, FOOTER_START):
+    # A hairline against the page. Nothing else in the light field may line
+    # up with the tabs: the band is stretched at other resolutions while the
+    # tabs keep their positions.
+    for y in range(4, FOOTER_START):
         px[w - 4, y] = mix(px[w - 4, y], (0xC9, 0xD3, 0xE6), 0.9)
     return img
 
@@ -231,7 +231,7 @@ def upper_logo():
     c = Canvas(118, 148)
     cx, cy, r_out, r_in = 55, 66, 52, 39  # left edge in line with the wordmark
     ring = c.layer()
-    ring.circle(cx, cy, r_out, fill=rgba(WHITE))
+    ring.circle(cx, cy, r_out, fill=rgba(NAVY))
     ring.circle(cx, cy, r_in, fill=(0, 0, 0, 0))
     # The tail crosses the ring at the lower right, from inside the counter
     # to a little beyond the rim, with a narrow gap cut into the ring on
@@ -247,35 +247,35 @@ def upper_logo():
                 (b[0] - nx * half, b[1] - ny * half), (a[0] - nx * half, a[1] - ny * half)]
 
     cut = c.layer()
-    cut.polygon(band(10.5, t0, t1), fill=rgba(WHITE))
+    cut.polygon(band(10.5, t0, t1), fill=rgba(NAVY))
     ring_img = ring.image
     hole = cut.image.getchannel("A").point(lambda v: 255 - v)
     ring_img.putalpha(Image.composite(ring_img.getchannel("A"), Image.new("L", ring_img.size, 0), hole))
-    # A light sheen from the top-left on the ring.
+    # The ring shades from navy at the top-left to deep teal.
     sheen = c.layer()
     for i in range(40):
         t = i / 39
-        sheen.circle(cx - 30 + 60 * t, cy - 30 + 60 * t, 80, fill=rgba(mix(WHITE, (0xCF, 0xF3, 0xFA), t), 255))
+        sheen.circle(cx - 30 + 60 * t, cy - 30 + 60 * t, 80, fill=rgba(mix(NAVY, DEEP_TEAL, t), 255))
     sheen.masked(ring)
 
     # A tapered tail: wider where it leaves the ring.
     tail = c.layer()
     tail.polygon([(t0[0] + nx * 5, t0[1] + ny * 5), (t1[0] + nx * 7.5, t1[1] + ny * 7.5),
                   (t1[0] - nx * 7.5, t1[1] - ny * 7.5), (t0[0] - nx * 5, t0[1] - ny * 5)],
-                 fill=rgba(LIGHT_TEAL))
+                 fill=rgba(TEAL))
 
     # Two sliders inside the counter.
     sliders = c.layer()
     for i, (y, knob) in enumerate(((cy - 12, cx + 8), (cy + 8, cx - 10))):
         half_len = math.sqrt(r_in ** 2 - (y - cy) ** 2) - 10
         right = cx + half_len - (9 if i else 0)
-        sliders.stroke([(cx - half_len, y), (right, y)], 4, rgba(WHITE, 150))
-        sliders.circle(knob, y, 7, fill=rgba(LIGHT_TEAL if i == 0 else WHITE))
+        sliders.stroke([(cx - half_len, y), (right, y)], 4, rgba(NAVY, 150))
+        sliders.circle(knob, y, 7, fill=rgba(TEAL if i == 0 else NAVY))
 
     shadow_src = c.layer()
     shadow_src.over(sheen)
     shadow_src.over(tail)
-    c.over(shadow_src.shadow(0, 2, 2.5, 70))
+    c.over(shadow_src.shadow(0, 2, 2.5, 30))
     c.over(sheen)
     c.over(tail)
     c.over(sliders)
@@ -293,16 +293,12 @@ def lower_logo(subtitle):
     if width > 214:
         size *= 214 / width
         tracking *= 214 / width
-    word.text(1, 5, "QUORVEX", FONT_BOLD, size, rgba(WHITE), tracking)
+    word.text(1, 5, "QUORVEX", FONT_BOLD, size, rgba(NAVY), tracking)
     sub = c.layer()
     sub_size = 14.5
     if Canvas.text_width(subtitle, FONT_REGULAR, sub_size, 0.4) > 214:
         sub_size = 14.5 * 214 / Canvas.text_width(subtitle, FONT_REGULAR, 14.5, 0.4)
-    sub.text(2, 42, subtitle, FONT_REGULAR, sub_size, rgba((0xBF, 0xEE, 0xF7)), 0.4)
-    both = c.layer()
-    both.over(word)
-    both.over(sub)
-    c.over(both.shadow(0, 1, 1.5, 80))
+    sub.text(2, 42, subtitle, FONT_REGULAR, sub_size, rgba(DEEP_TEAL), 0.4)
     c.over(word)
     c.over(sub)
     return c.result()

@@ -183,6 +183,69 @@ TEST_F(ItemListTest, HitTestFindsTheRowOfTheShownPage) {
   EXPECT_EQ(Quorvex_Item_Top(items.data(), 4, 3), 50u);
 }
 
+TEST_F(ItemListTest, AChosenPageIsShownWhateverHoldsTheFocusAndClampedToTheList) {
+  // Three pages of one 400-high row each; the focus on the first.
+  std::vector<SetupItem> items(3, Row(ItemButton, 400, 25));
+  items[0].Selected = 1;
+  UINT64 pages = 0;
+  EXPECT_EQ(Quorvex_Item_ShownPage(items.data(), 3, &pages), 0u);
+  ASSERT_EQ(pages, 3u);
+  Quorvex_Item_ShowPage(items.data(), 2);
+  EXPECT_EQ(Quorvex_Item_ShownPage(items.data(), 3, nullptr), 2u);
+  UINT64 first = 0;
+  Quorvex_Item_Pages(items.data(), 3, &first, nullptr, nullptr);
+  EXPECT_EQ(first, 2u);
+  // The row under a point and the drawn rows are those of the chosen page.
+  EXPECT_EQ(Quorvex_Item_HitTest(items.data(), 3, ScreenWidth / 2, 60), 2u);
+  // Another array keeps its own focused page.
+  std::vector<SetupItem> other = items;
+  EXPECT_EQ(Quorvex_Item_ShownPage(other.data(), 3, nullptr), 0u);
+  // The list shrinks to two pages: the last one is shown.
+  items[1].Hidden = 1;
+  EXPECT_EQ(Quorvex_Item_ShownPage(items.data(), 3, nullptr), 1u);
+  // Back to the focused row's page.
+  Quorvex_Item_ShowFocusedPage();
+  EXPECT_FALSE(Quorvex_Item_PageChosen(items.data()));
+  EXPECT_EQ(Quorvex_Item_ShownPage(items.data(), 3, nullptr), 0u);
+
+  // The scroll bar of the three-argument drawer: a third of the track, on
+  // the shown page's third.
+  const UINT64 bar = 3 * ScreenWidth / 4 - 10;
+  const UINT64 track = ScreenHeight - 100;
+  items[1].Hidden = 0;
+  Quorvex_Item_ShowPage(items.data(), 1);
+  Quorvex_Draw_Item_List(items.data(), 3, 1);
+  EXPECT_EQ(At(bar, 50 + track / 6), kColourPageArea);
+  EXPECT_EQ(At(bar, 50 + track / 2), kColourDarkText);
+  EXPECT_EQ(At(bar, 50 + 5 * track / 6), kColourPageArea);
+  Quorvex_Item_ShowFocusedPage();
+  // A one-page list has no bar.
+  const size_t arrows = PicturesOf(kScrollArrowUp).size();
+  Quorvex_Draw_Item_List(items.data(), 1, 1);
+  EXPECT_EQ(At(bar, 50 + track / 2), kColourPageArea);
+  EXPECT_EQ(PicturesOf(kScrollArrowUp).size(), arrows);
+}
+
+TEST_F(ItemListTest, ScrollRectangleSegmentsOnePerPage) {
+  const UINT64 left = 3 * ScreenWidth / 4 - 20;
+  const UINT64 track = ScreenHeight - 100; // 668: segments of 222 or 223
+  INT32 step = 7;
+  EXPECT_FALSE(Quorvex_Item_ScrollRect(1, 0, left, 100, &step)) << "one page: no rectangle";
+  EXPECT_FALSE(Quorvex_Item_ScrollRect(3, 1, left - 1, 100, &step));
+  EXPECT_FALSE(Quorvex_Item_ScrollRect(3, 1, left + 20, 100, &step));
+  EXPECT_FALSE(Quorvex_Item_ScrollRect(3, 1, left, 49, &step));
+  EXPECT_FALSE(Quorvex_Item_ScrollRect(3, 1, left, 50 + track, &step));
+  EXPECT_EQ(step, 7) << "untouched outside";
+  ASSERT_TRUE(Quorvex_Item_ScrollRect(3, 1, left, 50, &step));
+  EXPECT_EQ(step, -1);
+  ASSERT_TRUE(Quorvex_Item_ScrollRect(3, 1, left + 19, 50 + track / 3, &step));
+  EXPECT_EQ(step, 0) << "on the shown page's segment";
+  ASSERT_TRUE(Quorvex_Item_ScrollRect(3, 1, left, 50 + 2 * track / 3, &step));
+  EXPECT_EQ(step, 1);
+  ASSERT_TRUE(Quorvex_Item_ScrollRect(3, 1, left, 50 + track - 1, &step));
+  EXPECT_EQ(step, 1);
+}
+
 TEST_F(ItemListTest, PageScrollBarThumbEndsAtTheTrackBottom) {
   const UINT64 x = 3 * ScreenWidth / 4 - 10;
   const UINT64 track = ScreenHeight - 100;

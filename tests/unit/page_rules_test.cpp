@@ -88,6 +88,13 @@ TEST(BootOrderPacking, BrokenOrdersStillNameEveryClassOnce) {
   Quorvex_BootOrder_Unpack(0, 4, order); // empty: class order
   EXPECT_EQ(order[0], 0u);
   EXPECT_EQ(order[1], 1u);
+  // A zero first nibble empties the order whatever follows: the missing
+  // classes fill the shown positions.
+  Quorvex_BootOrder_Unpack(0x4320, 4, order);
+  for (UINT64 i = 0; i < 4; ++i) EXPECT_EQ(order[i], i);
+  Quorvex_BootOrder_Unpack(0x4320, 2, order);
+  EXPECT_EQ(order[0], 0u);
+  EXPECT_EQ(order[1], 1u);
   Quorvex_BootOrder_Unpack(0x1133, 4, order); // a repeated class ends the list
   EXPECT_EQ(order[0], 2u);
   EXPECT_EQ(order[1], 0u);
