@@ -124,9 +124,23 @@ void Quorvex_MainLoop_Start() {
   Quorvex_MouseDrain();
 }
 
+// A first click on a page's item gives the page the focus from the pointer
+// poll; its own loop is run from here, not inside the poll. The sub-page is
+// run through the Advanced page's loop, as Right from its tab state does.
+void Quorvex_MainLoop_EnterClickedPage() {
+  if (IsTabState(PageState) || PageState == kStateBootOrderDialog) return;
+  if (PageState == kStateAdvancedSubPage) {
+    kPageTable[kRowAdvanced].Enter();
+    return;
+  }
+  const PageRow* row = Quorvex_PageTable_InsideStateRow(PageState);
+  if (row != nullptr) row->Enter();
+}
+
 void Quorvex_MainLoop_Pass() {
   Quorvex_MainPage_ClockRefresh();
   Quorvex_MousePoll();
+  Quorvex_MainLoop_EnterClickedPage();
   EFI_INPUT_KEY key;
   if (EFI_ERROR(Quorvex_ReadKey(&key))) return;
   Quorvex_MainLoop_Dispatch(key);

@@ -14,6 +14,8 @@ void Quorvex_MainLoop();
 // drained) and one pass (clock, pointer, one key).
 void Quorvex_MainLoop_Start();
 void Quorvex_MainLoop_Pass();
+// Runs the loop of a page that a click gave the focus (PageState 6-12).
+void Quorvex_MainLoop_EnterClickedPage();
 // Tab-level handling of one key: the scan-code table, then Enter.
 void Quorvex_MainLoop_Dispatch(const EFI_INPUT_KEY& Key);
 

@@ -99,9 +99,36 @@ void FreeLists() {
 // The pages' handlers after the help bar; set at start-up.
 constinit ClickChainRoutine PageClickChain = nullptr;
 
+// Whether the pointer was busy when the running click chain started. A
+// handler early in the chain may change the page state (a tab click from the
+// sub-page leaves it); the later handlers must judge the click by the state
+// it was made in, so that every other tab is still drawn not selected.
+struct ClickChainState {
+  bool Running;
+  bool BusyAtStart;
+};
+constinit ClickChainState Chain{};
+
+void RestoreChainState(void* Context) {
+  Chain = *static_cast<ClickChainState*>(Context);
+}
+
+bool LiveBusy() {
+  if (ChoiceWindowOpen != 0 || GeneralHelpOpen != 0 || Quorvex_ModalWindowOpen()) return true;
+  if (PageState == kStateAdvancedSubPage) return SubPageActionBusy != 0;
+  return ActionBusy != 0 || PageState == kStateBootOrderDialog;
+}
+
 void RunClickChain(bool Touch) {
+  // A handler may run an action whose own loop takes further clicks: the
+  // outer chain's state comes back when this one ends (or is abandoned by a
+  // restart).
+  ClickChainState outer = Chain;
+  RestartRelease release(&RestoreChainState, &outer);
+  Chain = {true, LiveBusy()};
   Quorvex_HelpBarClick();
   if (PageClickChain != nullptr) PageClickChain(Touch);
+  Chain = outer;
 }
 
 void PollMice() {
@@ -321,9 +348,7 @@ void Quorvex_Mouse_SetClickChain(ClickChainRoutine Chain) {
 }
 
 bool Quorvex_PointerBusy() {
-  if (ChoiceWindowOpen != 0 || GeneralHelpOpen != 0 || Quorvex_ModalWindowOpen()) return true;
-  if (PageState == kStateAdvancedSubPage) return SubPageActionBusy != 0;
-  return ActionBusy != 0 || PageState == kStateBootOrderDialog;
+  return Chain.Running ? Chain.BusyAtStart : LiveBusy();
 }
 
 void Quorvex_HelpBarClick() {
@@ -358,6 +383,7 @@ void Quorvex_Mouse_Reset() {
   MouseCount = 0;
   TouchCount = 0;
   Quorvex_Cursor_Reset();
+  Chain = {};
   CursorHideSeconds = kDefaultHideSeconds;
   TouchFollowCount = kDefaultFollowCount;
   LastPointerTime = {};

@@ -15,7 +15,7 @@ EFI_STATUS EFIAPI Quorvex_MouseReadKeyStroke(EFI_SIMPLE_TEXT_INPUT_PROTOCOL* Thi
 void Quorvex_HelpBarClick();
 // The click handlers that follow the help bar's (the pages' chain); Touch
 // tells a touch-panel contact from a mouse button.
-using ClickChainRoutine = void (*)(bool Touch);
+using ClickChainRoutine = EFI_STATUS (*)(bool Touch);
 void Quorvex_Mouse_SetClickChain(ClickChainRoutine Chain);
 // True while a modal window or an item action owns the pointer: the help bar
 // and the pages' items ignore clicks then.

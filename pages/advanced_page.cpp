@@ -250,9 +250,9 @@ EFI_STATUS Quorvex_AdvancedPage_MouseClick(INT64, INT64) {
     Quorvex_SystemConfigurationPage_TabDraw();
     return EFI_ABORTED;
   }
-  return Quorvex_Page_Click(kAdvancedPageView, {Quorvex_AdvancedPageSelected_Draw,
-                                                Quorvex_AdvancedPageNotSelected_Draw,
-                                                Quorvex_AdvancedPage_Enter, nullptr, nullptr});
+  return Quorvex_Page_Click(kAdvancedPageView,
+                            {Quorvex_AdvancedPageSelected_Draw,
+                             Quorvex_AdvancedPageNotSelected_Draw, nullptr, nullptr, nullptr});
 }
 
 void Quorvex_AdvancedPage_Reset() {

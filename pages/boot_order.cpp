@@ -101,6 +101,15 @@ const CHAR16* ButtonLabel(UINT32 Button) {
   }
 }
 
+// The device frame beside the rows.
+ScreenRect DeviceFrame() {
+  const Geometry g = DialogGeometry();
+  return {U(g.Left + g.Width - 390), U(g.Base + 25), 200, 250};
+}
+
+constexpr UINT64 kButtonWidth = 150;
+constexpr UINT64 kButtonHeight = 50;
+
 void ButtonPosition(UINT32 Button, UINT64* X, UINT64* Y) {
   const Geometry g = DialogGeometry();
   switch (Button) {
@@ -130,9 +139,9 @@ void DrawButtons() {
     UINT64 y = 0;
     ButtonPosition(button, &x, &y);
     if (BootListFocus == 0 && BootFocusedButton == button) {
-      Quorvex_Selected_Button_Control(x, y, 150, 50, ButtonLabel(button));
+      Quorvex_Selected_Button_Control(x, y, kButtonWidth, kButtonHeight, ButtonLabel(button));
     } else {
-      Quorvex_Button_Control(x, y, 150, 50, ButtonLabel(button));
+      Quorvex_Button_Control(x, y, kButtonWidth, kButtonHeight, ButtonLabel(button));
     }
   }
 }
@@ -140,9 +149,9 @@ void DrawButtons() {
 void DrawList() {
   const Geometry g = DialogGeometry();
   CursorHidden cursor;
-  Quorvex_Button_Control_Color_Modified_Mode(U(g.Left + g.Width - 390), U(g.Base + 25), 200, 250,
-                                             u"", Pixel(kColourPageArea),
-                                             Pixel(kColourButtonBorder));
+  const ScreenRect frame = DeviceFrame();
+  Quorvex_Button_Control_Color_Modified_Mode(frame.X, frame.Y, frame.Width, frame.Height, u"",
+                                             Pixel(kColourPageArea), Pixel(kColourButtonBorder));
   for (UINT64 i = 0; i < BootOrderCount; ++i) {
     const BootRow& row = BootRows[i];
     const bool selected = row.Selected != 0;
@@ -163,7 +172,8 @@ void DrawDialog() {
   {
     CursorHidden cursor;
     Quorvex_Button_Control(U(g.Left), U(g.Top), U(g.Width), U(g.Height), u"");
-    Quorvex_DrawPicture(kCloseMark, U(g.Left + g.Width - 32), U(g.Top + 10));
+    const ScreenRect close = Quorvex_CloseMark_Rect({U(g.Left), U(g.Top), U(g.Width), U(g.Height)});
+    Quorvex_DrawPicture(kCloseMark, close.X, close.Y);
     Quorvex_DrawString(TextOf(TEXT(BootPriorityOptions)), Pixel(kColourDarkText), kTransparent,
                        U(g.Left + g.Width - 390), U(g.Base), 200, 50);
   }
@@ -206,6 +216,10 @@ void SelectStep(INT64 Delta) {
     SelectOnly(s + 1);
   }
   DrawList();
+}
+
+bool PointIn(const ScreenRect& R) {
+  return Quorvex_PointInRect(R.X, R.Y, R.Width, R.Height);
 }
 
 // Back to the order held on entry.
@@ -391,4 +405,45 @@ void Quorvex_BootOrder_Dialog() {
       if (!Quorvex_BootOrder_Key(key)) break;
     }
   }
+}
+
+// A click on the dialog: a device row, a button (its action at once), or the
+// close mark (Cancel). Anything else, and any click while the dialog is not
+// running, is not this handler's.
+EFI_STATUS Quorvex_AdvancedPage_MouseClick2(INT64, INT64) {
+  if (PageState != kStateBootOrderDialog) return EFI_ABORTED;
+  const Geometry g = DialogGeometry();
+  const ScreenRect box = {U(g.Left), U(g.Top), U(g.Width), U(g.Height)};
+  if (!PointIn(box)) return EFI_ABORTED;
+  if (PointIn(DeviceFrame())) {
+    for (UINT64 i = 0; i < BootOrderCount; ++i) {
+      const BootRow& row = BootRows[i];
+      if (!PointIn({row.X, row.Y, row.Width, row.Height})) continue;
+      BootListFocus = 1;
+      BootFocusedButton = kNoButton;
+      SelectOnly(i);
+      DrawList();
+      DrawButtons();
+      return EFI_SUCCESS;
+    }
+    return EFI_ABORTED;
+  }
+  for (UINT32 button = kButtonUp; button <= kButtonCancel; ++button) {
+    UINT64 x = 0;
+    UINT64 y = 0;
+    ButtonPosition(button, &x, &y);
+    if (!PointIn({x, y, kButtonWidth, kButtonHeight})) continue;
+    BootListFocus = 0;
+    BootFocusedButton = button;
+    ActivateButton(button);
+    DrawButtons();
+    return EFI_SUCCESS;
+  }
+  if (PointIn(Quorvex_CloseMark_Rect(box))) {
+    RestoreSaved();
+    PageState = kStateAdvancedPage;
+    Done = true;
+    return EFI_SUCCESS;
+  }
+  return EFI_ABORTED;
 }

@@ -167,9 +167,16 @@ void Quorvex_ExitPage_Enter() {
   Quorvex_Page_KeyLoop(kExitPageView, PageLoopHooks{});
 }
 
+// The first handler of the chain: the message windows that F1, F9, F10 and
+// Esc open over every page.
 EFI_STATUS Quorvex_ExitPage_MouseClick(INT64, INT64) {
   if (Quorvex_ChoiceWindow_Click() == EFI_SUCCESS) return EFI_SUCCESS;
-  return Quorvex_Page_Click(kExitPageView,
-                            {Quorvex_ExitPageSelected_Draw, Quorvex_ExitPageNotSelected_Draw,
-                             Quorvex_ExitPage_Enter, nullptr, nullptr});
+  return Quorvex_GeneralHelp_Click();
+}
+
+// The page's own tab and items.
+EFI_STATUS Quorvex_ExitPage_MouseClick2(INT64, INT64) {
+  return Quorvex_Page_Click(
+      kExitPageView,
+      {Quorvex_ExitPageSelected_Draw, Quorvex_ExitPageNotSelected_Draw, nullptr, nullptr, nullptr});
 }

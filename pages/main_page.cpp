@@ -309,7 +309,7 @@ EFI_STATUS Quorvex_MainPage_MouseClick(INT64, INT64) {
   if (PageState == kStateMainPage && Quorvex_ClockEditor_Click() == EFI_SUCCESS) return EFI_SUCCESS;
   return Quorvex_Page_Click(kMainPageView,
                             {Quorvex_MainPageSelected_Draw, Quorvex_MainPageNotSelected_Draw,
-                             Quorvex_MainPage_Enter, nullptr, Quorvex_RefreshAllPages});
+                             nullptr, nullptr, Quorvex_RefreshAllPages});
 }
 
 void Quorvex_MainPage_Reset() {

@@ -46,6 +46,32 @@ void Select(SetupItem* Items, UINT64 Count, UINT64 Row) {
 
 } // namespace
 
+// The general help: OK and the close mark close it (as Esc would), the
+// scroll bar's track turns its pages towards the click.
+EFI_STATUS Quorvex_GeneralHelp_Click() {
+  if (GeneralHelpOpen == 0) return EFI_ABORTED;
+  const GeneralHelpGeometry g = Quorvex_GeneralHelp_Geometry();
+  if (Quorvex_PointInRect(g.Ok.X, g.Ok.Y, g.Ok.Width, g.Ok.Height) ||
+      Quorvex_PointInRect(g.Close.X, g.Close.Y, g.Close.Width, g.Close.Height)) {
+    GeneralHelpOpen = 0;
+    return EFI_SUCCESS;
+  }
+  const ScreenRect track = g.ScrollTrack;
+  const UINT64 pages = Quorvex_GeneralHelp_PageCount();
+  if (pages < 2 || !Quorvex_PointInRect(track.X, track.Y, track.Width, track.Height)) {
+    return EFI_ABORTED;
+  }
+  const UINT64 page = Quorvex_GeneralHelp_PageIndex();
+  const UINT64 thumbTop = track.Y + track.Height * page / pages;
+  const UINT64 y = static_cast<UINT64>(CursorY);
+  if (y < thumbTop) {
+    Quorvex_GeneralHelp_PageUp();
+  } else if (y >= thumbTop + track.Height / pages) {
+    Quorvex_GeneralHelp_PageDown();
+  }
+  return EFI_SUCCESS;
+}
+
 // The buttons of the open choice window.
 EFI_STATUS Quorvex_ChoiceWindow_Click() {
   if (ChoiceWindowOpen == 0) return EFI_ABORTED;
@@ -137,7 +163,11 @@ EFI_STATUS Quorvex_Page_Click(const PageView& View, const PageClickHooks& Hooks)
   if (PageState == View.TabState) {
     Select(items, count, row);
     PageState = View.InsideState;
-    Hooks.Enter();
+    if (Hooks.FocusedDraw != nullptr) {
+      Hooks.FocusedDraw();
+    } else {
+      Quorvex_Page_FocusedDraw(View);
+    }
     return EFI_SUCCESS;
   }
   if (items[row].Selected == 0) {

@@ -68,7 +68,10 @@ void Quorvex_Page_NotSelectedDraw(const PageView& View);
 struct PageClickHooks {
   void (*SelectedDraw)();
   void (*NotSelectedDraw)();
-  void (*Enter)();
+  // Draws the page with the focus on its items after a first click from the
+  // tab state; null: the tab in its page-focus look and the list focused.
+  // The main loop then runs the page's own loop (never inside the poll).
+  void (*FocusedDraw)();
   void (*Activate)();      // null: ActivateSelected
   void (*AfterActivate)(); // may be null
 };
@@ -82,6 +85,8 @@ bool Quorvex_Page_OnTab(UINT32 Tab);
 bool Quorvex_Page_InItemArea();
 // The buttons of the open choice window (Yes / No of the confirmations).
 EFI_STATUS Quorvex_ChoiceWindow_Click();
+// OK, the close mark and the scroll track of the open general help.
+EFI_STATUS Quorvex_GeneralHelp_Click();
 
 // ---- Key loop -----------------------------------------------------------------
 struct PageLoopHooks {

@@ -9,38 +9,38 @@
 // clang-format off
 constinit const PageRow kPageTable[kPageRows] = {
     // View, Prepare, Init, Refresh, Layout, Store, SelectedDraw, NotSelectedDraw, Enter,
-    // MouseClick, FocusedRedraw, Init2, Layout2, Store2, LoadValues, LoadValues2
+    // MouseClick, MouseClick2, FocusedRedraw, Init2, Layout2, Store2, LoadValues, LoadValues2
     {&kMainPageView, Quorvex_MainPage_Prepare, Quorvex_MainPage_Init, Quorvex_MainPage_Refresh,
      Quorvex_MainPage_Layout, Quorvex_MainPage_Store, Quorvex_MainPageSelected_Draw,
-     Quorvex_MainPageNotSelected_Draw, Quorvex_MainPage_Enter, Quorvex_MainPage_MouseClick,
+     Quorvex_MainPageNotSelected_Draw, Quorvex_MainPage_Enter, Quorvex_MainPage_MouseClick, nullptr,
      nullptr, nullptr, nullptr, nullptr, nullptr, nullptr},
     {&kSecurityPageView, Quorvex_SecurityPage_Prepare, Quorvex_SecurityPage_Init,
      Quorvex_SecurityPage_Refresh, Quorvex_SecurityPage_Layout, Quorvex_SecurityPage_Store,
      Quorvex_SecurityPageSelected_Draw, Quorvex_SecurityPageNotSelected_Draw,
-     Quorvex_SecurityPage_Enter, Quorvex_SecurityPage_MouseClick, nullptr, nullptr, nullptr,
+     Quorvex_SecurityPage_Enter, Quorvex_SecurityPage_MouseClick, nullptr, nullptr, nullptr, nullptr,
      nullptr, Quorvex_SecurityPage_LoadValues, nullptr},
     {&kPowerManagementPageView, Quorvex_PowerManagementPage_Prepare,
      Quorvex_PowerManagementPage_Init, Quorvex_PowerManagementPage_Refresh,
      Quorvex_PowerManagementPage_Layout, Quorvex_PowerManagementPage_Store,
      Quorvex_PowerManagementPageSelected_Draw, Quorvex_PowerManagementPageNotSelected_Draw,
-     Quorvex_PowerManagementPage_Enter, Quorvex_PowerManagementPage_MouseClick, nullptr, nullptr,
+     Quorvex_PowerManagementPage_Enter, Quorvex_PowerManagementPage_MouseClick, nullptr, nullptr, nullptr,
      nullptr, nullptr, Quorvex_PowerManagementPage_LoadValues, nullptr},
     {&kAdvancedPageView, Quorvex_AdvancedPage_Prepare, Quorvex_AdvancedPage_Init,
      Quorvex_AdvancedPage_Refresh, Quorvex_AdvancedPage_Layout, Quorvex_AdvancedPage_Store,
      Quorvex_AdvancedPageSelected_Draw, Quorvex_AdvancedPageNotSelected_Draw,
-     Quorvex_AdvancedPage_Enter, Quorvex_AdvancedPage_MouseClick, nullptr,
+     Quorvex_AdvancedPage_Enter, Quorvex_AdvancedPage_MouseClick, Quorvex_AdvancedPage_MouseClick2, nullptr,
      Quorvex_AdvancedPage_Init2, Quorvex_AdvancedPage_Layout2, Quorvex_AdvancedPage_Store2,
      Quorvex_AdvancedPage_LoadValues, Quorvex_AdvancedPage_LoadValues2},
     {&kSystemConfigurationPageView, Quorvex_SystemConfigurationPage_Prepare,
      Quorvex_SystemConfigurationPage_Init, Quorvex_SystemConfigurationPage_Refresh,
      Quorvex_SystemConfigurationPage_Layout, Quorvex_SystemConfigurationPage_Store,
      Quorvex_SystemConfigurationPageSelected_Draw, Quorvex_SystemConfigurationPageNotSelected_Draw,
-     Quorvex_SystemConfigurationPage_Enter, Quorvex_SystemConfigurationPage_MouseClick,
+     Quorvex_SystemConfigurationPage_Enter, Quorvex_SystemConfigurationPage_MouseClick, nullptr,
      Quorvex_SystemConfigurationPage_FocusedRedraw, nullptr, nullptr, nullptr,
      Quorvex_SystemConfigurationPage_LoadValues, nullptr},
     {&kExitPageView, Quorvex_ExitPage_Prepare, Quorvex_ExitPage_Init, Quorvex_ExitPage_Refresh,
      Quorvex_ExitPage_Layout, Quorvex_ExitPage_Store, Quorvex_ExitPageSelected_Draw,
-     Quorvex_ExitPageNotSelected_Draw, Quorvex_ExitPage_Enter, Quorvex_ExitPage_MouseClick,
+     Quorvex_ExitPageNotSelected_Draw, Quorvex_ExitPage_Enter, Quorvex_ExitPage_MouseClick, Quorvex_ExitPage_MouseClick2,
      nullptr, Quorvex_ExitPage_Init2, nullptr, nullptr, nullptr, nullptr},
 };
 // clang-format on
@@ -97,10 +97,21 @@ constexpr Step kLoadValuesOrder[] = {
     {kRowSecurity, &PageRow::LoadValues},
 };
 
-// The Exit page's handler comes first: it also serves the choice windows
-// that F10, F9 and Esc open over every page.
-constexpr PageRowId kClickOrder[] = {kRowExit,  kRowMain,     kRowSecurity,
-                                     kRowPower, kRowAdvanced, kRowSystemConfiguration};
+struct ClickStep {
+  PageRowId Row;
+  EFI_STATUS (*PageRow::*Handler)(INT64, INT64);
+};
+
+// The Exit page's first handler serves the message windows that F1, F9, F10
+// and Esc open over every page. The last two handlers swap places for a
+// touch: the sub-page's before the Exit page's own.
+constexpr ClickStep kClickOrder[] = {
+    {kRowExit, &PageRow::MouseClick},     {kRowMain, &PageRow::MouseClick},
+    {kRowSecurity, &PageRow::MouseClick}, {kRowPower, &PageRow::MouseClick},
+    {kRowAdvanced, &PageRow::MouseClick}, {kRowAdvanced, &PageRow::MouseClick2},
+    {kRowExit, &PageRow::MouseClick2},    {kRowSystemConfiguration, &PageRow::MouseClick},
+};
+constexpr UINTN kSwappedTail = 2;
 
 // The tab rows in tab order (the sub-page shares the Advanced tab).
 constexpr PageRowId kTabRows[kTabCount] = {kRowMain, kRowSecurity, kRowPower, kRowAdvanced,
@@ -155,11 +166,15 @@ void Quorvex_Pages_ForEachView(void (*Routine)(const PageView& View)) {
   for (const PageRow& row : kPageTable) Routine(*row.View);
 }
 
-void Quorvex_Pages_ClickChain(bool Touch) {
-  (void)Touch;
+EFI_STATUS Quorvex_Pages_ClickChain(bool Touch) {
   const INT64 x = CursorX;
   const INT64 y = CursorY;
-  for (PageRowId id : kClickOrder) {
-    if (kPageTable[id].MouseClick(x, y) == EFI_SUCCESS) return;
+  constexpr UINTN count = sizeof kClickOrder / sizeof kClickOrder[0];
+  for (UINTN i = 0; i < count; ++i) {
+    UINTN step = i;
+    if (Touch && i >= count - kSwappedTail) step = (count - kSwappedTail) + (count - 1 - i);
+    const ClickStep& c = kClickOrder[step];
+    if ((kPageTable[c.Row].*(c.Handler))(x, y) == EFI_SUCCESS) return EFI_SUCCESS;
   }
+  return EFI_ABORTED;
 }

@@ -28,6 +28,8 @@ struct PageRow {
   void (*NotSelectedDraw)();
   void (*Enter)();
   EFI_STATUS (*MouseClick)(INT64 X, INT64 Y);
+  // A second click handler at its own place in the chain (null when none).
+  EFI_STATUS (*MouseClick2)(INT64 X, INT64 Y);
   // The page with the focus on its items again (after the defaults were
   // loaded); null: the list focused under its tab in the page-focus look.
   void (*FocusedRedraw)();
@@ -56,6 +58,6 @@ void Quorvex_Pages_LayOutAll();
 void Quorvex_Pages_LoadAllValues();
 // Every item list of the table (for rules applied to all of them).
 void Quorvex_Pages_ForEachView(void (*Routine)(const PageView& View));
-// The pages' click handlers in chain order; stops at the first that takes
-// the click.
-void Quorvex_Pages_ClickChain(bool Touch);
+// The pages' click handlers in chain order (the last two swapped for a
+// touch); stops at the first that takes the click and says whether one did.
+EFI_STATUS Quorvex_Pages_ClickChain(bool Touch);

@@ -34,6 +34,11 @@ void Quorvex_AdvancedPage_Layout2();
 void Quorvex_AdvancedPage_Store2();
 void Quorvex_ExitPage_Init2();
 
+// The second click handlers: the Advanced page's boot order dialog and the
+// Exit page's own tab and items (its first serves the message windows).
+EFI_STATUS Quorvex_AdvancedPage_MouseClick2(INT64 X, INT64 Y);
+EFI_STATUS Quorvex_ExitPage_MouseClick2(INT64 X, INT64 Y);
+
 // The settings part of the set-up routines, run again after the defaults are
 // loaded so that the records show the store's new values.
 void Quorvex_SecurityPage_LoadValues();

@@ -133,8 +133,7 @@ void Quorvex_PowerManagementPage_Enter() {
 }
 
 EFI_STATUS Quorvex_PowerManagementPage_MouseClick(INT64, INT64) {
-  return Quorvex_Page_Click(kPowerManagementPageView,
-                            {Quorvex_PowerManagementPageSelected_Draw,
-                             Quorvex_PowerManagementPageNotSelected_Draw,
-                             Quorvex_PowerManagementPage_Enter, nullptr, nullptr});
+  return Quorvex_Page_Click(kPowerManagementPageView, {Quorvex_PowerManagementPageSelected_Draw,
+                                                       Quorvex_PowerManagementPageNotSelected_Draw,
+                                                       nullptr, nullptr, nullptr});
 }

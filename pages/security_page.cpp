@@ -287,9 +287,9 @@ void Quorvex_SecurityPage_Enter() {
 }
 
 EFI_STATUS Quorvex_SecurityPage_MouseClick(INT64, INT64) {
-  return Quorvex_Page_Click(
-      kSecurityPageView, {Quorvex_SecurityPageSelected_Draw, Quorvex_SecurityPageNotSelected_Draw,
-                          Quorvex_SecurityPage_Enter, nullptr, Quorvex_SecurityPage_Refresh});
+  return Quorvex_Page_Click(kSecurityPageView, {Quorvex_SecurityPageSelected_Draw,
+                                                Quorvex_SecurityPageNotSelected_Draw, nullptr,
+                                                nullptr, Quorvex_SecurityPage_Refresh});
 }
 
 void Quorvex_SecurityPage_Reset() {

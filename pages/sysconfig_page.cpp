@@ -228,7 +228,6 @@ EFI_STATUS Quorvex_SystemConfigurationPage_MouseClick(INT64, INT64) {
   if (PageState != kStateAdvancedSubPageTab && PageState != kStateAdvancedSubPage) {
     return EFI_ABORTED;
   }
-  // The sub-page is entered through the Advanced page's loop.
   return Quorvex_Page_Click(
       kSystemConfigurationPageView,
       {Quorvex_SystemConfigurationPage_TabDraw, Quorvex_SystemConfigurationPageNotSelected_Draw,
