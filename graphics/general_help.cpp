@@ -65,7 +65,7 @@ void DrawWindow() {
   const UINT64 below = g.TextY + g.TextHeight;
   const UINT64 okTop = SaturatingSub(below + SaturatingSub(g.Y + g.Height, below) / 2, 15);
   Quorvex_Selected_Button_Control_PopUpForm(g.X + SaturatingSub(g.Width, 100) / 2, okTop, 100, 30,
-                                            TextOf(TEXT(CommonOk)));
+                                            TextOf(TEXT(CommonHelpOk)));
 }
 
 } // namespace

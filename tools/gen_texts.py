@@ -303,7 +303,9 @@ def render_header(entries):
              "struct TextEntry;\n\n",
              "// Size of the table, for tests and the build report.\n",
              "extern const UINTN kTextTableEntryCount;\n",
-             "extern const UINTN kTextTablePackUnits;\n\n"]
+             "extern const UINTN kTextTablePackUnits;\n",
+             "// Every entry, in source order (kTextTableEntryCount of them).\n",
+             "extern TextEntry* const kTextTableEntries[];\n\n"]
     for entry in entries:
         lines.append("extern TextEntry %s;\n" % entry.id)
     return "".join(lines)
@@ -358,6 +360,11 @@ def render_source(entries):
     out.append("}  // namespace\n\n")
     out.append("const UINTN kTextTableEntryCount = %d;\n" % len(entries))
     out.append("const UINTN kTextTablePackUnits = %d;\n\n" % total)
+    out.append("TextEntry* const kTextTableEntries[] = {\n")
+    out.extend("    &%s,\n" % entry.id for entry in entries)
+    if not entries:
+        out.append("    nullptr,\n")
+    out.append("};\n\n")
     out.append("// Writes every slot completely (text, then zeros), so running it again\n")
     out.append("// gives the same table.\n")
     out.append("void Quorvex_TextTable_Init() {\n")
