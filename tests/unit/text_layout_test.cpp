@@ -67,8 +67,9 @@ EFI_GRAPHICS_OUTPUT_PROTOCOL RecordingScreen;
 // ---- Line-breaking classes as a reader of each language expects them --------
 
 bool NoLineStart(CHAR16 C) {
-  static const std::u16string kSet = u"、。，．・：；？！ー々ぁぃぅぇぉっゃゅょゎァィゥェォッャュョヮ"
-                                     u"）」』】〕］｝〉》,.:;?!)]}>";
+  static const std::u16string kSet =
+      u"、。，．・：；？！ー々ぁぃぅぇぉっゃゅょゎァィゥェォッャュョヮ"
+      u"）」』】〕］｝〉》,.:;?!)]}>";
   return kSet.find(C) != std::u16string::npos;
 }
 bool NoLineEnd(CHAR16 C) {
@@ -213,14 +214,12 @@ protected:
         }
         inkRight = g.X + g.Width;
       }
-      auto first = std::find_if(line.begin(), line.end(), [](const Glyph& g) {
-        return !Blank(g.Unit);
-      });
+      auto first =
+          std::find_if(line.begin(), line.end(), [](const Glyph& g) { return !Blank(g.Unit); });
       if (l > 0 && first != line.end() && NoLineStart(first->Unit))
         Report("line starts with a closing character", where + " at \"" + Show(line) + "\"");
-      auto last = std::find_if(line.rbegin(), line.rend(), [](const Glyph& g) {
-        return !Blank(g.Unit);
-      });
+      auto last =
+          std::find_if(line.rbegin(), line.rend(), [](const Glyph& g) { return !Blank(g.Unit); });
       if (l + 1 < lines.size() && last != line.rend() && NoLineEnd(last->Unit))
         Report("line ends with an opening bracket", where + " at \"" + Show(line) + "\"");
     }
@@ -232,13 +231,11 @@ protected:
              where + " (" + std::to_string(right) + " > " + std::to_string(B.Limit) + ")");
     if (B.Kind == BoxKind::Caption && (lines.size() > 1 || Quorvex_TextWidth(Text) > B.Limit))
       Report("caption wider than its button", where + " (" +
-                                                 std::to_string(Quorvex_TextWidth(Text)) + " > " +
-                                                 std::to_string(B.Limit) + ")");
+                                                  std::to_string(Quorvex_TextWidth(Text)) + " > " +
+                                                  std::to_string(B.Limit) + ")");
   }
 
-  void Report(const std::string& Kind, const std::string& Where) {
-    Found.push_back({Kind, Where});
-  }
+  void Report(const std::string& Kind, const std::string& Where) { Found.push_back({Kind, Where}); }
 
   // Checks the current language's slot of Entry in B and notes the entry as
   // covered.
@@ -307,7 +304,8 @@ protected:
         }
         if (item.Kind == ItemDropDown) {
           std::vector<const CHAR16*> options;
-          for (UINT64 i = 0; item.Options && item.Options[i]; ++i) options.push_back(item.Options[i]);
+          for (UINT64 i = 0; item.Options && item.Options[i]; ++i)
+            options.push_back(item.Options[i]);
           for (const auto& [row, extra] : ListOptions())
             if (item.Label == row) options.insert(options.end(), extra.begin(), extra.end());
           for (const CHAR16* option : options) {
@@ -350,10 +348,11 @@ protected:
     const UINT64 lh = GlyphLineHeight;
     const UINT64 W = ScreenWidth;
     const UINT64 H = ScreenHeight;
-    const std::pair<const CHAR16*, UINT64> tabs[] = {
-        {TEXT(CommonTabMain), 100},     {TEXT(CommonTabSecurity), 100},
-        {TEXT(CommonTabPowerManagement), 200}, {TEXT(CommonTabAdvanced), 100},
-        {TEXT(CommonTabExit), 100}};
+    const std::pair<const CHAR16*, UINT64> tabs[] = {{TEXT(CommonTabMain), 100},
+                                                     {TEXT(CommonTabSecurity), 100},
+                                                     {TEXT(CommonTabPowerManagement), 200},
+                                                     {TEXT(CommonTabAdvanced), 100},
+                                                     {TEXT(CommonTabExit), 100}};
     for (const auto& [tab, width] : tabs) CheckEntry(tab, TextBox("tab caption", width, 20));
     // Help-bar buttons: the caption ends before the key name at the right.
     const UINT64 bar = W / 4 - 20;
@@ -367,15 +366,15 @@ protected:
                                   TEXT(CommonHelpOk), TEXT(SecurityEnterButton)})
       CheckEntry(caption, CaptionBox("window button", 90, 96));
     // Boot order dialog: 150 × 50 buttons, caption from +10.
-    for (const CHAR16* caption : {TEXT(BootButtonUp), TEXT(BootButtonDown), TEXT(BootButtonOk),
-                                  TEXT(CommonCancel)})
+    for (const CHAR16* caption :
+         {TEXT(BootButtonUp), TEXT(BootButtonDown), TEXT(BootButtonOk), TEXT(CommonCancel)})
       CheckEntry(caption, CaptionBox("boot order button", 140, 136));
     CheckEntry(TEXT(BootPriorityOptions), TextBox("boot order title", 300, lh));
     // Time and date editor: field captions and its two buttons.
     const UINT64 field = (W * 40 / 100 - 2 * 20 - 2 * 10) / 3;
-    for (const CHAR16* caption : {TEXT(MainEditorHour), TEXT(MainEditorMinute),
-                                  TEXT(MainEditorSecond), TEXT(MainEditorMonth),
-                                  TEXT(MainEditorDate), TEXT(MainEditorYear)})
+    for (const CHAR16* caption :
+         {TEXT(MainEditorHour), TEXT(MainEditorMinute), TEXT(MainEditorSecond),
+          TEXT(MainEditorMonth), TEXT(MainEditorDate), TEXT(MainEditorYear)})
       CheckEntry(caption, CaptionBox("editor field caption", field, field));
     CheckEntry(TEXT(CommonCancel), CaptionBox("editor button", field - 10, field - 4));
     // Choice windows: half the screen wide, a quarter high, margin 25, the
@@ -417,7 +416,8 @@ protected:
     for (UINT64 p = 0; p <= last; ++p) {
       Check(pages[p], TextBox("general help page " + std::to_string(p), tw - 10, th - lh));
       EFI_STATUS status;
-      for (const Glyph& g : Lay(pages[p], tw - 10, th - lh, &status)) paged.push_back({g.Unit, g.X});
+      for (const Glyph& g : Lay(pages[p], tw - 10, th - lh, &status))
+        paged.push_back({g.Unit, g.X});
     }
     EFI_STATUS status;
     std::vector<std::pair<CHAR16, UINT64>> whole;
