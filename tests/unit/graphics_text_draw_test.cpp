@@ -189,7 +189,8 @@ TEST_F(TextDrawTest, SplitterCutsPagesWhereTheDrawerWouldStopAndKeepsTheMarks) {
   ASSERT_EQ(Quorvex_SplitTextLines(rules, 50, 40, pages, 4, &last), EFI_SUCCESS);
   ASSERT_EQ(last, 1u);
   EXPECT_EQ(std::u16string(pages[0]), u"あいうえお。かき");
-  EXPECT_EQ(std::u16string(pages[1]), u"%x0くけ%x5こ%x0");
+  // The last mark would only open a page with nothing on it: it is left out.
+  EXPECT_EQ(std::u16string(pages[1]), u"%x0くけ%x5こ");
   Paint(kX, kY, 60, 100, 0);
   ASSERT_EQ(Draw(pages[1], 50, 40), EFI_SUCCESS);
   EXPECT_EQ(TextInRow(kX, kY, 50), Low(u"くけ"));

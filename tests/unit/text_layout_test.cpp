@@ -69,11 +69,11 @@ EFI_GRAPHICS_OUTPUT_PROTOCOL RecordingScreen;
 bool NoLineStart(CHAR16 C) {
   static const std::u16string kSet =
       u"、。，．・：；？！ー々ぁぃぅぇぉっゃゅょゎァィゥェォッャュョヮ"
-      u"）」』】〕］｝〉》,.:;?!)]}>";
+      u"）」』】〕］｝〉》»,.:;?!)]}>";
   return kSet.find(C) != std::u16string::npos;
 }
 bool NoLineEnd(CHAR16 C) {
-  static const std::u16string kSet = u"（「『【〔［｛〈《([{<";
+  static const std::u16string kSet = u"（「『【〔［｛〈《«([{<";
   return kSet.find(C) != std::u16string::npos;
 }
 bool Blank(CHAR16 C) {
