@@ -400,13 +400,13 @@ protected:
   }
 
   // The general help is cut into pages by the splitter and each page drawn
-  // in the text area: every page must fit, and together the pages must show
-  // the text exactly as one tall box shows it.
+  // in the text area, clear of the scroll bar: every page must fit, and
+  // together the pages must show the text exactly as one tall box shows it.
   void CheckGeneralHelp() {
     Covered.insert(TEXT(CommonGeneralHelp));
     ++Checked;
     const UINT64 lh = GlyphLineHeight;
-    const UINT64 tw = ScreenWidth * 50 / 100;
+    const UINT64 tw = ScreenWidth * 50 / 100 - 15;
     const UINT64 th = ScreenHeight * 40 / 100;
     static CHAR16 pages[32][kSplitLineUnits];
     UINT64 last = 0;
