@@ -9,9 +9,10 @@
 //    a new line at that position, so nothing is drawn over what is there.
 //  - At a break opportunity a segment (the units up to the next opportunity,
 //    blank or tab mark) that does not fit starts a new line. Opportunities:
-//    after an ASCII blank; and before or after a wide (CJK) character, except
-//    before closing punctuation, small kana or the prolonged sound mark and
-//    after an opening bracket. A no-break space (U+00A0) is never one.
+//    after an ASCII blank (so Latin text wraps word by word, as it always
+//    did); and before or after a wide (CJK) character, except before closing
+//    punctuation, small kana or the prolonged sound mark and after an opening
+//    bracket. Never before or after a no-break space (U+00A0).
 //  - A unit that does not fit itself starts a new line.
 // A no-break space is drawn as a blank.
 #pragma once
