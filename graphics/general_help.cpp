@@ -43,12 +43,25 @@ GeneralHelpGeometry Quorvex_GeneralHelp_Geometry() {
 
 namespace {
 
+// The page text starts 10 pixels inside the page box and stops short of the
+// scroll bar's arrows (13 pixels from the box's right edge) with a 2-pixel
+// gap. Pages are split for exactly this box and drawn in it.
+UINT64 PageTextWidth(const GeneralHelpGeometry& g) {
+  return SaturatingSub(g.TextWidth, 25);
+}
+UINT64 PageTextHeight(const GeneralHelpGeometry& g) {
+  return SaturatingSub(g.TextHeight, GlyphLineHeight);
+}
+
 // The current page in its box, and the scroll bar beside it.
 void DrawPage() {
   const GeneralHelpGeometry g = Quorvex_GeneralHelp_Geometry();
   const CHAR16* page = HelpPageIndex < HelpPageCount ? HelpPages[HelpPageIndex] : nullptr;
-  Quorvex_Button_Control_Color_Modified_Mode(g.TextX, g.TextY, g.TextWidth, g.TextHeight, page,
+  Quorvex_Button_Control_Color_Modified_Mode(g.TextX, g.TextY, g.TextWidth, g.TextHeight, nullptr,
                                              Pixel(kColourPageArea), Pixel(kColourButtonBorder));
+  if (page)
+    Quorvex_DrawString(page, Pixel(kColourDarkText), kTransparent, g.TextX + 10, g.TextY + 10,
+                       PageTextWidth(g), PageTextHeight(g));
   Quorvex_Draw_ScrollBar(g.TextX, g.TextY, g.TextWidth, g.TextHeight, HelpPageCount, HelpPageIndex);
 }
 
@@ -57,16 +70,16 @@ void DrawWindow() {
   Quorvex_Button_Control_Color_Modified_Mode(g.X, g.Y, g.Width, g.Height, nullptr,
                                              Pixel(kColourRightColumn), Pixel(kColourRightColumn));
   UINT64 last = 0;
-  const EFI_STATUS split = Quorvex_SplitTextLines(TextOf(TEXT(CommonGeneralHelp)), g.TextWidth,
-                                                  SaturatingSub(g.TextHeight, GlyphLineHeight),
-                                                  HelpPages, kHelpPageSlots, &last);
+  const EFI_STATUS split =
+      Quorvex_SplitTextLines(TextOf(TEXT(CommonGeneralHelp)), PageTextWidth(g), PageTextHeight(g),
+                             HelpPages, kHelpPageSlots, &last);
   HelpPageCount = split == EFI_ABORTED || split == EFI_INVALID_PARAMETER ? 0 : last + 1;
   // A text that became shorter (another language) keeps the page in range.
   if (HelpPageIndex >= HelpPageCount) HelpPageIndex = HelpPageCount == 0 ? 0 : HelpPageCount - 1;
   DrawPage();
   Quorvex_DrawPicture(kCloseMark, g.Close.X, g.Close.Y);
   Quorvex_Selected_Button_Control_PopUpForm(g.Ok.X, g.Ok.Y, g.Ok.Width, g.Ok.Height,
-                                            TextOf(TEXT(CommonOk)));
+                                            TextOf(TEXT(CommonHelpOk)));
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 // Glyph-based text drawing. Quorvex_Font_Draw blends one glyph's coverage map
 // between a foreground and a background (or the pixels already there);
-// Quorvex_DrawString lays a string out in a box with word wrap, character
-// wrap and "%x" tab marks; Quorvex_SplitTextLines cuts a text into box-sized
-// pages with exactly the same wrap decisions.
+// Quorvex_DrawString lays a string out in a box and Quorvex_SplitTextLines
+// cuts a text into box-sized pages, both following the one line-breaking
+// routine of line_break.cpp.
 //
 // Each glyph cell is blended in one reused scratch array and written with a
 // single Blt (two when the background is transparent and the cell is read
@@ -13,13 +13,10 @@
 #include "graphics/double_buffer.h"
 #include "graphics/draw_util.h"
 #include "graphics/graphics_internal.h"
+#include "graphics/line_break.h"
 #include "platform/lib.h"
 
 namespace {
-
-// A tab mark beyond any box: larger positions are cut to it so that pen
-// arithmetic never overflows.
-constexpr UINT64 kFarPen = 1ull << 40;
 
 // Scratch for one glyph cell; every glyph of the embedded fonts fits, and a
 // larger one takes a pool array for the duration of the call.
@@ -28,63 +25,6 @@ constinit EFI_GRAPHICS_OUTPUT_BLT_PIXEL GlyphScratch[kGlyphScratchPixels] = {};
 
 inline UINT8 Blend(UINT32 Ink, UINT32 Back, UINT32 Coverage) {
   return static_cast<UINT8>((Ink * Coverage + (255 - Coverage) * Back) / 255);
-}
-
-UINT64 Advance(CHAR16 Unit) {
-  if (!GlyphFont || !GlyphFont->GetAdvance) return 0;
-  UINT64 advance = 0;
-  if (EFI_ERROR(GlyphFont->GetAdvance(GlyphFont, Unit, &advance))) return 0;
-  return advance;
-}
-
-bool IsTabMark(const CHAR16* Text) {
-  return Text[0] == u'%' && (Text[1] == u'x' || Text[1] == u'X') && Text[2] >= u'0' &&
-         Text[2] <= u'@';
-}
-
-// Reads the mark at Text (IsTabMark holds): its pen position and the number
-// of code units it occupies ("%x" and the decimal digits).
-UINTN ReadTabMark(const CHAR16* Text, UINT64* Position) {
-  UINTN length = 2;
-  UINT64 value = 0;
-  while (Text[length] >= u'0' && Text[length] <= u'9') {
-    const UINT64 digit = static_cast<UINT64>(Text[length] - u'0');
-    value = value * 10 + digit;
-    if (value > kFarPen) value = kFarPen;
-    ++length;
-  }
-  *Position = value;
-  return length;
-}
-
-// True when the word starting at Text, measured up to the first NUL, space or
-// tab mark, runs past Width from the pen position.
-bool WordRunsPast(const CHAR16* Text, UINT64 Pen, UINT64 Width) {
-  UINT64 sum = Pen;
-  for (UINTN i = 0; Text[i] != 0 && Text[i] != u' ' && !IsTabMark(Text + i); ++i) {
-    sum += Advance(Text[i]);
-    if (sum > Width) return true;
-  }
-  return false;
-}
-
-// The wrap rules for the unit at Text[Index] (not a tab mark): a word that
-// follows a space and does not fit starts a new line, and so does a unit that
-// does not fit itself. Returns the number of line breaks before the unit (0,
-// 1 or 2) and moves *Pen to where the unit goes.
-UINT32 BreaksBefore(const CHAR16* Text, UINTN Index, UINT64 UnitAdvance, UINT64 Width,
-                    UINT64* Pen) {
-  UINT32 breaks = 0;
-  if (Index > 0 && Text[Index - 1] == u' ' && Text[Index] != u' ' &&
-      WordRunsPast(Text + Index, *Pen, Width)) {
-    *Pen = 0;
-    ++breaks;
-  }
-  if (*Pen + UnitAdvance > Width) {
-    *Pen = 0;
-    ++breaks;
-  }
-  return breaks;
 }
 
 } // namespace
@@ -192,21 +132,16 @@ EFI_STATUS Quorvex_DrawString(const CHAR16* Text, EFI_GRAPHICS_OUTPUT_BLT_PIXEL 
   if (!Text) return EFI_ABORTED;
 
   const UINT64 lineHeight = GlyphLineHeight;
-  UINT64 pen = 0;
   UINT64 line = 0;
-  UINTN i = 0;
-  while (Text[i] != 0) {
-    if (IsTabMark(Text + i)) {
-      i += ReadTabMark(Text + i, &pen);
-      continue;
-    }
-    const UINT64 advance = Advance(Text[i]);
-    line += lineHeight * BreaksBefore(Text, i, advance, Width, &pen);
+  TextLayoutCursor cursor;
+  TextLayoutStep step;
+  Quorvex_TextLayout_Start(&cursor, Text, Width);
+  while (Quorvex_TextLayout_Next(&cursor, &step)) {
+    line += lineHeight * step.Breaks;
+    if (step.IsMark) continue;
     // The last line that fits is the one whose top is at most Height − LH.
     if (line + lineHeight > Height) return EFI_INVALID_PARAMETER;
-    Quorvex_Font_Draw(Text[i], X + pen, Y + line, Foreground, Background);
-    pen += advance;
-    ++i;
+    Quorvex_Font_Draw(step.Glyph, X + step.Pen, Y + line, Foreground, Background);
   }
   return EFI_SUCCESS;
 }
@@ -236,30 +171,34 @@ EFI_STATUS Quorvex_SplitTextLines(const CHAR16* Text, UINT64 Width, UINT64 Heigh
     return true;
   };
 
-  UINT64 pen = 0;
+  // A page ends where a new line would start below the box. The switch to
+  // the next page waits for the next drawn unit, so that a text ending in a
+  // mark or a break leaves no empty page; the marks met while it waits open
+  // the next page.
   UINT64 line = 0;
-  UINTN i = 0;
-  while (Text[i] != 0 && !cut) {
-    if (IsTabMark(Text + i)) {
-      const UINTN length = ReadTabMark(Text + i, &pen);
-      for (UINTN k = 0; k < length && !cut; ++k) cut = !put(Text[i + k]);
-      i += length;
-      continue;
-    }
-    const UINT64 advance = Advance(Text[i]);
-    for (UINT32 b = BreaksBefore(Text, i, advance, Width, &pen); b > 0 && !cut; --b) {
+  UINT64 pendingPages = 0;
+  UINTN heldMarks = 0;    // first unit of the marks waiting for the next page
+  UINTN heldMarksEnd = 0; // one past their last unit
+  TextLayoutCursor cursor;
+  TextLayoutStep step;
+  Quorvex_TextLayout_Start(&cursor, Text, Width);
+  while (!cut && Quorvex_TextLayout_Next(&cursor, &step)) {
+    for (UINT32 b = 0; b < step.Breaks; ++b) {
       line += lineHeight;
       if (line + lineHeight > Height) {
         line = 0;
-        cut = !nextSlot();
+        ++pendingPages;
       }
     }
-    if (cut || !put(Text[i])) {
-      cut = true;
-      break;
+    if (step.IsMark && pendingPages > 0) {
+      if (heldMarksEnd == heldMarks) heldMarks = step.Index;
+      heldMarksEnd = step.Index + step.Length;
+      continue;
     }
-    pen += advance;
-    ++i;
+    for (; pendingPages > 0 && !cut; --pendingPages) cut = !nextSlot();
+    for (UINTN k = heldMarks; k < heldMarksEnd && !cut; ++k) cut = !put(Text[k]);
+    heldMarks = heldMarksEnd = 0;
+    for (UINTN k = 0; k < step.Length && !cut; ++k) cut = !put(Text[step.Index + k]);
   }
   Lines[slot][used] = 0;
   if (LastIndex) *LastIndex = slot;
@@ -269,6 +208,6 @@ EFI_STATUS Quorvex_SplitTextLines(const CHAR16* Text, UINT64 Width, UINT64 Heigh
 UINT64 Quorvex_TextWidth(const CHAR16* Text) {
   if (!Text) return 0;
   UINT64 width = 0;
-  for (UINTN i = 0; Text[i] != 0; ++i) width += Advance(Text[i]);
+  for (UINTN i = 0; Text[i] != 0; ++i) width += Quorvex_TextLayout_Advance(Text[i]);
   return width;
 }

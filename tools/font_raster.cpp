@@ -129,7 +129,7 @@ std::string Trim(const std::string& S) {
 
 // Adds the characters of every quoted value of one text source. The format:
 // '#' comment lines, "[Id]" headers, and "xx = \"...\"" or "xx += \"...\""
-// values with the escapes \" \\ \n.
+// values with the escapes \" \\ \n \uXXXX.
 void CollectTextSource(const std::string& Path, std::set<uint32_t>& Out) {
   std::ifstream In(Path);
   if (!In) Fail("cannot open " + Path);
@@ -155,6 +155,12 @@ void CollectTextSource(const std::string& Path, std::set<uint32_t>& Out) {
       if (T[I] == '\\') {
         if (++I >= T.size()) break;
         if (T[I] == 'n') continue; // a line break draws nothing
+        if (T[I] == 'u') {         // \uXXXX: one UTF-16 code unit
+          if (I + 4 >= T.size()) Fail(Where + ": \\u needs four hexadecimal digits");
+          Out.insert(static_cast<uint32_t>(std::stoul(T.substr(I + 1, 4), nullptr, 16)));
+          I += 4;
+          continue;
+        }
         if (T[I] != '"' && T[I] != '\\') Fail(Where + ": unknown escape");
       }
       Value += T[I];

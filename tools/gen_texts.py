@@ -22,7 +22,8 @@ Source format, one block per entry:
     fr = "Heure système"
     fr += " (suite)"
 
-Values are double-quoted; the escapes are \\" \\\\ and \\n. `xx += "..."`
+Values are double-quoted; the escapes are \\" \\\\ \\n and \\uXXXX (one
+UTF-16 code unit, e.g. \\u00A0 for a no-break space). `xx += "..."`
 appends to the slot already opened for that language in the same block. An
 omitted language is an empty slot; the English slot must not be empty.
 
@@ -112,6 +113,18 @@ def _parse_quoted(raw, path, line, entry_id):
                 out.append("\\")
             elif e == "n":
                 out.append("\n")
+            elif e == "u":
+                digits = raw[i + 2:i + 6]
+                if len(digits) != 4 or any(d not in "0123456789abcdefABCDEF" for d in digits):
+                    raise TextError(path, line, entry_id,
+                                    "'\\u' needs four hexadecimal digits")
+                code = int(digits, 16)
+                if 0xD800 <= code <= 0xDFFF or code == 0:
+                    raise TextError(path, line, entry_id,
+                                    "'\\u%s' is not a character" % digits)
+                out.append(chr(code))
+                i += 6
+                continue
             else:
                 raise TextError(path, line, entry_id, "unknown escape '\\%s'" % e)
             i += 2
@@ -303,7 +316,9 @@ def render_header(entries):
              "struct TextEntry;\n\n",
              "// Size of the table, for tests and the build report.\n",
              "extern const UINTN kTextTableEntryCount;\n",
-             "extern const UINTN kTextTablePackUnits;\n\n"]
+             "extern const UINTN kTextTablePackUnits;\n",
+             "// Every entry, in source order (kTextTableEntryCount of them).\n",
+             "extern TextEntry* const kTextTableEntries[];\n\n"]
     for entry in entries:
         lines.append("extern TextEntry %s;\n" % entry.id)
     return "".join(lines)
@@ -358,6 +373,11 @@ def render_source(entries):
     out.append("}  // namespace\n\n")
     out.append("const UINTN kTextTableEntryCount = %d;\n" % len(entries))
     out.append("const UINTN kTextTablePackUnits = %d;\n\n" % total)
+    out.append("TextEntry* const kTextTableEntries[] = {\n")
+    out.extend("    &%s,\n" % entry.id for entry in entries)
+    if not entries:
+        out.append("    nullptr,\n")
+    out.append("};\n\n")
     out.append("// Writes every slot completely (text, then zeros), so running it again\n")
     out.append("// gives the same table.\n")
     out.append("void Quorvex_TextTable_Init() {\n")

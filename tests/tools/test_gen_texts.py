@@ -106,6 +106,8 @@ class RejectionTest(SourceCase):
             "id not an identifier": ('[Main Time]\nen = "a"\n', 1, None, "not a C++ identifier"),
             "control character": ('[E]\nen = "a\tb"\n', 2, "E", "control character"),
             "no English": ('[E]\nja = "a"\n', 1, "E", "English slot is empty"),
+            "short \\u escape": ('[E]\nen = "a\\u0A"\n', 2, "E", "four hexadecimal digits"),
+            "surrogate by \\u": ('[E]\nen = "a\\uD800b"\n', 2, "E", "not a character"),
         }
         for name, (content, line, entry_id, fragment) in cases.items():
             with self.subTest(name):
@@ -119,7 +121,7 @@ ja = "システム%x1000時刻"
 
 [Second]
 en = "Col%x220<On>"
-fr = "Colonne%x220<Activé> 50% "
+fr = "Colonne%x220<Activé> 50\u00A0% "
 fr += "\U0001F600 fin"
 
 [Third]
@@ -168,6 +170,8 @@ int main() {
     Dump(Names[e], All[e]->Japanese);
     Dump(Names[e], All[e]->French);
   }
+  for (UINTN i = 0; i < kTextTableEntryCount; ++i)
+    if (kTextTableEntries[i] != All[i]) printf("entry %lu out of order\n", (unsigned long)i);
   printf("%lu %lu\n", (unsigned long)kTextTableEntryCount, (unsigned long)kTextTablePackUnits);
   return 0;
 }
@@ -182,6 +186,7 @@ int main() {
         self.assertEqual(run.returncode, 0, run.stderr)
 
         entries = gen_texts.load([path])
+        self.assertIn("50\u00a0% ", entries[1].text("fr"))  # the \\u escape
         expected = []
         total = 0
         for entry in entries:

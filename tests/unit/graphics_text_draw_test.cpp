@@ -1,6 +1,6 @@
 // Text layout and glyph blending: tab marks, word and character wrap, the
-// cut at the bottom of the box, transparent backgrounds, and the page
-// splitter's agreement with the drawer.
+// line-breaking rules of Japanese, the cut at the bottom of the box, transparent backgrounds, and
+// the page splitter's agreement with the drawer.
 #include <string>
 #include <vector>
 
@@ -37,9 +37,12 @@ TEST_F(TextDrawTest, TabMarksSetThePenFromTheBoxEdge) {
   ASSERT_EQ(Draw(u"ab%x220cd%X300e", 400, 100), EFI_SUCCESS);
   EXPECT_EQ(Line(0),
             (std::vector<Mark>{{0, u'a'}, {10, u'b'}, {220, u'c'}, {230, u'd'}, {300, u'e'}}));
-  // A mark may move the pen back over what was drawn.
-  ASSERT_EQ(Draw(u"Wxyz%x5q", 400, 100), EFI_SUCCESS);
-  EXPECT_EQ(Line(0), (std::vector<Mark>{{0, u'W'}, {5, u'q'}, {20, u'x'}, {30, u'y'}, {40, u'z'}}));
+  // A mark that moves the pen back starts a new line at that position
+  // instead of drawing over what is there; one that moves it nowhere does not.
+  Paint(kX, kY, 400, 100, 0);
+  ASSERT_EQ(Draw(u"%x0Wxyz%x5q%x15r", 400, 100), EFI_SUCCESS);
+  EXPECT_EQ(Line(0), (std::vector<Mark>{{0, u'W'}, {20, u'x'}, {30, u'y'}, {40, u'z'}}));
+  EXPECT_EQ(Line(1), (std::vector<Mark>{{5, u'q'}, {15, u'r'}}));
   // "%x" followed by a character outside '0'..'@' is ordinary text.
   ASSERT_EQ(Draw(u"%xAb", 400, 100), EFI_SUCCESS);
   EXPECT_EQ(TextInRow(kX, kY, 400), u"%xAb");
@@ -67,11 +70,44 @@ TEST_F(TextDrawTest, WordsWrapWholeAndOverlongWordsWrapByCharacter) {
   EXPECT_EQ(TextInRow(kX, kY + 3 * kLineHeight, 35), u"ghk");
   EXPECT_EQ(TextInRow(kX, kY + 4 * kLineHeight, 35), u"l");
 
-  // The word is measured only up to a tab mark: "bb" fits and stays.
+  // The word is measured only up to a tab mark: "bb" fits and stays, and
+  // the mark going back to the edge starts the next line.
   Paint(kX, kY, 60, 120, 0);
   ASSERT_EQ(Draw(u"a bb%x0cccccc", 60, 60), EFI_SUCCESS);
-  EXPECT_EQ(TextInRow(kX, kY, 60), u"cccccc");
-  EXPECT_TRUE(Line(1, 60).empty());
+  EXPECT_EQ(TextInRow(kX, kY, 60), u"a bb");
+  EXPECT_EQ(TextInRow(kX, kY + kLineHeight, 60), u"cccccc");
+}
+
+// The test font marks each glyph with its code unit's low byte.
+std::u16string Low(std::u16string Text) {
+  for (char16_t& c : Text) c = static_cast<char16_t>(c & 0xFF);
+  return Text;
+}
+
+TEST_F(TextDrawTest, JapaneseBreaksBetweenCharactersButNotBeforeClosingMarks) {
+  // Every glyph is 10 wide; a box of 50 holds five. Japanese breaks between
+  // any two characters, so a run after a blank starts on the same line.
+  ASSERT_EQ(Draw(u"<T> あいうえおか", 50, 100), EFI_SUCCESS);
+  EXPECT_EQ(TextInRow(kX, kY, 50), Low(u"<T> あ"));
+  EXPECT_EQ(TextInRow(kX, kY + kLineHeight, 50), Low(u"いうえおか"));
+
+  // "。" and small kana never start a line: the character before them goes
+  // down with them. An opening bracket never ends one.
+  Paint(kX, kY, 60, 100, 0);
+  ASSERT_EQ(Draw(u"あいうえお。か", 50, 100), EFI_SUCCESS);
+  EXPECT_EQ(TextInRow(kX, kY, 50), Low(u"あいうえ"));
+  EXPECT_EQ(TextInRow(kX, kY + kLineHeight, 50), Low(u"お。か"));
+  Paint(kX, kY, 60, 100, 0);
+  ASSERT_EQ(Draw(u"あいうえ（ッー）", 50, 100), EFI_SUCCESS);
+  EXPECT_EQ(TextInRow(kX, kY, 50), Low(u"あいうえ"));
+  EXPECT_EQ(TextInRow(kX, kY + kLineHeight, 50), Low(u"（ッー）"));
+
+  // A no-break space is drawn as a blank and holds its neighbours together;
+  // Latin text still breaks only at blanks.
+  Paint(kX, kY, 60, 100, 0);
+  ASSERT_EQ(Draw(u"ab cd\u00A0?", 50, 100), EFI_SUCCESS);
+  EXPECT_EQ(TextInRow(kX, kY, 50), u"ab ");
+  EXPECT_EQ(TextInRow(kX, kY + kLineHeight, 50), u"cd ?");
 }
 
 TEST_F(TextDrawTest, TextBeyondTheLastFittingLineIsCutAndReported) {
@@ -146,6 +182,19 @@ TEST_F(TextDrawTest, SplitterCutsPagesWhereTheDrawerWouldStopAndKeepsTheMarks) {
   ASSERT_EQ(last, 1u);
   EXPECT_EQ(std::u16string(pages[0]), u"ab cd ");
   EXPECT_EQ(std::u16string(pages[1]), u"ef");
+
+  // Line-breaking rules and marks that go back split the same way as they
+  // draw, and a break at the very end opens no empty page.
+  const CHAR16* rules = u"あいうえお。かき%x0くけ%x5こ%x0";
+  ASSERT_EQ(Quorvex_SplitTextLines(rules, 50, 40, pages, 4, &last), EFI_SUCCESS);
+  ASSERT_EQ(last, 1u);
+  EXPECT_EQ(std::u16string(pages[0]), u"あいうえお。かき");
+  // The last mark would only open a page with nothing on it: it is left out.
+  EXPECT_EQ(std::u16string(pages[1]), u"%x0くけ%x5こ");
+  Paint(kX, kY, 60, 100, 0);
+  ASSERT_EQ(Draw(pages[1], 50, 40), EFI_SUCCESS);
+  EXPECT_EQ(TextInRow(kX, kY, 50), Low(u"くけ"));
+  EXPECT_EQ(Line(1, 50), (std::vector<Mark>{{5, static_cast<char16_t>(u'こ' & 0xFF)}}));
 
   // Out of slots: the text is cut and the last slot still terminated.
   ASSERT_EQ(Quorvex_SplitTextLines(u"a%x1000b%x1000c", 400, 20, pages, 2, &last),

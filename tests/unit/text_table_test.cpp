@@ -92,7 +92,7 @@ TEST_F(TextTableTest, ExpansionRestoresEverySlotAndIsIdempotent) {
   EXPECT_EQ(Slot(CommonItemHelpTitle.Japanese), u" ");
   EXPECT_EQ(Slot(CommonItemHelpTitle.French), u"     Aide contextuelle");
   EXPECT_EQ(Slot(CommonGeneralHelp.English).rfind(u"QUORVEX Setup Utility%x1000", 0), 0u);
-  EXPECT_EQ(Slot(CommonGeneralHelp.Japanese).rfind(u"QUORVEX セットアップ", 0), 0u);
+  EXPECT_EQ(Slot(CommonGeneralHelp.Japanese).rfind(u"QUORVEX\u00A0セットアップ", 0), 0u);
 }
 
 } // namespace
