@@ -22,6 +22,7 @@
 
 #include "host/fake_firmware.h"
 #include "host/fake_script.h"
+#include "host/fake_volume.h"
 #include "host/sim_settings.h"
 #include "host/sim_window.h"
 #include "reference_platform/reference_platform.h"
@@ -253,6 +254,9 @@ int main(int argc, char** argv) {
   fake::Options options;
   options.Modes = Args.Modes;
   fake::Reset(options);
+  // The boot volume is the output directory: the screenshot key's pictures
+  // land in DIR/screenshots/.
+  fake::ServeVolumeDirectory(Args.OutDir);
   // Console text goes to stderr when tracing (the reference platform also
   // reports on its serial port, which the host build writes to stderr).
   if (Args.Trace)
