@@ -2,11 +2,31 @@
 
 #include "platform/lib.h"
 #include "reference_platform/salt_source.h"
+#include "reference_platform/serial.h"
 #include "reference_platform/sha256.h"
 
 namespace {
 
 constinit UINT32 gIterations = kPasswordIterations;
+constinit bool gSourceReported = false;
+
+// Once per start: which source the salts come from (a machine without a
+// random source is worth knowing about).
+void ReportSaltSource(SaltSource Source) {
+  if (gSourceReported) return;
+  gSourceReported = true;
+  switch (Source) {
+  case SaltSource_RngProtocol:
+    Serial_WriteLine("Quorvex passwords: salts from the firmware's RNG protocol");
+    break;
+  case SaltSource_Rdrand:
+    Serial_WriteLine("Quorvex passwords: salts from the processor's RDRAND");
+    break;
+  default:
+    Serial_WriteLine("Quorvex passwords: no random source, salts from counters and the clock");
+    break;
+  }
+}
 
 // Length in units, or kPasswordScanLimit when no terminator is found in time.
 UINTN BoundedLength(const CHAR16* Text) {
@@ -69,7 +89,7 @@ bool Password_Set(PasswordKind Kind, const CHAR16* Password) {
   MemFill(&fresh, 0, sizeof(fresh));
   fresh.Installed = 1;
   fresh.Iterations = gIterations;
-  Salt_Fill(fresh.Salt, kPasswordSaltSize);
+  ReportSaltSource(Salt_Fill(fresh.Salt, kPasswordSaltSize));
   HashPassword(Password, units, fresh, fresh.Hash);
   MemCopy(entry, &fresh, sizeof(fresh));
   MemWipe(&fresh, sizeof(fresh));
