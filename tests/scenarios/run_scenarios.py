@@ -16,6 +16,7 @@ simulator reads them as comments):
   #! same-png: A B       A.png and B.png (paths under the output directory)
                          have the same size and the same pixels
   #! no-file: PATH       the run must not have written PATH
+  #! absent: TEXT        TEXT appears in none of stdout, stderr and trace.txt
   #! deterministic       a second run must give byte-identical outputs
 
 Every run gets --trace and its own --out directory under --out.
@@ -38,7 +39,7 @@ TIMEOUT_SECONDS = 180
 def parse_expectations(path):
     exp = {"args": [], "no_script": False, "settings": [], "status": 0, "stdout": [],
            "stderr": [], "trace": [], "trace_last": None, "png": [], "deterministic": False,
-           "same_png": [], "no_file": []}
+           "same_png": [], "no_file": [], "absent": []}
     with open(path, encoding="utf-8") as f:
         for number, line in enumerate(f, 1):
             if not line.startswith("#!"):
@@ -64,6 +65,8 @@ def parse_expectations(path):
                 exp["same_png"].append(pair)
             elif key == "no-file":
                 exp["no_file"].append(value)
+            elif key == "absent":
+                exp["absent"].append(value)
             elif key == "trace-last":
                 exp["trace_last"] = value
             elif key == "deterministic":
@@ -126,6 +129,11 @@ def check(script, exp, result, out_dir):
                                     os.path.join(out_dir, b + ".png"))
         if difference:
             problems.append(f"{a}.png and {b}.png differ: {difference}")
+    for text in exp["absent"]:
+        for where, content in (("stdout", result.stdout), ("stderr", result.stderr),
+                               ("trace.txt", "\n".join(trace))):
+            if text in content:
+                problems.append(f"'{text}' appears in {where}")
     for name in exp["no_file"]:
         if os.path.exists(os.path.join(out_dir, name)):
             problems.append(f"{name} was written")
