@@ -15,6 +15,7 @@ constexpr UINTN kHashBits = 15;
 constexpr UINTN kHashSize = 1u << kHashBits;
 constexpr UINT32 kNoPosition = 0xFFFFFFFFu;
 constexpr UINT32 kEndOfBlock = 256;
+constexpr UINTN kHashedInMatch = 8;
 
 constexpr UINT16 kLengthBase[29] = {3,  4,  5,  6,  7,  8,  9,  10, 11,  13,  15,  17,  19,  23, 27,
                                     31, 35, 43, 51, 59, 67, 83, 99, 115, 131, 163, 195, 227, 258};
@@ -116,6 +117,14 @@ UINT32 HashAt(const UINT8* P) {
 UINTN MatchLength(const UINT8* Data, UINTN Size, UINTN Position, UINTN Candidate) {
   const UINTN limit = Size - Position < kMaxMatch ? Size - Position : kMaxMatch;
   UINTN n = 0;
+  // Eight bytes at a time while they agree, then byte by byte.
+  while (n + 8 <= limit) {
+    UINT64 a, b;
+    MemCopy(&a, Data + Candidate + n, 8);
+    MemCopy(&b, Data + Position + n, 8);
+    if (a != b) break;
+    n += 8;
+  }
   while (n < limit && Data[Candidate + n] == Data[Position + n]) ++n;
   return n;
 }
@@ -153,10 +162,12 @@ UINTN Deflate(const UINT8* Data, UINTN Size, UINTN RowBytes, UINT32* Head, BitWr
     UINTN best = 0, distance = 0;
     if (Size - p >= kMinMatch) {
       const UINT32 h = HashAt(Data + p);
-      const UINT32 candidates[3] = {Head[h], p >= 3 ? static_cast<UINT32>(p - 3) : kNoPosition,
-                                    RowBytes && p >= RowBytes ? static_cast<UINT32>(p - RowBytes)
-                                                              : kNoPosition};
+      const UINT32 candidates[3] = {
+          p >= 3 ? static_cast<UINT32>(p - 3) : kNoPosition,
+          RowBytes && p >= RowBytes ? static_cast<UINT32>(p - RowBytes) : kNoPosition, Head[h]};
+      const UINTN longest = Size - p < kMaxMatch ? Size - p : kMaxMatch;
       for (const UINT32 c : candidates) {
+        if (best == longest) break; // nothing can beat it
         if (c == kNoPosition || c >= p || p - c > kWindow) continue;
         const UINTN length = MatchLength(Data, Size, p, c);
         if (length > best) best = length, distance = p - c;
@@ -165,7 +176,10 @@ UINTN Deflate(const UINT8* Data, UINTN Size, UINTN RowBytes, UINT32* Head, BitWr
     }
     if (best >= kMinMatch) {
       PutMatch(W, best, distance);
-      for (UINTN k = 1; k < best; ++k) {
+      // Positions inside a long match are mostly covered by the pixel and
+      // row candidates; hashing only the first few keeps the encoder quick.
+      const UINTN hashed = best < kHashedInMatch ? best : kHashedInMatch;
+      for (UINTN k = 1; k < hashed; ++k) {
         if (Size - (p + k) >= kMinMatch) Head[HashAt(Data + p + k)] = static_cast<UINT32>(p + k);
       }
       p += best;
