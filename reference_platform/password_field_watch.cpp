@@ -3,8 +3,10 @@
 namespace {
 
 constexpr UINT32 kOpMaxPasswordLength = 7;
-// The operations a password field's own loop calls.
-constexpr UINT32 kFieldLoopOps[] = {5, 10, 11, 12, 15};
+// The operations a password field's own loop can call: over-length notice
+// (5), the pointer's set-up when a pointer is plugged in (6, 15), hot key
+// (10, 11), the on-screen keyboard's switch and key source (12, 193).
+constexpr UINT32 kFieldLoopOps[] = {5, 6, 10, 11, 12, 15, 193};
 
 constinit bool gFieldOpen = false;
 
