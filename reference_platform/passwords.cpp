@@ -54,7 +54,9 @@ UINT32 Password_Iterations() {
 }
 
 void Password_SetIterations(UINT32 Iterations) {
-  gIterations = Iterations == 0 ? kPasswordIterations : Iterations;
+  gIterations = Iterations == 0                       ? kPasswordIterations
+                : Iterations > kPasswordMaxIterations ? kPasswordMaxIterations
+                                                      : Iterations;
 }
 
 bool Password_Installed(PasswordKind Kind) {

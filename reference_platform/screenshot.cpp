@@ -162,25 +162,27 @@ EFI_STATUS Screenshot_Save() {
     ReportFailure("cannot read the screen", status);
     return status;
   }
+  // The volume first: without one there is nothing to encode for.
+  EFI_FILE_PROTOCOL* root = nullptr;
+  status = OpenRoot(&root);
+  if (EFI_ERROR(status)) {
+    Quorvex_FreePool(pixels);
+    ReportFailure("no file system on the platform's volume", status);
+    return status;
+  }
   UINT8* png = nullptr;
   UINTN size = 0;
   status = PngEncode_Rgb(pixels, width, height, &png, &size);
   Quorvex_FreePool(pixels);
   if (EFI_ERROR(status)) {
     ReportFailure("cannot encode the picture", status);
-    return status;
-  }
-  EFI_FILE_PROTOCOL* root = nullptr;
-  status = OpenRoot(&root);
-  if (EFI_ERROR(status)) {
-    ReportFailure("no file system on the platform's volume", status);
   } else {
     const CHAR8* what = "";
     status = SaveTo(root, png, size, &what);
-    root->Close(root);
     if (EFI_ERROR(status)) ReportFailure(what, status);
+    Quorvex_FreePool(png);
   }
-  Quorvex_FreePool(png);
+  root->Close(root);
   return status;
 }
 
