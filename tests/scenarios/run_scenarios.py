@@ -140,6 +140,14 @@ def check(script, exp, result, out_dir):
     return problems
 
 
+def output_files(out_dir):
+    """Every file under out_dir (screenshots/ included), relative, sorted."""
+    found = []
+    for folder, _, files in os.walk(out_dir):
+        found += [os.path.relpath(os.path.join(folder, f), out_dir) for f in files]
+    return sorted(found)
+
+
 def png_difference(path_a, path_b):
     """None when both pictures have the same size and pixels, else why not."""
     try:
@@ -177,7 +185,7 @@ def main():
             if not problems and exp["deterministic"]:
                 again = out_dir + ".again"
                 run_once(sim, script, exp, again)
-                for entry in sorted(os.listdir(out_dir)):
+                for entry in output_files(out_dir):
                     if entry == "settings.txt":
                         continue
                     other = os.path.join(again, entry)
