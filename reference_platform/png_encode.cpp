@@ -120,8 +120,9 @@ UINTN MatchLength(const UINT8* Data, UINTN Size, UINTN Position, UINTN Candidate
   // Eight bytes at a time while they agree, then byte by byte.
   while (n + 8 <= limit) {
     UINT64 a, b;
-    MemCopy(&a, Data + Candidate + n, 8);
-    MemCopy(&b, Data + Position + n, 8);
+    // A fixed-size builtin copy is one load (MemCopy is a string move).
+    __builtin_memcpy(&a, Data + Candidate + n, 8);
+    __builtin_memcpy(&b, Data + Position + n, 8);
     if (a != b) break;
     n += 8;
   }

@@ -33,9 +33,11 @@ class PasswordStoreTest(harness.QemuTestCase):
         m.key("ret")  # User: "Enter New Password"
         new_title = Region(settle(m), *TITLE)
         m.type_text("ab")
+        settle(m)
         m.key("ret")  # "Confirm New Password"
         settle(m)
         m.type_text("ab")
+        settle(m)
         m.key("ret")
         set_seconds = self.wait_for(lambda img: img.pixel(512, 384) == centre)
         settle(m)
@@ -44,6 +46,7 @@ class PasswordStoreTest(harness.QemuTestCase):
         current = settle(m)
         title = Region(current, *TITLE)
         m.type_text("ab")
+        settle(m)
         m.key("ret")
         verify_seconds = self.wait_for(lambda img: Region(img, *TITLE) != title)
         # Accepted: the dialog goes on to "Enter New Password" (a wrong

@@ -230,6 +230,13 @@ TEST_F(ScreenshotTest, EveryFailureIsOneSerialLineAndLeavesNothing) {
   }
   fake::FailAllocation(0);
 
+  // A file where the folder should be is left alone.
+  fs::remove_all(Dir / "screenshots");
+  std::ofstream(Dir / "screenshots") << "not a folder";
+  ExpectFailure("a file named screenshots");
+  EXPECT_EQ(fs::file_size(Dir / "screenshots"), 12u);
+  fs::remove(Dir / "screenshots");
+
   // All numbers taken (up to a lowered highest number).
   fs::create_directories(Dir / "screenshots");
   Screenshot_SetHighestNumber(20);
