@@ -22,9 +22,10 @@
 
 #include "host/fake_firmware.h"
 #include "host/fake_script.h"
-#include "host/fake_volume.h"
 #include "host/sim_settings.h"
 #include "host/sim_window.h"
+// The boot volume served from the output directory (screenshots).
+#include "host/fake_volume.h"
 #include "reference_platform/reference_platform.h"
 
 namespace {
