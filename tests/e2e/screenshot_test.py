@@ -15,7 +15,7 @@ import unittest
 
 import harness
 from qemu_machine import Machine
-from screen_checks import CLOCK_ROWS, same_screen, settle
+from screen_checks import same_screen, settle
 
 SAVED = re.compile(r"screenshot saved as \\screenshots\\(quorvex-\d{4}\.png)")
 
@@ -52,15 +52,17 @@ class ScreenshotKeyTest(harness.QemuTestCase):
 
     def test_f12_on_two_pages_and_not_in_a_password_field(self):
         m = self.boot_copy()
-        # Main page (its clock may tick between the two pictures: the file
-        # must equal the screendump before or after the key).
+        # Each file must equal the screendump taken just before the key or
+        # the one just after the saved line (the Main page's clock can tick,
+        # a pointer's cursor can hide, between the two).
         before = settle(m)
         name0, seconds0 = self.shoot(0)
         after = m.screenshot()
-        # Security tab highlighted: nothing changes on its own.
+        # Security tab highlighted.
         m.key("down")
         security = settle(m)
         name1, seconds1 = self.shoot(1)
+        security_after = m.screenshot()
         self.assertEqual((name0, name1), ("quorvex-0000.png", "quorvex-0001.png"))
         print(f"\nscreenshot in QEMU (TCG): {seconds0:.2f} s and {seconds1:.2f} s from the key "
               "to the saved line", file=sys.stderr)
@@ -88,10 +90,9 @@ class ScreenshotKeyTest(harness.QemuTestCase):
         self.assertTrue(same_screen(shot0, before, ignore_rows=()) or
                         same_screen(shot0, after, ignore_rows=()),
                         "the Main page file matches neither screendump")
-        self.assertTrue(same_screen(shot0, before, ignore_rows=CLOCK_ROWS),
-                        "the Main page file differs outside the clock")
-        self.assertTrue(same_screen(shot1, security, ignore_rows=()),
-                        "the Security tab file differs from its screendump")
+        self.assertTrue(same_screen(shot1, security, ignore_rows=()) or
+                        same_screen(shot1, security_after, ignore_rows=()),
+                        "the Security tab file matches neither screendump")
 
 
 if __name__ == "__main__":
