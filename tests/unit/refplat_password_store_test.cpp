@@ -3,6 +3,7 @@
 // moving an older runtime-access record to boot-services-only storage, and no
 // trace of a password on the serial port, in the operation trace or on the
 // console.
+#include <cpuid.h>
 #include <cstring>
 #include <string>
 
@@ -135,6 +136,16 @@ TEST_F(SaltTest, TheMixWithoutAnyRandomSourceStillDiffersEveryTime) {
   EXPECT_NE(std::memcmp(Store_Password(PasswordUser)->Salt,
                         Store_Password(PasswordSupervisor)->Salt, kPasswordSaltSize),
             0);
+}
+
+TEST_F(SaltTest, TheProcessorsOwnInstructionWhenCpuidReportsIt) {
+  Salt_SetRdrandAccess(nullptr);
+  unsigned eax = 0, ebx = 0, ecx = 0, edx = 0;
+  const bool has = __get_cpuid(1, &eax, &ebx, &ecx, &edx) && (ecx & bit_RDRND);
+  UINT8 a[kPasswordSaltSize] = {}, b[kPasswordSaltSize] = {};
+  EXPECT_EQ(Salt_Fill(a, sizeof(a)), has ? SaltSource_Rdrand : SaltSource_Mix);
+  Salt_Fill(b, sizeof(b));
+  EXPECT_NE(std::memcmp(a, b, sizeof(a)), 0);
 }
 
 // ---------------------------------------------------------------------------
