@@ -1,7 +1,7 @@
 // UEFI declarations the reference platform needs beyond efi.h: writing files
 // (screenshots), the statuses a file system answers with, and the random
-// number generator protocol (password salts). Layouts follow the UEFI
-// specification.
+// number generator protocol (password salts), with UEFI's layouts and
+// values.
 #pragma once
 
 #include "platform/efi.h"
