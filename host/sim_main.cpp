@@ -25,6 +25,8 @@
 #include "host/fake_script.h"
 #include "host/sim_settings.h"
 #include "host/sim_window.h"
+// The boot volume served from the output directory (screenshots).
+#include "host/fake_volume.h"
 #include "reference_platform/reference_platform.h"
 
 namespace {
@@ -255,6 +257,9 @@ int main(int argc, char** argv) {
   fake::Options options;
   options.Modes = Args.Modes;
   fake::Reset(options);
+  // The boot volume is the output directory: the screenshot key's pictures
+  // land in DIR/screenshots/.
+  fake::ServeVolumeDirectory(Args.OutDir);
   // Console text goes to stderr when tracing (the reference platform also
   // reports on its serial port, which the host build writes to stderr).
   if (Args.Trace)

@@ -1,51 +1,38 @@
 #include "reference_platform/passwords.h"
 
 #include "platform/lib.h"
-#include "reference_platform/platform_context.h"
+#include "reference_platform/salt_source.h"
+#include "reference_platform/serial.h"
 #include "reference_platform/sha256.h"
 
 namespace {
 
-constinit UINT64 gSaltCounter = 0;
-constinit UINT8 gSaltPool[kSha256DigestSize] = {};
+constinit UINT32 gIterations = kPasswordIterations;
+constinit bool gSourceReported = false;
+
+// Once per start: which source the salts come from (a machine without a
+// random source is worth knowing about).
+void ReportSaltSource(SaltSource Source) {
+  if (gSourceReported) return;
+  gSourceReported = true;
+  switch (Source) {
+  case SaltSource_RngProtocol:
+    Serial_WriteLine("Quorvex passwords: salts from the firmware's RNG protocol");
+    break;
+  case SaltSource_Rdrand:
+    Serial_WriteLine("Quorvex passwords: salts from the processor's RDRAND");
+    break;
+  default:
+    Serial_WriteLine("Quorvex passwords: no random source, salts from counters and the clock");
+    break;
+  }
+}
 
 // Length in units, or kPasswordScanLimit when no terminator is found in time.
 UINTN BoundedLength(const CHAR16* Text) {
   UINTN n = 0;
   while (n < kPasswordScanLimit && Text[n]) ++n;
   return n;
-}
-
-UINT64 CycleCounter() {
-#if defined(__x86_64__) || defined(_M_X64)
-  return __builtin_ia32_rdtsc();
-#else
-  return 0;
-#endif
-}
-
-// A salt that differs for every hash: the previous pool, a counter, the cycle
-// counter, the clock and the firmware's monotonic count, run through SHA-256.
-void MakeSalt(PasswordKind Kind, UINT8 Salt[kPasswordSaltSize]) {
-  struct {
-    UINT8 Pool[kSha256DigestSize];
-    UINT64 Counter;
-    UINT64 Cycles;
-    UINT64 Monotonic;
-    EFI_TIME Time;
-    UINT32 Kind;
-  } seed;
-  MemFill(&seed, 0, sizeof(seed));
-  MemCopy(seed.Pool, gSaltPool, sizeof(seed.Pool));
-  seed.Counter = ++gSaltCounter;
-  seed.Cycles = CycleCounter();
-  if (PlatformBootServices && PlatformBootServices->GetNextMonotonicCount)
-    PlatformBootServices->GetNextMonotonicCount(&seed.Monotonic);
-  if (PlatformRuntimeServices && PlatformRuntimeServices->GetTime)
-    PlatformRuntimeServices->GetTime(&seed.Time, nullptr);
-  seed.Kind = Kind;
-  Sha256(&seed, sizeof(seed), gSaltPool);
-  MemCopy(Salt, gSaltPool, kPasswordSaltSize);
 }
 
 void HashPassword(const CHAR16* Password, UINTN Units, const StoredPassword& Entry,
@@ -62,6 +49,16 @@ UINTN MaximumUnits() {
 
 } // namespace
 
+UINT32 Password_Iterations() {
+  return gIterations;
+}
+
+void Password_SetIterations(UINT32 Iterations) {
+  gIterations = Iterations == 0                       ? kPasswordIterations
+                : Iterations > kPasswordMaxIterations ? kPasswordMaxIterations
+                                                      : Iterations;
+}
+
 bool Password_Installed(PasswordKind Kind) {
   const StoredPassword* entry = Store_Password(Kind);
   return entry && entry->Installed;
@@ -73,6 +70,7 @@ bool Password_Verify(PasswordKind Kind, const CHAR16* Password) {
   const UINTN units = BoundedLength(Password);
   if (units >= kPasswordScanLimit) return false;
   if (!entry->Installed) return units == 0;
+  if (entry->Iterations == 0 || entry->Iterations > kPasswordMaxIterations) return false;
   UINT8 hash[kPasswordHashSize];
   HashPassword(Password, units, *entry, hash);
   const bool match = ConstantTimeEqual(hash, entry->Hash, kPasswordHashSize);
@@ -92,8 +90,8 @@ bool Password_Set(PasswordKind Kind, const CHAR16* Password) {
   StoredPassword fresh;
   MemFill(&fresh, 0, sizeof(fresh));
   fresh.Installed = 1;
-  fresh.Iterations = kPasswordIterations;
-  MakeSalt(Kind, fresh.Salt);
+  fresh.Iterations = gIterations;
+  ReportSaltSource(Salt_Fill(fresh.Salt, kPasswordSaltSize));
   HashPassword(Password, units, fresh, fresh.Hash);
   MemCopy(entry, &fresh, sizeof(fresh));
   MemWipe(&fresh, sizeof(fresh));

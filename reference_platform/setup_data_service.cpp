@@ -1,9 +1,11 @@
 #include "reference_platform/setup_data_service.h"
 
 #include "platform/lib.h"
+#include "reference_platform/password_field_watch.h"
 #include "reference_platform/passwords.h"
 #include "reference_platform/platform_context.h"
 #include "reference_platform/reference_platform.h"
+#include "reference_platform/screenshot.h"
 #include "reference_platform/serial.h"
 #include "reference_platform/store.h"
 #include "reference_platform/system_info.h"
@@ -228,12 +230,13 @@ UINT64 Op_compare_passwords(OpCall* Call) {
   return Password_Compare(StringArgument(Call->Argument1), StringArgument(Call->Argument2)) ? 1 : 0;
 }
 
-constinit RestartTriggerProtocol gRestartTrigger = {1};
-
 UINT64 Op_report_hot_key(OpCall* Call) {
-  // The platform's hot key asks the running utility to rebuild its screen.
-  if ((Call->Argument1 & 0xFFFF) == Store_Get(kSetting_hot_key_scan_code))
-    return Platform_InstallOnNewHandle(kRestartTriggerGuid, &gRestartTrigger);
+  // The platform's hot key saves a screenshot, except while a password is
+  // being typed: the mask and the on-screen keyboard's pressed key would
+  // tell too much. A failure is reported on the serial port only.
+  if ((Call->Argument1 & 0xFFFF) == Store_Get(kSetting_hot_key_scan_code) &&
+      !PasswordFieldWatch_Open())
+    Screenshot_Save();
   return EFI_SUCCESS;
 }
 
@@ -346,6 +349,7 @@ static_assert(!kOps.Conflict, "two schema rows use the same operation number");
 static_assert(!kOps.OutOfRange, "a schema operation number is beyond the service's table");
 
 UINT64 Dispatch(UINT32 Number, UINT64 Argument1, UINT64 Argument2) {
+  PasswordFieldWatch_Note(Number);
   const OpEntry& entry = kOps.Entry[Number];
   OpCall call = {Number, Argument1, Argument2, entry.Shape, false};
   UINT64 result = EFI_UNSUPPORTED;
@@ -396,5 +400,6 @@ SetupDataProtocol* SetupDataService_Instance() {
 
 EFI_STATUS SetupDataService_Install() {
   gService = kOperations; // whatever a previous run laid over the table goes
+  PasswordFieldWatch_Reset();
   return Platform_InstallOnNewHandle(kSetupDataGuid, &gService);
 }

@@ -9,6 +9,7 @@ namespace {
 constinit StoreRecord gRecord = {};
 constinit UINT8 gAbsent[kStoreSettingCount] = {};
 constinit StoreLoadResult gLastLoad = StoreMissing;
+constinit StoreMigration gMigration = StoreMigrationNone;
 
 constexpr bool NamesEqual(const CHAR8* A, const CHAR8* B) {
   while (*A && *A == *B) {
@@ -124,8 +125,47 @@ void Store_ResetAll() {
   for (UINT32 i = 0; i < kStoreSettingCount; ++i) gRecord.Values[i] = kStoreSettings[i].Default;
 }
 
+namespace {
+
+// A variable written with other attributes (an older build's, with runtime
+// access) cannot be rewritten in place: the firmware refuses a SetVariable
+// whose attributes differ. It is deleted and, when its record was sound,
+// written again at once with the attributes of this build. Between the two
+// calls a power cut would lose the settings; that window is taken once, on
+// the first start of this build.
+StoreMigration Migrate(UINT32 Attributes, const StoreRecord* Record) {
+  if (Attributes == kStoreVariableAttributes) return StoreMigrationNone;
+  if (!PlatformRuntimeServices->SetVariable) return StoreMigrationFailed;
+  EFI_STATUS status =
+      PlatformRuntimeServices->SetVariable(kStoreVariableName, &kStoreVariableGuid, 0, 0, nullptr);
+  if (!EFI_ERROR(status) && Record) {
+    status = PlatformRuntimeServices->SetVariable(
+        kStoreVariableName, &kStoreVariableGuid, kStoreVariableAttributes, sizeof(*Record), Record);
+  }
+  AsciiLine line;
+  if (EFI_ERROR(status)) {
+    AsciiLine_Start(&line, "Quorvex settings: cannot move the record to boot-services-only "
+                           "storage (status ");
+    AsciiLine_AppendHex(&line, status);
+    AsciiLine_Append(&line, ")");
+  } else {
+    AsciiLine_Start(&line, Record ? "Quorvex settings: record moved to boot-services-only storage"
+                                  : "Quorvex settings: damaged runtime-access record deleted");
+  }
+  Serial_WriteLine(line.Text);
+  if (EFI_ERROR(status)) return StoreMigrationFailed;
+  return Record ? StoreMigrationMoved : StoreMigrationDroppedCorrupt;
+}
+
+} // namespace
+
+StoreMigration Store_LastMigration() {
+  return gMigration;
+}
+
 void Store_Load() {
   Store_ResetAll();
+  gMigration = StoreMigrationNone;
   if (!PlatformRuntimeServices || !PlatformRuntimeServices->GetVariable) {
     ReportLoad(StoreUnreadable, EFI_UNSUPPORTED);
     return;
@@ -139,11 +179,14 @@ void Store_Load() {
     ReportLoad(StoreMissing, status);
   } else if (status == EFI_BUFFER_TOO_SMALL) {
     ReportLoad(StoreCorrupt, status); // larger than any record we write
+    gMigration = Migrate(attributes, nullptr);
   } else if (EFI_ERROR(status)) {
     ReportLoad(StoreUnreadable, status);
   } else if (size != sizeof(record) || !RecordValid(record)) {
     ReportLoad(StoreCorrupt, status);
+    gMigration = Migrate(attributes, nullptr);
   } else {
+    gMigration = Migrate(attributes, &record);
     MemCopy(&gRecord, &record, sizeof(record));
     // A sealed record from an older build can still hold a value the schema
     // no longer allows: that setting alone goes back to its default.

@@ -87,11 +87,25 @@ static_assert(offsetof(StoreRecord, Crc32) + sizeof(UINT32) == sizeof(StoreRecor
 inline constexpr CHAR16 kStoreVariableName[] = u"QuorvexSettings";
 inline constexpr EFI_GUID kStoreVariableGuid = {
     0x5C1A7E02, 0x9B3D, 0x4F61, {0xA8, 0xE4, 0x2D, 0x7C, 0x90, 0xB3, 0xF1, 0xA6}};
+// Boot services only: once the operating system runs, the record (and the
+// password hashes in it) can be neither read nor deleted through the
+// firmware's variable services.
 constexpr UINT32 kStoreVariableAttributes =
-    EFI_VARIABLE_NON_VOLATILE | EFI_VARIABLE_BOOTSERVICE_ACCESS | EFI_VARIABLE_RUNTIME_ACCESS;
+    EFI_VARIABLE_NON_VOLATILE | EFI_VARIABLE_BOOTSERVICE_ACCESS;
 
 // What the last Store_Load found.
 enum StoreLoadResult : UINT32 { StoreLoaded, StoreMissing, StoreCorrupt, StoreUnreadable };
+// How the last Store_Load left a variable that older builds wrote with
+// runtime access: not there, or moved to boot-services-only storage (its
+// record kept, or dropped when it was damaged), or still there because the
+// firmware refused to delete or rewrite it.
+enum StoreMigration : UINT32 {
+  StoreMigrationNone,
+  StoreMigrationMoved,
+  StoreMigrationDroppedCorrupt,
+  StoreMigrationFailed
+};
+StoreMigration Store_LastMigration();
 StoreLoadResult Store_LastLoadResult();
 
 // Every setting at its default, every item present, no password, no request

@@ -97,6 +97,7 @@ class Machine:
             "-device", "qemu-xhci,id=xhci",
             "-device", "usb-kbd,bus=xhci.0",
             "-device", "usb-tablet,bus=xhci.0",
+            "-device", "virtio-rng-pci",
             "-drive", f"format=raw,file=fat:rw:{self.esp}",
             "-nic", "none",
             "-serial", f"file:{self.serial_log}",

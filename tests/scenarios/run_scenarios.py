@@ -13,6 +13,10 @@ simulator reads them as comments):
                          lines must appear in this order
   #! trace-last: LINE    the last line of trace.txt
   #! png: NAME           the run must have written NAME.png
+  #! same-png: A B       A.png and B.png (paths under the output directory)
+                         have the same size and the same pixels
+  #! no-file: PATH       the run must not have written PATH
+  #! absent: TEXT        TEXT appears in none of stdout, stderr and trace.txt
   #! deterministic       a second run must give byte-identical outputs
 
 Every run gets --trace and its own --out directory under --out.
@@ -25,12 +29,17 @@ import shutil
 import subprocess
 import sys
 
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.dirname(os.path.dirname(
+    os.path.abspath(__file__)))), "scripts"))
+import pngread  # noqa: E402
+
 TIMEOUT_SECONDS = 180
 
 
 def parse_expectations(path):
     exp = {"args": [], "no_script": False, "settings": [], "status": 0, "stdout": [],
-           "stderr": [], "trace": [], "trace_last": None, "png": [], "deterministic": False}
+           "stderr": [], "trace": [], "trace_last": None, "png": [], "deterministic": False,
+           "same_png": [], "no_file": [], "absent": []}
     with open(path, encoding="utf-8") as f:
         for number, line in enumerate(f, 1):
             if not line.startswith("#!"):
@@ -49,6 +58,15 @@ def parse_expectations(path):
                 exp["status"] = int(value)
             elif key in ("stdout", "stderr", "trace", "png"):
                 exp[key].append(value)
+            elif key == "same-png":
+                pair = value.split()
+                if len(pair) != 2:
+                    raise ValueError(f"{path}:{number}: same-png needs two names")
+                exp["same_png"].append(pair)
+            elif key == "no-file":
+                exp["no_file"].append(value)
+            elif key == "absent":
+                exp["absent"].append(value)
             elif key == "trace-last":
                 exp["trace_last"] = value
             elif key == "deterministic":
@@ -106,7 +124,44 @@ def check(script, exp, result, out_dir):
     for name in exp["png"]:
         if not os.path.exists(os.path.join(out_dir, name + ".png")):
             problems.append(f"{name}.png not written")
+    for a, b in exp["same_png"]:
+        difference = png_difference(os.path.join(out_dir, a + ".png"),
+                                    os.path.join(out_dir, b + ".png"))
+        if difference:
+            problems.append(f"{a}.png and {b}.png differ: {difference}")
+    for text in exp["absent"]:
+        for where, content in (("stdout", result.stdout), ("stderr", result.stderr),
+                               ("trace.txt", "\n".join(trace))):
+            if text in content:
+                problems.append(f"'{text}' appears in {where}")
+    for name in exp["no_file"]:
+        if os.path.exists(os.path.join(out_dir, name)):
+            problems.append(f"{name} was written")
     return problems
+
+
+def output_files(out_dir):
+    """Every file under out_dir (screenshots/ included), relative, sorted."""
+    found = []
+    for folder, _, files in os.walk(out_dir):
+        found += [os.path.relpath(os.path.join(folder, f), out_dir) for f in files]
+    return sorted(found)
+
+
+def png_difference(path_a, path_b):
+    """None when both pictures have the same size and pixels, else why not."""
+    try:
+        a, b = pngread.read(path_a), pngread.read(path_b)
+    except (OSError, pngread.PngError) as error:
+        return str(error)
+    if (a.width, a.height, a.channels) != (b.width, b.height, b.channels):
+        return (f"{a.width}x{a.height}x{a.channels} against "
+                f"{b.width}x{b.height}x{b.channels}")
+    for y in range(a.height):
+        if a.row(y) != b.row(y):
+            x = next(i for i in range(a.width) if a.pixel(i, y) != b.pixel(i, y))
+            return f"first at ({x}, {y}): {a.pixel(x, y):06X} against {b.pixel(x, y):06X}"
+    return None
 
 
 def main():
@@ -130,7 +185,7 @@ def main():
             if not problems and exp["deterministic"]:
                 again = out_dir + ".again"
                 run_once(sim, script, exp, again)
-                for entry in sorted(os.listdir(out_dir)):
+                for entry in output_files(out_dir):
                     if entry == "settings.txt":
                         continue
                     other = os.path.join(again, entry)

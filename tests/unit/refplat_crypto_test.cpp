@@ -125,7 +125,7 @@ TEST_F(RefPlatPasswordTest, OnlySaltedHashesAreStored) {
   const StoredPassword* b = Store_Password(PasswordHddUser);
   EXPECT_NE(std::memcmp(a->Salt, b->Salt, kPasswordSaltSize), 0);
   EXPECT_NE(std::memcmp(a->Hash, b->Hash, kPasswordHashSize), 0);
-  EXPECT_EQ(a->Iterations, kPasswordIterations);
+  EXPECT_EQ(a->Iterations, Password_Iterations());
 
   ASSERT_EQ(Store_Save(), EFI_SUCCESS);
   const std::vector<UINT8> record = StoredRecord();

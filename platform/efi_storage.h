@@ -1,0 +1,33 @@
+// UEFI declarations the reference platform needs beyond efi.h: writing files
+// (screenshots), the statuses a file system answers with, and the random
+// number generator protocol (password salts), with UEFI's layouts and
+// values.
+#pragma once
+
+#include "platform/efi.h"
+
+constexpr EFI_STATUS EFI_WARN_DELETE_FAILURE = 2;
+constexpr EFI_STATUS EFI_WRITE_PROTECTED = kEfiErrorBit | 8;
+constexpr EFI_STATUS EFI_VOLUME_FULL = kEfiErrorBit | 11;
+constexpr EFI_STATUS EFI_MEDIA_CHANGED = kEfiErrorBit | 13;
+constexpr EFI_STATUS EFI_ACCESS_DENIED = kEfiErrorBit | 15;
+
+constexpr UINT64 EFI_FILE_MODE_WRITE = 0x0000000000000002ull;
+constexpr UINT64 EFI_FILE_MODE_CREATE = 0x8000000000000000ull;
+constexpr UINT64 EFI_FILE_READ_ONLY = 0x01;
+constexpr UINT64 EFI_FILE_DIRECTORY = 0x10;
+
+// ---------------------------------------------------------------------------
+// Random number generator protocol
+// ---------------------------------------------------------------------------
+constexpr EFI_GUID kRngProtocolGuid = {
+    0x3152BCA5, 0xEADE, 0x433D, {0x86, 0x2E, 0xC0, 0x1C, 0xDC, 0x29, 0x1F, 0x44}};
+
+struct EFI_RNG_PROTOCOL {
+  // Lists the algorithms offered (not used: the default algorithm is asked
+  // for with a null algorithm).
+  EFI_STATUS(EFIAPI* GetInfo)
+  (EFI_RNG_PROTOCOL* This, UINTN* AlgorithmListSize, EFI_GUID* AlgorithmList);
+  EFI_STATUS(EFIAPI* GetRNG)
+  (EFI_RNG_PROTOCOL* This, const EFI_GUID* Algorithm, UINTN ValueLength, UINT8* Value);
+};

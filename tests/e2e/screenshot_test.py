@@ -1,0 +1,99 @@
+"""The screenshot key on the real firmware: F12 on two pages writes
+\\screenshots\\quorvex-0000.png and -0001.png to the volume the platform was
+loaded from (a writable copy of build/esp served as a FAT drive); after QEMU
+stops, both files decode to exactly the screendumps taken at the same
+moments. F12 in a password field writes nothing. The time from the key to the
+platform's "saved" line on the serial port is printed (one screenshot, TCG).
+"""
+import os
+import re
+import shutil
+import sys
+import tempfile
+import time
+import unittest
+
+import harness
+from qemu_machine import Machine
+from screen_checks import same_screen, settle
+
+SAVED = re.compile(r"screenshot saved as \\screenshots\\(quorvex-\d{4}\.png)")
+
+
+class ScreenshotKeyTest(harness.QemuTestCase):
+    def setUp(self):
+        os.makedirs(harness.WORK, exist_ok=True)
+        self.volume = tempfile.mkdtemp(prefix="esp-", dir=harness.WORK)
+        shutil.rmtree(self.volume)
+        shutil.copytree(harness.ESP, self.volume)
+        self.addCleanup(shutil.rmtree, self.volume, True)
+
+    def boot_copy(self):
+        self.machine = Machine(self.volume, harness.WORK, display="none",
+                               serial_log=self.artefact(".serial.log"))
+        self.machine.start()
+        self.addCleanup(self._stop_machine)
+        self.machine.wait_until_drawn(self.boot_timeout)
+        return self.machine
+
+    def saved_lines(self):
+        return SAVED.findall(self.machine.serial_text())
+
+    def shoot(self, count_before, timeout=60.0):
+        """F12, then waits for the platform's line; returns (file name, seconds)."""
+        start = time.monotonic()
+        self.machine.key("f12")
+        while time.monotonic() - start < timeout:
+            lines = self.saved_lines()
+            if len(lines) > count_before:
+                return lines[count_before], time.monotonic() - start
+            time.sleep(0.02)
+        self.fail("no screenshot line on the serial port:\n" + self.machine.serial_text()[-2000:])
+
+    def test_f12_on_two_pages_and_not_in_a_password_field(self):
+        m = self.boot_copy()
+        # Each file must equal the screendump taken just before the key or
+        # the one just after the saved line (the Main page's clock can tick,
+        # a pointer's cursor can hide, between the two).
+        before = settle(m)
+        name0, seconds0 = self.shoot(0)
+        after = m.screenshot()
+        # Security tab highlighted.
+        m.key("down")
+        security = settle(m)
+        name1, seconds1 = self.shoot(1)
+        security_after = m.screenshot()
+        self.assertEqual((name0, name1), ("quorvex-0000.png", "quorvex-0001.png"))
+        print(f"\nscreenshot in QEMU (TCG): {seconds0:.2f} s and {seconds1:.2f} s from the key "
+              "to the saved line", file=sys.stderr)
+
+        # A password field: Security page, User password, two characters.
+        m.key("right")
+        settle(m)
+        m.key("ret")
+        settle(m)
+        m.type_text("ab")
+        settle(m)
+        m.key("f12")
+        time.sleep(3)  # several times what a screenshot takes
+        m.key("esc")
+        settle(m)
+        self.assertEqual(len(self.saved_lines()), 2, m.serial_text()[-2000:])
+        m.stop()
+
+        folder = os.path.join(self.volume, "screenshots")
+        self.assertEqual(sorted(os.listdir(folder)), ["quorvex-0000.png", "quorvex-0001.png"])
+        for name in (name0, name1):  # kept with the other artefacts of the run
+            shutil.copyfile(os.path.join(folder, name), self.artefact("." + name))
+        shot0 = harness.pngread.read(os.path.join(folder, name0))
+        shot1 = harness.pngread.read(os.path.join(folder, name1))
+        self.assertTrue(same_screen(shot0, before, ignore_rows=()) or
+                        same_screen(shot0, after, ignore_rows=()),
+                        "the Main page file matches neither screendump")
+        self.assertTrue(same_screen(shot1, security, ignore_rows=()) or
+                        same_screen(shot1, security_after, ignore_rows=()),
+                        "the Security tab file matches neither screendump")
+
+
+if __name__ == "__main__":
+    unittest.main()
