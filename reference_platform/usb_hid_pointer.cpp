@@ -291,18 +291,8 @@ bool ReadLayout(Device* D, const EFI_USB_INTERFACE_DESCRIPTOR& Interface) {
     if (report != nullptr) {
       if (!EFI_ERROR(GetDescriptor(D->UsbIo, kUsbRequestTypeStandardInterfaceIn,
                                    kUsbDescriptorHidReport, 0, Interface.InterfaceNumber, report,
-                                   length))) {
+                                   length)))
         result = HidDescriptor_Parse(report, length, &D->Layout);
-        for (UINT16 i = 0; i < length; i += 32) { // TEMPDUMP
-          AsciiLine line;
-          AsciiLine_Start(&line, "DESC");
-          for (UINT16 j = i; j < length && j < i + 32; ++j) {
-            AsciiLine_Append(&line, " ");
-            AsciiLine_AppendHex(&line, report[j]);
-          }
-          Serial_WriteLine(line.Text);
-        }
-      }
       Quorvex_FreePool(report);
     }
   }

@@ -66,7 +66,7 @@ class PointerTest(harness.QemuTestCase):
         self.assertIn("USB pointer: absolute pointer on interface", serial)
 
         # Over the page area, below the items.
-        x, y = 600, 560
+        x, y = 600, 640
 
         def nudge():
             m.move(x + 1, y)
