@@ -314,4 +314,30 @@ TEST_F(UsbHidPointerTest, OnlyPointersAreTaken) {
   EXPECT_TRUE(state.RightButton);
 }
 
+// The launcher binds the tablet before the utility starts and lets go of it
+// when the utility returns.
+FakeHid* gLaunched = nullptr;
+bool gUtilitySawPointer = false;
+
+EFI_STATUS EFIAPI PointerUtility(EFI_HANDLE, EFI_SYSTEM_TABLE* System) {
+  void* found = nullptr;
+  gUtilitySawPointer = !EFI_ERROR(System->BootServices->HandleProtocol(
+                           gLaunched->Handle, &kAbsolutePointerGuid, &found)) &&
+                       gLaunched->Callback != nullptr;
+  return EFI_SUCCESS;
+}
+
+TEST_F(UsbHidPointerTest, LauncherStopsTheDriverWhenTheUtilityReturns) {
+  gLaunched = Add(kTabletReport);
+  gUtilitySawPointer = false;
+  fake::SetImageEntry(PointerUtility);
+  const EFI_HANDLE launcher = fake::CreateImageHandle(u"\\EFI\\BOOT\\BOOTX64.EFI");
+  testing::internal::CaptureStderr();
+  fake::RunImage(QuorvexPlatform_EntryPoint, launcher);
+  testing::internal::GetCapturedStderr();
+  EXPECT_TRUE(gUtilitySawPointer);
+  EXPECT_EQ(gLaunched->Cancels, 1);
+  EXPECT_EQ(On<EFI_ABSOLUTE_POINTER_PROTOCOL>(gLaunched, kAbsolutePointerGuid), nullptr);
+}
+
 } // namespace
