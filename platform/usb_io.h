@@ -165,3 +165,28 @@ static_assert(sizeof(EFI_USB_IO_PROTOCOL) == 104);
 // Absolute Pointer mode attributes.
 constexpr UINT32 EFI_ABSP_SupportsAltActive = 0x00000001;
 constexpr UINT32 EFI_ABSP_SupportsPressureAsZ = 0x00000002;
+
+// ---------------------------------------------------------------------------
+// Driver Binding protocol {18A031AB-B443-4D1A-A5C0-0C09261E9F71}: lets the
+// firmware start a driver on new controllers (a device plugged in) and stop
+// it before a controller goes away (a device pulled out).
+// ---------------------------------------------------------------------------
+constexpr EFI_GUID kDriverBindingGuid = {
+    0x18A031AB, 0xB443, 0x4D1A, {0xA5, 0xC0, 0x0C, 0x09, 0x26, 0x1E, 0x9F, 0x71}};
+
+struct EFI_DRIVER_BINDING_PROTOCOL {
+  EFI_STATUS(EFIAPI* Supported)
+  (EFI_DRIVER_BINDING_PROTOCOL* This, EFI_HANDLE ControllerHandle,
+   EFI_DEVICE_PATH_PROTOCOL* RemainingDevicePath);
+  EFI_STATUS(EFIAPI* Start)
+  (EFI_DRIVER_BINDING_PROTOCOL* This, EFI_HANDLE ControllerHandle,
+   EFI_DEVICE_PATH_PROTOCOL* RemainingDevicePath);
+  EFI_STATUS(EFIAPI* Stop)
+  (EFI_DRIVER_BINDING_PROTOCOL* This, EFI_HANDLE ControllerHandle, UINTN NumberOfChildren,
+   EFI_HANDLE* ChildHandleBuffer);
+  UINT32 Version;
+  EFI_HANDLE ImageHandle;
+  EFI_HANDLE DriverBindingHandle;
+};
+static_assert(offsetof(EFI_DRIVER_BINDING_PROTOCOL, Version) == 24);
+static_assert(sizeof(EFI_DRIVER_BINDING_PROTOCOL) == 48);

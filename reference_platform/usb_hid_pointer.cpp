@@ -388,20 +388,29 @@ void Release(Device* D) {
   Quorvex_FreePool(D);
 }
 
+// The interface's USB I/O and descriptor when it is a HID interface that
+// may be a pointer (boot keyboards are left alone).
+bool HidInterface(EFI_HANDLE Controller, EFI_USB_IO_PROTOCOL** UsbIo,
+                  EFI_USB_INTERFACE_DESCRIPTOR* Interface) {
+  void* found = nullptr;
+  if (EFI_ERROR(PlatformBootServices->HandleProtocol(Controller, &kUsbIoGuid, &found)) ||
+      found == nullptr)
+    return false;
+  *UsbIo = static_cast<EFI_USB_IO_PROTOCOL*>(found);
+  *Interface = {};
+  if (EFI_ERROR((*UsbIo)->UsbGetInterfaceDescriptor(*UsbIo, Interface)) ||
+      Interface->InterfaceClass != kUsbClassHid)
+    return false;
+  return !(Interface->InterfaceSubClass == kUsbHidSubclassBoot &&
+           Interface->InterfaceProtocol == kUsbHidProtocolKeyboard);
+}
+
 // Binds one interface; false (nothing kept) when it is not a usable pointer.
 bool Bind(EFI_HANDLE Controller) {
   EFI_BOOT_SERVICES* bs = PlatformBootServices;
-  void* found = nullptr;
-  if (EFI_ERROR(bs->HandleProtocol(Controller, &kUsbIoGuid, &found)) || found == nullptr)
-    return false;
-  auto* usbIo = static_cast<EFI_USB_IO_PROTOCOL*>(found);
+  EFI_USB_IO_PROTOCOL* usbIo = nullptr;
   EFI_USB_INTERFACE_DESCRIPTOR interface = {};
-  if (EFI_ERROR(usbIo->UsbGetInterfaceDescriptor(usbIo, &interface)) ||
-      interface.InterfaceClass != kUsbClassHid)
-    return false;
-  if (interface.InterfaceSubClass == kUsbHidSubclassBoot &&
-      interface.InterfaceProtocol == kUsbHidProtocolKeyboard)
-    return false;
+  if (DeviceCount >= kMaxDevices || !HidInterface(Controller, &usbIo, &interface)) return false;
   // Refused when a driver already owns the interface.
   void* opened = nullptr;
   if (EFI_ERROR(bs->OpenProtocol(Controller, &kUsbIoGuid, &opened, Agent, Controller,
@@ -456,26 +465,94 @@ bool Bind(EFI_HANDLE Controller) {
   return true;
 }
 
+// Takes the device of Controller off the list and releases it.
+bool Unbind(EFI_HANDLE Controller) {
+  for (UINTN i = 0; i < DeviceCount; ++i) {
+    Device* d = Devices[i];
+    if (d->Controller != Controller) continue;
+    Devices[i] = Devices[--DeviceCount];
+    Devices[DeviceCount] = nullptr;
+    Log("released interface", d->Interface);
+    Release(d);
+    return true;
+  }
+  return false;
+}
+
+// ---------------------------------------------------------------------------
+// Driver binding: the firmware connects the driver to interfaces that appear
+// while the utility runs and disconnects it from those that go away.
+// ---------------------------------------------------------------------------
+// Set when the firmware asks the binding about a controller.
+constinit bool BindingAsked = false;
+
+EFI_STATUS EFIAPI BindingSupported(EFI_DRIVER_BINDING_PROTOCOL*, EFI_HANDLE Controller,
+                                   EFI_DEVICE_PATH_PROTOCOL*) {
+  BindingAsked = true;
+  EFI_USB_IO_PROTOCOL* usbIo = nullptr;
+  EFI_USB_INTERFACE_DESCRIPTOR interface = {};
+  if (!HidInterface(Controller, &usbIo, &interface)) return EFI_UNSUPPORTED;
+  void* opened = nullptr;
+  const EFI_STATUS status = PlatformBootServices->OpenProtocol(
+      Controller, &kUsbIoGuid, &opened, Agent, Controller, EFI_OPEN_PROTOCOL_BY_DRIVER);
+  if (EFI_ERROR(status)) return status;
+  PlatformBootServices->CloseProtocol(Controller, &kUsbIoGuid, Agent, Controller);
+  return EFI_SUCCESS;
+}
+
+EFI_STATUS EFIAPI BindingStart(EFI_DRIVER_BINDING_PROTOCOL*, EFI_HANDLE Controller,
+                               EFI_DEVICE_PATH_PROTOCOL*) {
+  return Bind(Controller) ? EFI_SUCCESS : EFI_UNSUPPORTED;
+}
+
+EFI_STATUS EFIAPI BindingStop(EFI_DRIVER_BINDING_PROTOCOL*, EFI_HANDLE Controller, UINTN,
+                              EFI_HANDLE*) {
+  return Unbind(Controller) ? EFI_SUCCESS : EFI_NOT_FOUND;
+}
+
+constinit EFI_DRIVER_BINDING_PROTOCOL Binding = {BindingSupported, BindingStart, BindingStop, 0x10,
+                                                 nullptr,          nullptr};
+constinit bool BindingInstalled = false;
+
 } // namespace
 
 UINTN UsbHidPointer_Start(EFI_HANDLE ImageHandle) {
-  if (PlatformBootServices == nullptr || DeviceCount != 0) return DeviceCount;
-  Agent = ImageHandle;
+  EFI_BOOT_SERVICES* bs = PlatformBootServices;
+  if (bs == nullptr || BindingInstalled) return DeviceCount;
+  EFI_HANDLE handle = ImageHandle;
+  BindingInstalled = !EFI_ERROR(
+      bs->InstallProtocolInterface(&handle, &kDriverBindingGuid, EFI_NATIVE_INTERFACE, &Binding));
+  Agent = BindingInstalled ? handle : ImageHandle;
+  Binding.ImageHandle = ImageHandle;
+  Binding.DriverBindingHandle = Agent;
   UINTN count = 0;
   EFI_HANDLE* handles = nullptr;
-  if (EFI_ERROR(PlatformBootServices->LocateHandleBuffer(ByProtocol, &kUsbIoGuid, nullptr, &count,
-                                                         &handles)) ||
+  if (EFI_ERROR(bs->LocateHandleBuffer(ByProtocol, &kUsbIoGuid, nullptr, &count, &handles)) ||
       handles == nullptr)
     return 0;
-  for (UINTN i = 0; i < count && DeviceCount < kMaxDevices; ++i) Bind(handles[i]);
+  // Connected through the binding, so the firmware knows who owns the
+  // interface; when the firmware does not consult the binding, the
+  // interface is bound directly.
+  EFI_HANDLE drivers[2] = {Agent, nullptr};
+  for (UINTN i = 0; i < count; ++i) {
+    BindingAsked = false;
+    if (BindingInstalled) bs->ConnectController(handles[i], drivers, nullptr, 0);
+    if (!BindingAsked) Bind(handles[i]);
+  }
   Quorvex_FreePool(handles);
   return DeviceCount;
 }
 
 void UsbHidPointer_Stop() {
+  EFI_BOOT_SERVICES* bs = PlatformBootServices;
   while (DeviceCount > 0) {
-    Device* d = Devices[--DeviceCount];
-    Devices[DeviceCount] = nullptr;
-    Release(d);
+    const EFI_HANDLE controller = Devices[DeviceCount - 1]->Controller;
+    if (BindingInstalled) bs->DisconnectController(controller, Agent, nullptr);
+    // Still listed when the firmware did not call the binding's Stop.
+    Unbind(controller);
+  }
+  if (BindingInstalled) {
+    bs->UninstallProtocolInterface(Agent, &kDriverBindingGuid, &Binding);
+    BindingInstalled = false;
   }
 }

@@ -121,6 +121,37 @@ class PointerTest(harness.QemuTestCase):
         self.wait_cursor_at(x - 150, y + 120, nudge, "mouse step")
         m.screenshot(self.artefact("_mouse.png"))
 
+    def test_mouse_plugged_in_and_out_while_running(self):
+        m = self.boot()
+        m.qmp.command("device_add", driver="usb-mouse", bus="xhci.0", id="late-mouse")
+        deadline = time.monotonic() + 30
+        while "relative pointer on interface" not in m.serial_text():
+            self.assertLess(time.monotonic(), deadline, "the plugged-in mouse was not bound")
+            time.sleep(0.5)
+
+        m.move_by(-3000, -3000)
+        time.sleep(0.5)
+        m.move_by(500, 200)
+
+        def nudge():
+            m.move_by(1, 0)
+            time.sleep(0.3)
+            m.move_by(-1, 0)
+
+        self.wait_cursor_at(500, 200, nudge, "plugged-in mouse")
+
+        # Pulled out: the driver lets go of it, and the tablet still taps.
+        m.qmp.command("device_del", id="late-mouse")
+        m.wait_event("DEVICE_DELETED", 30)
+        self.assertIn("USB pointer: released interface", m.serial_text())
+        m.click(130, 460)
+
+        def problems(img):
+            return [] if img.pixel(8, 460) == TEAL else ["Power Management tab not highlighted"]
+
+        settle(m, problems, what="a tap after the mouse was pulled out")
+        m.screenshot(self.artefact("_after_unplug.png"))
+
 
 if __name__ == "__main__":
     unittest.main()

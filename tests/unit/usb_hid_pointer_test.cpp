@@ -314,6 +314,75 @@ TEST_F(UsbHidPointerTest, OnlyPointersAreTaken) {
   EXPECT_TRUE(state.RightButton);
 }
 
+// A firmware's driver model: ConnectController offers the controller to
+// every driver binding, DisconnectController stops the named driver.
+int gConnects = 0;
+
+std::vector<EFI_DRIVER_BINDING_PROTOCOL*> Bindings() {
+  std::vector<EFI_DRIVER_BINDING_PROTOCOL*> found;
+  UINTN count = 0;
+  EFI_HANDLE* handles = nullptr;
+  if (EFI_ERROR(fake::BootServices()->LocateHandleBuffer(ByProtocol, &kDriverBindingGuid, nullptr,
+                                                         &count, &handles)))
+    return found;
+  for (UINTN i = 0; i < count; ++i) {
+    void* binding = nullptr;
+    fake::BootServices()->HandleProtocol(handles[i], &kDriverBindingGuid, &binding);
+    found.push_back(static_cast<EFI_DRIVER_BINDING_PROTOCOL*>(binding));
+  }
+  fake::BootServices()->FreePool(handles);
+  return found;
+}
+
+EFI_STATUS EFIAPI ConnectThroughBindings(EFI_HANDLE Controller, EFI_HANDLE*,
+                                         EFI_DEVICE_PATH_PROTOCOL*, BOOLEAN) {
+  ++gConnects;
+  EFI_STATUS result = EFI_NOT_FOUND;
+  for (EFI_DRIVER_BINDING_PROTOCOL* b : Bindings())
+    if (!EFI_ERROR(b->Supported(b, Controller, nullptr)) &&
+        !EFI_ERROR(b->Start(b, Controller, nullptr)))
+      result = EFI_SUCCESS;
+  return result;
+}
+
+EFI_STATUS EFIAPI DisconnectThroughBindings(EFI_HANDLE Controller, EFI_HANDLE Driver, EFI_HANDLE) {
+  for (EFI_DRIVER_BINDING_PROTOCOL* b : Bindings())
+    if (Driver == nullptr || b->DriverBindingHandle == Driver)
+      return b->Stop(b, Controller, 0, nullptr);
+  return EFI_NOT_FOUND;
+}
+
+TEST_F(UsbHidPointerTest, FirmwareConnectsAndDisconnectsThroughTheBinding) {
+  fake::BootServices()->ConnectController = ConnectThroughBindings;
+  fake::BootServices()->DisconnectController = DisconnectThroughBindings;
+  gConnects = 0;
+  FakeHid* tablet = Add(kTabletReport);
+  FakeHid* keyboard = Add(kKeyboardReport, kUsbHidSubclassBoot, kUsbHidProtocolKeyboard);
+  testing::internal::CaptureStderr();
+  ASSERT_EQ(UsbHidPointer_Start(nullptr), 1u);
+  EXPECT_EQ(gConnects, 2);
+  ASSERT_EQ(Bindings().size(), 1u);
+  EXPECT_NE(On<EFI_ABSOLUTE_POINTER_PROTOCOL>(tablet, kAbsolutePointerGuid), nullptr);
+  EXPECT_EQ(keyboard->Starts, 0);
+
+  // A mouse plugged in: the bus driver connects its interface.
+  FakeHid* mouse = Add(kMouseReport);
+  EXPECT_EQ(ConnectThroughBindings(mouse->Handle, nullptr, nullptr, 0), EFI_SUCCESS);
+  EXPECT_NE(On<EFI_SIMPLE_POINTER_PROTOCOL>(mouse, kSimplePointerGuid), nullptr);
+  EXPECT_EQ(mouse->Starts, 1);
+  // Pulled out again: the bus driver disconnects it first.
+  EXPECT_EQ(DisconnectThroughBindings(mouse->Handle, nullptr, nullptr), EFI_SUCCESS);
+  EXPECT_EQ(mouse->Cancels, 1);
+  EXPECT_EQ(On<EFI_SIMPLE_POINTER_PROTOCOL>(mouse, kSimplePointerGuid), nullptr);
+  EXPECT_EQ(DisconnectThroughBindings(mouse->Handle, nullptr, nullptr), EFI_NOT_FOUND);
+
+  UsbHidPointer_Stop();
+  testing::internal::GetCapturedStderr();
+  EXPECT_EQ(tablet->Cancels, 1);
+  EXPECT_EQ(On<EFI_ABSOLUTE_POINTER_PROTOCOL>(tablet, kAbsolutePointerGuid), nullptr);
+  EXPECT_TRUE(Bindings().empty());
+}
+
 // The launcher binds the tablet before the utility starts and lets go of it
 // when the utility returns.
 FakeHid* gLaunched = nullptr;
