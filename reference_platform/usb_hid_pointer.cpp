@@ -1,5 +1,8 @@
 // USB HID pointer driver (see usb_hid_pointer.h).
 //
+// A driver binding on the launcher's image: the firmware offers it every
+// USB interface, at start-up through ConnectController and later when a
+// device is plugged in, and stops it before an interface goes away.
 // Per interface: the interface descriptor must be HID and not a boot
 // keyboard; the interface is opened BY_DRIVER, which fails when another
 // driver (OVMF's keyboard driver) owns it; the configuration descriptor gives
@@ -85,12 +88,18 @@ Device* FindAbsolute(EFI_ABSOLUTE_POINTER_PROTOCOL* This) {
 }
 
 // ---------------------------------------------------------------------------
-// Protocol functions
+// Protocol functions. This is looked up among the live devices (at the TPL
+// that keeps an unplugged device from being released meanwhile) before
+// anything is read through it: a caller may hold on to a protocol whose
+// device has gone.
 // ---------------------------------------------------------------------------
 EFI_STATUS EFIAPI SimpleReset(EFI_SIMPLE_POINTER_PROTOCOL* This, BOOLEAN) {
-  Device* d = FindSimple(This);
-  if (d == nullptr) return EFI_INVALID_PARAMETER;
   const EFI_TPL old = PlatformBootServices->RaiseTPL(TPL_NOTIFY);
+  Device* d = FindSimple(This);
+  if (d == nullptr) {
+    PlatformBootServices->RestoreTPL(old);
+    return EFI_INVALID_PARAMETER;
+  }
   d->SimpleState = {};
   d->Changed = false;
   PlatformBootServices->RestoreTPL(old);
@@ -99,11 +108,11 @@ EFI_STATUS EFIAPI SimpleReset(EFI_SIMPLE_POINTER_PROTOCOL* This, BOOLEAN) {
 
 EFI_STATUS EFIAPI SimpleGetState(EFI_SIMPLE_POINTER_PROTOCOL* This,
                                  EFI_SIMPLE_POINTER_STATE* State) {
-  Device* d = FindSimple(This);
-  if (d == nullptr || State == nullptr) return EFI_INVALID_PARAMETER;
+  if (State == nullptr) return EFI_INVALID_PARAMETER;
   const EFI_TPL old = PlatformBootServices->RaiseTPL(TPL_NOTIFY);
-  EFI_STATUS status = EFI_NOT_READY;
-  if (d->Changed) {
+  Device* d = FindSimple(This);
+  EFI_STATUS status = d == nullptr ? EFI_INVALID_PARAMETER : EFI_NOT_READY;
+  if (d != nullptr && d->Changed) {
     *State = d->SimpleState;
     // Movement is reported once; the buttons stay as they are.
     d->SimpleState.RelativeMovementX = 0;
@@ -117,9 +126,12 @@ EFI_STATUS EFIAPI SimpleGetState(EFI_SIMPLE_POINTER_PROTOCOL* This,
 }
 
 EFI_STATUS EFIAPI AbsoluteReset(EFI_ABSOLUTE_POINTER_PROTOCOL* This, BOOLEAN) {
-  Device* d = FindAbsolute(This);
-  if (d == nullptr) return EFI_INVALID_PARAMETER;
   const EFI_TPL old = PlatformBootServices->RaiseTPL(TPL_NOTIFY);
+  Device* d = FindAbsolute(This);
+  if (d == nullptr) {
+    PlatformBootServices->RestoreTPL(old);
+    return EFI_INVALID_PARAMETER;
+  }
   d->AbsoluteState = {};
   d->Changed = false;
   PlatformBootServices->RestoreTPL(old);
@@ -128,11 +140,11 @@ EFI_STATUS EFIAPI AbsoluteReset(EFI_ABSOLUTE_POINTER_PROTOCOL* This, BOOLEAN) {
 
 EFI_STATUS EFIAPI AbsoluteGetState(EFI_ABSOLUTE_POINTER_PROTOCOL* This,
                                    EFI_ABSOLUTE_POINTER_STATE* State) {
-  Device* d = FindAbsolute(This);
-  if (d == nullptr || State == nullptr) return EFI_INVALID_PARAMETER;
+  if (State == nullptr) return EFI_INVALID_PARAMETER;
   const EFI_TPL old = PlatformBootServices->RaiseTPL(TPL_NOTIFY);
-  EFI_STATUS status = EFI_NOT_READY;
-  if (d->Changed) {
+  Device* d = FindAbsolute(This);
+  EFI_STATUS status = d == nullptr ? EFI_INVALID_PARAMETER : EFI_NOT_READY;
+  if (d != nullptr && d->Changed) {
     *State = d->AbsoluteState;
     d->Changed = false;
     status = EFI_SUCCESS;
@@ -222,6 +234,7 @@ EFI_STATUS EFIAPI OnReport(void* Data, UINTN Length, void* Context, UINT32 Statu
     }
     return EFI_DEVICE_ERROR;
   }
+  d->Recoveries = 0;
   HidPointerSample sample = {};
   if (Length > d->TransferLength) Length = d->TransferLength;
   if (HidReport_Decode(d->Layout, static_cast<const UINT8*>(Data), Length, &sample))

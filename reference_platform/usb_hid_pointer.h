@@ -9,8 +9,11 @@
 
 #include "platform/efi.h"
 
-// Binds every usable interface; returns how many were bound.
+// Installs the driver binding on ImageHandle and binds every usable
+// interface present; returns how many were bound. Pointers plugged in later
+// are bound when the firmware connects them.
 UINTN UsbHidPointer_Start(EFI_HANDLE ImageHandle);
-// Cancels the transfers, uninstalls the protocols and releases the
-// interfaces, so nothing points into the launcher's image once it returns.
+// Cancels the transfers, uninstalls the protocols and the driver binding and
+// releases the interfaces, so nothing points into the launcher's image once
+// it returns.
 void UsbHidPointer_Stop();
