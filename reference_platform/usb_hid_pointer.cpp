@@ -531,7 +531,13 @@ constinit bool BindingInstalled = false;
 
 UINTN UsbHidPointer_Start(EFI_HANDLE ImageHandle) {
   EFI_BOOT_SERVICES* bs = PlatformBootServices;
-  if (bs == nullptr || BindingInstalled) return DeviceCount;
+  // Each launcher run starts from nothing: what a run that never returned
+  // left behind (a reset ended it; the host tests replace the firmware)
+  // belonged to a firmware that is gone.
+  for (Device*& d : Devices) d = nullptr;
+  DeviceCount = 0;
+  BindingInstalled = false;
+  if (bs == nullptr) return 0;
   EFI_HANDLE handle = ImageHandle;
   BindingInstalled = !EFI_ERROR(
       bs->InstallProtocolInterface(&handle, &kDriverBindingGuid, EFI_NATIVE_INTERFACE, &Binding));
