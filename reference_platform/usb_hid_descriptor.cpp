@@ -115,6 +115,7 @@ struct Parser {
   Candidate Roles[kRoleCount];
   // Input bits laid so far in each report ID's report.
   UINT32 InputBits[256];
+  UINT32 FeatureBits[256];
   HidPointerLayout* Out;
 };
 
@@ -212,6 +213,25 @@ bool Input(Parser* P, UINT32 Flags) {
   return true;
 }
 
+bool Feature(Parser* P) {
+  const UINT64 bits = static_cast<UINT64>(P->Global.ReportSize) * P->Global.ReportCount;
+  UINT32& laid = P->FeatureBits[P->Global.ReportId];
+  if (laid + bits > kMaxReportBits) return false;
+  auto& mode = P->Out->InputMode;
+  if (mode.BitSize == 0 && P->Global.ReportSize >= 1 && P->Global.ReportSize <= 32) {
+    for (UINT32 i = 0; i < P->Global.ReportCount; ++i) {
+      UINT32 usage = 0;
+      if (!FieldUsage(*P, i, &usage) || usage != kHidUsageInputMode) continue;
+      mode.ReportId = P->Global.ReportId;
+      mode.BitOffset = laid + i * P->Global.ReportSize;
+      mode.BitSize = static_cast<UINT8>(P->Global.ReportSize);
+      break;
+    }
+  }
+  laid += static_cast<UINT32>(bits);
+  return true;
+}
+
 // The pointer collection ended: its fields become the layout when X and Y
 // sit in one report (the first such collection wins).
 void Commit(Parser* P) {
@@ -245,7 +265,9 @@ bool Main(Parser* P, UINT8 Tag, UINT32 Value) {
     if (!Input(P, Value)) return false;
     break;
   case kOutput:
+    break;
   case kFeature:
+    if (!Feature(P)) return false;
     break;
   case kCollection: {
     if (P->CollectionDepth >= kMaxCollectionDepth) return false;
@@ -404,6 +426,14 @@ HidParseResult Run(const UINT8* Data, UINTN Length, HidPointerLayout* Layout) {
   Layout->MaxReportBytes = Layout->ReportBytes;
   if ((p.SawReportId && Layout->ReportId == 0) || Layout->ReportBytes > kHidMaxReportBytes)
     return HidParseResult::NoPointer;
+  auto& mode = Layout->InputMode;
+  if (mode.BitSize != 0) {
+    mode.FeatureBytes = (p.FeatureBits[mode.ReportId] + 7) / 8;
+    // Only a touch screen's, and only a report the driver can send.
+    if (Layout->Kind != HidPointerKind::Absolute || mode.FeatureBytes > kHidMaxReportBytes ||
+        (p.SawReportId && mode.ReportId == 0))
+      mode = {};
+  }
   return HidParseResult::Ok;
 }
 

@@ -45,6 +45,16 @@ struct HidPointerLayout {
   HidField TipSwitch;
   HidField InRange;
   HidField Buttons[3]; // left, right, middle
+  // The Input Mode feature of a touch screen's device configuration
+  // collection (BitSize 0: none). Such screens report as a mouse until the
+  // host sets it to touch input; FeatureBytes is the size of its feature
+  // report without the ID byte.
+  struct {
+    UINT8 ReportId;
+    UINT32 BitOffset;
+    UINT8 BitSize;
+    UINT32 FeatureBytes;
+  } InputMode;
 };
 
 enum class HidParseResult : UINT8 {
@@ -72,3 +82,6 @@ constexpr UINT32 kHidUsagePen = 0x000D0002;
 constexpr UINT32 kHidUsageTouchScreen = 0x000D0004;
 constexpr UINT32 kHidUsageInRange = 0x000D0032;
 constexpr UINT32 kHidUsageTipSwitch = 0x000D0042;
+constexpr UINT32 kHidUsageInputMode = 0x000D0052;
+// Input Mode values: mouse, single touch, multi touch.
+constexpr UINT32 kHidInputModeMultiTouch = 2;

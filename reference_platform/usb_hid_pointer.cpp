@@ -263,6 +263,33 @@ void ClassRequest(EFI_USB_IO_PROTOCOL* UsbIo, UINT8 Request, UINT16 Value, UINT1
                             &usbStatus);
 }
 
+// A touch screen with an Input Mode feature reports as a mouse until told
+// otherwise: its feature report is read (to keep the other fields), the mode
+// set to multi-touch and the report written back.
+void SetTouchInputMode(Device* D) {
+  const auto& mode = D->Layout.InputMode;
+  if (mode.BitSize == 0) return;
+  const UINT16 id = D->Layout.UsesReportIds ? 1 : 0;
+  const UINT16 length = static_cast<UINT16>(mode.FeatureBytes + id);
+  UINT8 report[kHidMaxReportBytes + 1] = {};
+  const UINT16 value = static_cast<UINT16>((kHidReportTypeFeature << 8) | mode.ReportId);
+  EFI_USB_DEVICE_REQUEST get = {kUsbRequestTypeClassInterfaceIn, kHidRequestGetReport, value,
+                                D->Interface, length};
+  UINT32 usbStatus = 0;
+  if (EFI_ERROR(D->UsbIo->UsbControlTransfer(D->UsbIo, &get, EfiUsbDataIn, kControlTimeoutMs,
+                                             report, length, &usbStatus)) ||
+      usbStatus != 0)
+    MemFill(report, 0, sizeof(report));
+  if (id != 0) report[0] = mode.ReportId;
+  HidReport_SetBits(report + id, mode.FeatureBytes, mode.BitOffset, mode.BitSize,
+                    kHidInputModeMultiTouch);
+  EFI_USB_DEVICE_REQUEST set = {kUsbRequestTypeClassInterfaceOut, kHidRequestSetReport, value,
+                                D->Interface, length};
+  const EFI_STATUS status = D->UsbIo->UsbControlTransfer(
+      D->UsbIo, &set, EfiUsbDataOut, kControlTimeoutMs, report, length, &usbStatus);
+  Log("touch input mode set, status", status);
+}
+
 // The report descriptor's length, from the configuration the interface
 // belongs to; 0 when it cannot be found.
 UINT16 ReportDescriptorLength(EFI_USB_IO_PROTOCOL* UsbIo,
@@ -446,6 +473,7 @@ bool Bind(EFI_HANDLE Controller) {
   }
   // Reports only when something changes.
   ClassRequest(usbIo, kHidRequestSetIdle, 0, d->Interface);
+  SetTouchInputMode(d);
   SetUpProtocols(d);
 
   EFI_EVENT* wait = IsAbsolute(d) ? &d->Absolute.WaitForInput : &d->Simple.WaitForInput;

@@ -37,6 +37,21 @@ bool Pressed(const HidField& Field, const UINT8* Data, UINT32 Bytes) {
 
 } // namespace
 
+bool HidReport_SetBits(UINT8* Data, UINTN Length, UINT32 BitOffset, UINT8 BitSize, UINT32 Value) {
+  if (Data == nullptr || BitSize == 0 || BitSize > 32 ||
+      static_cast<UINT64>(BitOffset) + BitSize > static_cast<UINT64>(Length) * 8)
+    return false;
+  for (UINT32 i = 0; i < BitSize; ++i) {
+    const UINT32 bit = BitOffset + i;
+    const UINT8 mask = static_cast<UINT8>(1u << (bit % 8));
+    if ((Value >> i) & 1)
+      Data[bit / 8] |= mask;
+    else
+      Data[bit / 8] &= static_cast<UINT8>(~mask);
+  }
+  return true;
+}
+
 UINT64 HidReport_AbsoluteRange(const HidField& Field) {
   return static_cast<UINT64>(static_cast<INT64>(Field.LogicalMax) - Field.LogicalMin);
 }

@@ -22,6 +22,11 @@ struct HidPointerSample {
 bool HidReport_Decode(const HidPointerLayout& Layout, const UINT8* Data, UINTN Length,
                       HidPointerSample* Sample);
 
+// Writes Value into BitSize bits at BitOffset of a report (the inverse of
+// reading a field); false, nothing written, when they do not lie inside its
+// Length bytes or BitSize is not 1..32.
+bool HidReport_SetBits(UINT8* Data, UINTN Length, UINT32 BitOffset, UINT8 BitSize, UINT32 Value);
+
 // The absolute range of a field as the Absolute Pointer protocol reports it
 // (0 .. LogicalMax - LogicalMin).
 UINT64 HidReport_AbsoluteRange(const HidField& Field);

@@ -1,5 +1,5 @@
 // libFuzzer target: the HID report-descriptor parser, the report decoder and
-// the configuration-descriptor walk on arbitrary bytes.
+// writer and the configuration-descriptor walk on arbitrary bytes.
 //
 // Input: one byte n, then n bytes of report descriptor (fewer when the input
 // ends), then reports, each a length byte and that many bytes. The whole
@@ -55,6 +55,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* Data, size_t Size) {
     Check(layout.ReportBytes <= kHidMaxReportBytes);
     Check(static_cast<UINT64>(layout.X.BitOffset) + layout.X.BitSize <= layout.ReportBytes * 8ull);
     Check(static_cast<UINT64>(layout.Y.BitOffset) + layout.Y.BitSize <= layout.ReportBytes * 8ull);
+    // The Input Mode field fits the feature report the driver writes.
+    if (layout.InputMode.BitSize != 0) {
+      std::vector<UINT8> feature(layout.InputMode.FeatureBytes);
+      Check(HidReport_SetBits(feature.data(), feature.size(), layout.InputMode.BitOffset,
+                              layout.InputMode.BitSize, kHidInputModeMultiTouch));
+    }
   } else {
     Check(layout.Kind == HidPointerKind::None);
     HidDescriptor_BootMouseLayout(&layout);

@@ -18,22 +18,7 @@ namespace {
 using usb_hid_test::Bytes;
 using usb_hid_test::kQemuMouse;
 using usb_hid_test::kQemuTablet;
-
-// A single-finger touch screen (report 1: tip switch, in range, contact ID,
-// X 0..4095 and Y 0..2559 in a pushed block with physical units, contact
-// count), a feature report 3, and a mouse collection on report 2. The
-// contact count has no report size of its own: it takes the 8 bits the pop
-// brings back.
-const Bytes kTouchScreen = {
-    0x05, 0x0D, 0x09, 0x04, 0xA1, 0x01, 0x85, 0x01, 0x09, 0x22, 0xA1, 0x02, 0x09, 0x42, 0x09, 0x32,
-    0x15, 0x00, 0x25, 0x01, 0x75, 0x01, 0x95, 0x02, 0x81, 0x02, 0x95, 0x06, 0x81, 0x03, 0x09, 0x51,
-    0x75, 0x08, 0x95, 0x01, 0x81, 0x02, 0xA4, 0x05, 0x01, 0x26, 0xFF, 0x0F, 0x75, 0x10, 0x55, 0x0E,
-    0x65, 0x11, 0x35, 0x00, 0x46, 0xB5, 0x04, 0x09, 0x30, 0x81, 0x02, 0x26, 0xFF, 0x09, 0x46, 0x2C,
-    0x03, 0x09, 0x31, 0x81, 0x02, 0xB4, 0xC0, 0x09, 0x54, 0x25, 0x7F, 0x81, 0x02, 0x85, 0x03, 0x09,
-    0x55, 0x25, 0x0A, 0xB1, 0x02, 0xC0, 0x05, 0x01, 0x09, 0x02, 0xA1, 0x01, 0x85, 0x02, 0x09, 0x01,
-    0xA1, 0x00, 0x05, 0x09, 0x19, 0x01, 0x29, 0x02, 0x15, 0x00, 0x25, 0x01, 0x95, 0x02, 0x75, 0x01,
-    0x81, 0x02, 0x95, 0x06, 0x81, 0x03, 0x05, 0x01, 0x09, 0x30, 0x09, 0x31, 0x15, 0x81, 0x25, 0x7F,
-    0x75, 0x08, 0x95, 0x02, 0x81, 0x06, 0xC0, 0xC0};
+using usb_hid_test::kTouchScreen;
 
 // A five-button mouse with 12-bit X and Y packed across byte boundaries,
 // written with a vendor collection before it and usages given with their
@@ -97,6 +82,7 @@ TEST(UsbHidParse, QemuMouseIsARelativePointer) {
   HidPointerLayout l;
   ASSERT_EQ(Parse(kQemuMouse, &l), HidParseResult::Ok);
   EXPECT_EQ(l.Kind, HidPointerKind::Relative);
+  EXPECT_EQ(l.InputMode.BitSize, 0);
   EXPECT_EQ(l.ReportBytes, 4u);
   HidPointerSample s;
   ASSERT_TRUE(Decode(l, {0x05, 0xF6, 0x03, 0x01}, &s));
@@ -123,6 +109,11 @@ TEST(UsbHidParse, TouchScreenWithReportIds) {
   EXPECT_EQ(l.X.Unit, 0x11u);
   EXPECT_EQ(l.X.UnitExponent, -2);
   EXPECT_EQ(l.X.PhysicalMax, 1205);
+  // Feature report 4 carries the Input Mode in its first byte.
+  EXPECT_EQ(l.InputMode.ReportId, 4);
+  EXPECT_EQ(l.InputMode.BitOffset, 0u);
+  EXPECT_EQ(l.InputMode.BitSize, 8);
+  EXPECT_EQ(l.InputMode.FeatureBytes, 2u);
 
   HidPointerSample s;
   // Finger down (tip and in range) at (0x0ABC, 0x0123).
@@ -161,6 +152,17 @@ TEST(UsbHidParse, PackedFieldsAndExplicitUsagePages) {
   EXPECT_EQ(s.X, -2);
   EXPECT_EQ(s.Y, 0x123);
   EXPECT_EQ(s.Buttons, 3u);
+}
+
+TEST(UsbHidReport, SetBitsWritesOnlyInsideTheReport) {
+  Bytes report = {0xFF, 0x00, 0xFF};
+  // 12 bits from bit 4: the low nibble of byte 0 and byte 2 stay.
+  ASSERT_TRUE(HidReport_SetBits(report.data(), report.size(), 4, 12, 0xA5A));
+  EXPECT_EQ(report, (Bytes{0xAF, 0xA5, 0xFF}));
+  EXPECT_FALSE(HidReport_SetBits(report.data(), report.size(), 20, 5, 0));
+  EXPECT_FALSE(HidReport_SetBits(report.data(), report.size(), 0, 0, 0));
+  EXPECT_FALSE(HidReport_SetBits(report.data(), report.size(), 0, 33, 0));
+  EXPECT_EQ(report, (Bytes{0xAF, 0xA5, 0xFF}));
 }
 
 TEST(UsbHidParse, BootMouseLayoutAcceptsTheBootReportAndDevicePadding) {

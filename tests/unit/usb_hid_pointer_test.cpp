@@ -26,6 +26,8 @@ struct FakeHid {
   EFI_USB_INTERFACE_DESCRIPTOR Interface = {9, 4, 0, 0, 1, 3, 0, 0, 0};
   Bytes Report;
   bool ReportRequestFails = false;
+  Bytes FeatureReport; // what GET_REPORT answers (empty: a stall)
+  Bytes SetReport;     // what SET_REPORT last wrote
   std::vector<EFI_USB_DEVICE_REQUEST> ClassRequests;
   EFI_ASYNC_USB_TRANSFER_CALLBACK Callback = nullptr;
   void* Context = nullptr;
@@ -110,6 +112,13 @@ EFI_STATUS EFIAPI Control(EFI_USB_IO_PROTOCOL* This, EFI_USB_DEVICE_REQUEST* Req
     return EFI_SUCCESS;
   }
   f->ClassRequests.push_back(*Request);
+  if (Request->RequestType == 0xA1 && Request->Request == kHidRequestGetReport) {
+    if (f->FeatureReport.size() != Length) return EFI_DEVICE_ERROR;
+    std::memcpy(Data, f->FeatureReport.data(), Length);
+  } else if (Request->Request == kHidRequestSetReport) {
+    const UINT8* bytes = static_cast<const UINT8*>(Data);
+    f->SetReport.assign(bytes, bytes + Length);
+  }
   return EFI_SUCCESS;
 }
 
@@ -240,6 +249,34 @@ TEST_F(UsbHidPointerTest, TabletBecomesAnAbsolutePointerUntilStop) {
   EXPECT_EQ(tablet->Callback, nullptr);
   EXPECT_EQ(On<EFI_ABSOLUTE_POINTER_PROTOCOL>(tablet, kAbsolutePointerGuid), nullptr);
   EXPECT_NE(On<EFI_USB_IO_PROTOCOL>(tablet, kUsbIoGuid), nullptr);
+}
+
+TEST_F(UsbHidPointerTest, TouchScreenIsSwitchedToTouchInput) {
+  FakeHid* screen = Add(usb_hid_test::kTouchScreen);
+  // Input Mode 0 (mouse), Device Index 7: the index is kept.
+  screen->FeatureReport = {0x04, 0x00, 0x07};
+  FakeHid* stalls = Add(usb_hid_test::kTouchScreen);
+  testing::internal::CaptureStderr();
+  ASSERT_EQ(UsbHidPointer_Start(nullptr), 2u);
+  testing::internal::GetCapturedStderr();
+  EXPECT_TRUE(SentClassRequest(screen, kHidRequestSetReport, 0x0304));
+  EXPECT_EQ(screen->SetReport, (Bytes{0x04, 0x02, 0x07}));
+  EXPECT_EQ(stalls->SetReport, (Bytes{0x04, 0x02, 0x00}));
+
+  auto* p = On<EFI_ABSOLUTE_POINTER_PROTOCOL>(screen, kAbsolutePointerGuid);
+  ASSERT_NE(p, nullptr);
+  EXPECT_EQ(p->Mode->AbsoluteMaxX, 4095u);
+  EXPECT_EQ(p->Mode->AbsoluteMaxY, 2559u);
+  // A finger down; then the mouse collection's report, which is not the
+  // pointer's and changes nothing.
+  screen->Send({0x01, 0x03, 0x00, 0x00, 0x08, 0x00, 0x05, 0x01});
+  screen->Send({0x02, 0x01, 0x05, 0x05});
+  EFI_ABSOLUTE_POINTER_STATE state = {};
+  ASSERT_EQ(p->GetState(p, &state), EFI_SUCCESS);
+  EXPECT_EQ(state.CurrentX, 0x800u);
+  EXPECT_EQ(state.CurrentY, 0x500u);
+  EXPECT_EQ(state.ActiveButtons, 1u);
+  EXPECT_EQ(p->GetState(p, &state), EFI_NOT_READY);
 }
 
 TEST_F(UsbHidPointerTest, MouseMovementAccumulatesUntilRead) {
