@@ -4,8 +4,12 @@
 #
 #   make build                 everything: UEFI images, build/esp, simulator, tests
 #   make esp                   build/esp (EFI/BOOT/BOOTX64.EFI + QuorvexSetup.efi)
+#   make image                 build/quorvex.img: a GPT disk image holding the ESP
+#                              (boots in QEMU as a disk; can be written to a USB stick)
 #   make run [SCREENSHOT=f]    boot build/esp in QEMU (window, or VNC without a display);
-#                              with SCREENSHOT: headless, write the screen once drawn, stop
+#                              with SCREENSHOT: headless, write the screen once drawn, stop;
+#                              MOUSE=1 adds a USB mouse next to the tablet, IMAGE=1 boots
+#                              build/quorvex.img instead of the directory
 #   make sim                   the utility in a desktop window (build/host/quorvex-sim)
 #   make test                  unit, scenario, image and end-to-end tests
 #
@@ -15,13 +19,14 @@ ROOT      := $(CURDIR)
 HOST_DIR  := $(ROOT)/build/host
 UEFI_DIR  := $(ROOT)/build/uefi
 ESP_DIR   := $(ROOT)/build/esp
+IMAGE_FILE := $(ROOT)/build/quorvex.img
 JOBS      ?= $(shell nproc)
 CMAKE_ARGS ?=
 
 # The trees are built by one ninja each; make itself runs the steps in order.
 .NOTPARALLEL:
 
-.PHONY: build host host-configure generated uefi esp run sim test unit-test e2e sizes clean
+.PHONY: build host host-configure generated uefi esp image run sim test unit-test e2e sizes clean
 
 build: host esp sizes
 
@@ -48,14 +53,19 @@ uefi: generated
 
 esp: uefi
 
+image: esp
+	@$(ROOT)/scripts/deps run
+	@python3 $(ROOT)/scripts/make_image.py --esp $(ESP_DIR) --out $(IMAGE_FILE)
+
 sizes:
 	@for f in $(UEFI_DIR)/QuorvexSetup.efi $(UEFI_DIR)/QuorvexPlatform.efi; do \
 	  test -f $$f && printf '%-22s %8d bytes\n' $$(basename $$f) $$(stat -c %s $$f); \
 	done; true
 
-run: esp
+run: esp $(if $(IMAGE),image)
 	@$(ROOT)/scripts/deps run
-	@$(ROOT)/scripts/run-qemu $(if $(SCREENSHOT),--screenshot $(abspath $(SCREENSHOT)))
+	@$(ROOT)/scripts/run-qemu $(if $(SCREENSHOT),--screenshot $(abspath $(SCREENSHOT))) \
+	  $(if $(MOUSE),--mouse) $(if $(IMAGE),--image $(IMAGE_FILE))
 
 sim: host-configure
 	@cmake --build $(HOST_DIR) -j $(JOBS) --target quorvex-sim

@@ -12,6 +12,7 @@
 #include "reference_platform/serial.h"
 #include "reference_platform/setup_data_service.h"
 #include "reference_platform/store.h"
+#include "reference_platform/usb_hid_pointer.h"
 
 void (*PlatformStartHook)() = nullptr;
 
@@ -214,7 +215,9 @@ extern "C" EFI_STATUS EFIAPI QuorvexPlatform_EntryPoint(EFI_HANDLE ImageHandle,
   Store_Load();
   InstallServices();
   if (PlatformStartHook) PlatformStartHook();
+  UsbHidPointer_Start(ImageHandle);
   const EFI_STATUS status = StartUtility(ImageHandle);
+  UsbHidPointer_Stop();
   // The utility ended without a reset (a start-up failure): this image is
   // about to be unloaded, so nothing may keep pointing into it.
   Platform_UninstallAll();

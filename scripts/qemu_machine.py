@@ -1,5 +1,6 @@
-"""Boots an EFI system partition directory in QEMU (q35, OVMF, ramfb, USB
-keyboard and tablet) and drives it over QMP. Used by scripts/run-qemu and the
+"""Boots an EFI system partition directory (or a disk image) in QEMU (q35,
+OVMF, ramfb, USB keyboard and tablet or mouse, virtio RNG) and drives it
+over QMP. Used by scripts/run-qemu and the
 end-to-end tests.
 
 The OVMF variable store is a copy made per machine, so a guest reset inside
@@ -64,9 +65,14 @@ def utility_drawn(img):
 
 class Machine:
     def __init__(self, esp, work_dir, display="none", vars_file=None, keep_vars=False,
-                 serial_log=None, shutdown_exits=False, memory_mb=512, extra_args=()):
-        """display: "none" (headless), "vnc" (127.0.0.1), or "window"."""
+                 serial_log=None, shutdown_exits=False, memory_mb=512, extra_args=(),
+                 pointers=("tablet",), image=None):
+        """display: "none" (headless), "vnc" (127.0.0.1), or "window".
+        pointers: the USB pointing devices, "tablet" and/or "mouse".
+        image: a raw disk image to boot instead of the ESP directory."""
         self.esp = os.path.abspath(esp)
+        self.image = os.path.abspath(image) if image else None
+        self.pointers = tuple(pointers)
         os.makedirs(work_dir, exist_ok=True)
         self.work_dir = tempfile.mkdtemp(prefix="qemu-", dir=os.path.abspath(work_dir))
         self.display = display
@@ -85,8 +91,19 @@ class Machine:
 
     # -- lifetime -----------------------------------------------------------
     def command_line(self):
-        if not os.path.isfile(os.path.join(self.esp, "EFI", "BOOT", "BOOTX64.EFI")):
+        if self.image:
+            if not os.path.isfile(self.image):
+                raise MachineError(f"no disk image {self.image} (run make image)")
+            disk = f"format=raw,file={self.image},snapshot=on"
+        elif not os.path.isfile(os.path.join(self.esp, "EFI", "BOOT", "BOOTX64.EFI")):
             raise MachineError(f"{self.esp} has no EFI/BOOT/BOOTX64.EFI (run make esp)")
+        else:
+            disk = f"format=raw,file=fat:rw:{self.esp}"
+        pointer_devices = []
+        for p in self.pointers:
+            if p not in ("tablet", "mouse"):
+                raise MachineError(f"unknown pointer {p!r} (tablet or mouse)")
+            pointer_devices += ["-device", f"usb-{p},bus=xhci.0"]
         args = ["qemu-system-x86_64", "-machine", "q35", "-m", str(self.memory_mb),
                 "-nodefaults", "-no-user-config"]
         args += ["-accel", accelerator()]
@@ -96,9 +113,9 @@ class Machine:
             "-vga", "none", "-device", "ramfb",
             "-device", "qemu-xhci,id=xhci",
             "-device", "usb-kbd,bus=xhci.0",
-            "-device", "usb-tablet,bus=xhci.0",
+            *pointer_devices,
             "-device", "virtio-rng-pci",
-            "-drive", f"format=raw,file=fat:rw:{self.esp}",
+            "-drive", disk,
             "-nic", "none",
             "-serial", f"file:{self.serial_log}",
             "-qmp", f"unix:{self.qmp_path},server=on,wait=off",
@@ -236,6 +253,13 @@ class Machine:
 
     def move(self, x, y):
         self.qmp.move(x, y, self.width or 1024, self.height or 768)
+
+    def move_by(self, dx, dy):
+        """A relative move (a mouse): dx, dy in device counts."""
+        self.qmp.move_by(dx, dy)
+
+    def button(self, down, button="left"):
+        self.qmp.button(down, button)
 
     def reset(self):
         self.qmp.system_reset()

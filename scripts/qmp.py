@@ -182,6 +182,13 @@ class Qmp:
             {"type": "abs", "data": {"axis": "y", "value": pixel_to_abs(y, height)}},
         ])
 
+    def move_by(self, dx, dy):
+        """A relative move, as a mouse sends it."""
+        self.command("input-send-event", events=[
+            {"type": "rel", "data": {"axis": "x", "value": int(dx)}},
+            {"type": "rel", "data": {"axis": "y", "value": int(dy)}},
+        ])
+
     def button(self, down, button="left"):
         self.command("input-send-event", events=[
             {"type": "btn", "data": {"down": down, "button": button}}])
