@@ -9,6 +9,7 @@
 #include "core/startup.h"
 #include "graphics/draw_util.h"
 #include "graphics/windows.h"
+#include "input/virtual_keyboard.h"
 #include "pages/pages.h"
 #include "pages/sysconfig_page.h"
 #include "platform/lib.h"
@@ -128,7 +129,8 @@ void RunClickChain(bool Touch) {
   if (Quorvex_PowerManagementPage_MouseClick(x, y) == EFI_SUCCESS) return;
   if (Quorvex_AdvancedPage_MouseClick(x, y) == EFI_SUCCESS) return;
   (void)Touch;
-  Quorvex_SystemConfigurationPage_MouseClick(x, y);
+  if (Quorvex_SystemConfigurationPage_MouseClick(x, y) == EFI_SUCCESS) return;
+  Quorvex_VirtualKeyboard_Touch();
 }
 
 void PollMice() {

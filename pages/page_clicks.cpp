@@ -10,6 +10,7 @@
 #include "pages/clock_editor.h"
 #include "pages/page_common.h"
 #include "pages/pages.h"
+#include "pages/password_dialog.h"
 #include "pages/sysconfig_page.h"
 
 namespace {
@@ -218,6 +219,7 @@ EFI_STATUS Quorvex_MainPage_MouseClick(INT64, INT64) {
 }
 
 EFI_STATUS Quorvex_SecurityPage_MouseClick(INT64, INT64) {
+  if (Quorvex_SecurityPage_DialogClick() == EFI_SUCCESS) return EFI_SUCCESS;
   return Quorvex_Page_Click(kSecurityPageView, {Quorvex_SecurityPageSelected_Draw,
                                                 Quorvex_SecurityPageNotSelected_Draw, SecurityEnter,
                                                 nullptr, RefreshSecurity});

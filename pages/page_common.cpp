@@ -10,8 +10,10 @@
 #include "graphics/item_list.h"
 #include "graphics/text_draw.h"
 #include "input/mouse.h"
+#include "input/virtual_keyboard.h"
 #include "pages/clock_editor.h"
 #include "pages/page_actions.h"
+#include "pages/password_dialog.h"
 #include "pages/sysconfig_page.h"
 #include "pages/pages.h"
 #include "platform/lib.h"
@@ -368,6 +370,8 @@ void Quorvex_Page_OpenDropDown(SetupItem* Page) {
 }
 
 void Quorvex_Pages_ForgetModalState() {
+  Quorvex_VirtualKeyboard_Forget();
+  Quorvex_SecurityPasswordDialog_Forget();
   ClockEditorOpen = 0;
   ClockEditorAccept = 0;
   ClockEditorActive = nullptr;

@@ -19,6 +19,7 @@
 #include "graphics/windows.h"
 #include "host/fake_firmware_fixture.h"
 #include "input/mouse.h"
+#include "input/virtual_keyboard.h"
 #include "pages/advanced_page.h"
 #include "pages/boot_order.h"
 #include "pages/main_page.h"
@@ -72,6 +73,7 @@ inline void RestoreUtility() {
   Quorvex_Startup_Reset();
   Quorvex_Keyboard_Reset();
   Quorvex_Mouse_Reset();
+  Quorvex_VirtualKeyboard_Reset();
   Quorvex_Tabs_Reset();
   for (const TableCopy& table : kPristineTables) {
     std::copy(table.Rows.begin(), table.Rows.end(), table.Items);
