@@ -33,38 +33,6 @@ protected:
   UINT64 savedWidth_ = 0, savedHeight_ = 0;
 };
 
-TEST_F(VirtualKeyboardLayoutTest, GeometryAt1024x768) {
-  ScreenWidth = 1024;
-  ScreenHeight = 768;
-  const KeyboardRect panel = Quorvex_VirtualKeyboard_Panel();
-  EXPECT_EQ(panel.X, 256u);
-  EXPECT_EQ(panel.Y, 288u); // right below the password window (96 + 192)
-  EXPECT_EQ(panel.Width, 512u);
-  EXPECT_EQ(panel.Height, 384u);
-
-  KeyboardRect key;
-  ASSERT_TRUE(Quorvex_VirtualKeyboard_KeyRect(0, 0, &key));
-  EXPECT_EQ(key.X, 274u);
-  EXPECT_EQ(key.Y, 326u);
-  EXPECT_EQ(key.Width, 35u);
-  EXPECT_EQ(key.Height, 46u);
-  ASSERT_TRUE(Quorvex_VirtualKeyboard_KeyRect(4, kWideKeyColumn, &key)); // Shift
-  EXPECT_EQ(key.X, 674u);
-  EXPECT_EQ(key.Y, 554u);
-  EXPECT_EQ(key.Width, 75u);
-  ASSERT_TRUE(Quorvex_VirtualKeyboard_KeyRect(5, kSpaceColumn, &key));
-  EXPECT_EQ(key.X, 554u);
-  EXPECT_EQ(key.Width, 115u);
-  ASSERT_TRUE(Quorvex_VirtualKeyboard_KeyRect(5, kWideKeyColumn, &key)); // Enter
-  EXPECT_EQ(key.Y, 611u);
-
-  // Slots without a key.
-  EXPECT_FALSE(Quorvex_VirtualKeyboard_KeyRect(1, 11, &key));
-  EXPECT_FALSE(Quorvex_VirtualKeyboard_KeyRect(5, 8, &key));
-  EXPECT_FALSE(Quorvex_VirtualKeyboard_KeyRect(5, 9, &key));
-  EXPECT_FALSE(Quorvex_VirtualKeyboard_KeyRect(6, 0, &key));
-}
-
 // At every supported size the keys lie inside the panel and never overlap,
 // so a touch reaches at most one key.
 TEST_F(VirtualKeyboardLayoutTest, KeysAreDisjointAndInsideThePanel) {
