@@ -163,6 +163,13 @@ bool WritePng(const std::string& Path, std::string* Error);
 // states for the mouse's GetState, touch states for the panel's GetState).
 // ---------------------------------------------------------------------------
 void PushKey(UINT16 ScanCode, CHAR16 UnicodeChar);
+// The Caps Lock key: toggles the keyboard's Caps Lock state and queues the
+// partial key stroke (no scan code, no character) that reports it.
+void PressCapsLock();
+// The keyboard's toggle state as last set (by SetState or Caps Lock), and
+// the SetState calls so far with the states they asked for, in order.
+UINT8 KeyToggleState();
+const std::vector<UINT8>& SetStateCalls();
 // A raw mouse state (relative counts, buttons).
 void PushMouseState(INT32 DeltaX, INT32 DeltaY, bool Left, bool Right = false);
 // Moves the pointer to a screen position whatever the utility's cursor is:

@@ -13,6 +13,7 @@ namespace {
 
 constexpr UINT32 kShiftStateValid = 0x80000000u;
 constexpr UINT8 kToggleStateValid = 0x80;
+constexpr UINT8 kToggleCapsLock = 0x04;
 constexpr UINT8 kToggleStateMask = 0x07 | 0x40; // scroll, num, caps lock; key state exposed
 constexpr INT32 kHomeDistance = -65536;         // far enough to clamp any cursor to the corner
 
@@ -125,6 +126,7 @@ EFI_STATUS EFIAPI ConInExReadKeyStrokeEx(EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL* This
 
 EFI_STATUS EFIAPI ConInExSetState(EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL* This, UINT8* KeyToggleState) {
   if (This == nullptr || KeyToggleState == nullptr) return EFI_INVALID_PARAMETER;
+  g->SetStateCalls.push_back(*KeyToggleState);
   if (!(*KeyToggleState & kToggleStateValid)) return EFI_UNSUPPORTED;
   g->KeyToggleState = *KeyToggleState & kToggleStateMask;
   return EFI_SUCCESS;
@@ -268,6 +270,19 @@ void PushKey(UINT16 ScanCode, CHAR16 UnicodeChar) {
     EFI_KEY_DATA copy = event.KeyData;
     function(&copy);
   }
+}
+
+void PressCapsLock() {
+  g->KeyToggleState ^= kToggleCapsLock;
+  PushKey(SCAN_NULL, 0);
+}
+
+UINT8 KeyToggleState() {
+  return g->KeyToggleState;
+}
+
+const std::vector<UINT8>& SetStateCalls() {
+  return g->SetStateCalls;
 }
 
 void PushMouseState(INT32 DeltaX, INT32 DeltaY, bool Left, bool Right) {

@@ -169,6 +169,7 @@ struct State {
   std::function<void()> IdleHandler;
   std::function<void(bool)> ReadHook;
   UINT8 KeyToggleState = 0;
+  std::vector<UINT8> SetStateCalls;
   std::vector<std::unique_ptr<KeyNotification>> KeyNotifications;
   EFI_EVENT WaitForKey = nullptr;
   EFI_EVENT WaitForKeyEx = nullptr;

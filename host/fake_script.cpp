@@ -45,6 +45,8 @@ constexpr KeyName kKeyNames[] = {
     {"f10", SCAN_F10, 0},
     {"f11", SCAN_F11, 0},
     {"f12", SCAN_F12, 0},
+    // Caps Lock: no character, only the keyboard's toggle state changes.
+    {"capslock", SCAN_NULL, 0},
 };
 
 bool IsBlank(char C) {
@@ -359,7 +361,10 @@ void ScriptStep(ScriptRun& Run) {
       continue;
     }
     case Verb::Key:
-      PushKey(command.ScanCode, command.Char);
+      if (command.ScanCode == SCAN_NULL && command.Char == 0)
+        PressCapsLock();
+      else
+        PushKey(command.ScanCode, command.Char);
       return;
     case Verb::Click:
       MouseMoveTo(command.X, command.Y, true);

@@ -2,7 +2,8 @@
 // names its line) and then run one step each time the utility is idle.
 //
 //   key NAME [COUNT]        up down left right enter esc tab backspace pgup pgdn
-//                           f1 ... f12 space; COUNT separate key presses
+//                           f1 ... f12 space capslock; COUNT separate key
+//                           presses
 //   type TEXT               one key press per character (UTF-8, BMP only)
 //   click X Y               mouse moved to (X, Y), left button pressed, released
 //   touch X Y               touch-panel tap at (X, Y)

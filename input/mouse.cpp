@@ -13,6 +13,7 @@
 #include "graphics/draw_util.h"
 #include "graphics/modal_scope.h"
 #include "graphics/windows.h"
+#include "input/virtual_keyboard.h"
 #include "platform/lib.h"
 #include "setup_data/setup_data_wrappers.h"
 #include "setup_data/setup_item.h"
@@ -127,7 +128,10 @@ void RunClickChain(bool Touch) {
   RestartRelease release(&RestoreChainState, &outer);
   Chain = {true, LiveBusy()};
   Quorvex_HelpBarClick();
-  if (PageClickChain != nullptr) PageClickChain(Touch);
+  // The on-screen keyboard's touch handler comes last.
+  if (PageClickChain == nullptr || PageClickChain(Touch) != EFI_SUCCESS) {
+    Quorvex_VirtualKeyboard_Touch();
+  }
   Chain = outer;
 }
 

@@ -11,6 +11,7 @@
 #include "pages/clock_editor.h"
 #include "pages/page_common.h"
 #include "pages/pages.h"
+#include "pages/password_dialog.h"
 #include "pages/sysconfig_page.h"
 
 namespace {

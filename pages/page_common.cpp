@@ -11,8 +11,10 @@
 #include "graphics/item_list.h"
 #include "graphics/text_draw.h"
 #include "input/mouse.h"
+#include "input/virtual_keyboard.h"
 #include "pages/clock_editor.h"
 #include "setup_data/page_actions.h"
+#include "pages/password_dialog.h"
 #include "pages/sysconfig_page.h"
 #include "pages/page_table.h"
 #include "pages/pages.h"
@@ -394,6 +396,8 @@ void Quorvex_Page_OpenDropDown(SetupItem* Page) {
 }
 
 void Quorvex_Pages_ForgetModalState() {
+  Quorvex_VirtualKeyboard_Forget();
+  Quorvex_SecurityPasswordDialog_Forget();
   ClockEditorOpen = 0;
   ClockEditorAccept = 0;
   ClockEditorActive = nullptr;

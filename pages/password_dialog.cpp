@@ -15,6 +15,7 @@
 #include "graphics/text_draw.h"
 #include "graphics/windows.h"
 #include "input/mouse.h"
+#include "input/virtual_keyboard.h"
 #include "pages/security_page.h"
 #include "platform/lib.h"
 #include "setup_data/security_page_table.h"
@@ -22,6 +23,7 @@
 #include "setup_data/text_table.h"
 
 UINT64 VerifyFailCount;
+UINT8 SecurityMessageBoxOpen;
 
 namespace {
 
@@ -32,18 +34,10 @@ constexpr UINT64 kShutdownCountdown = 3;
 // The asterisks shown for the typed characters, shared by every field.
 constinit CHAR16 Mask[kPasswordFieldLimit + 1] = {};
 
-struct Box {
-  UINT64 X, Y, Width, Height;
-};
+using Box = PasswordWindowRect;
 
-// The password window: half the screen wide, a quarter high, centred.
 Box PasswordBox() {
-  Box box;
-  box.Width = ScreenWidth * 50 / 100;
-  box.Height = ScreenHeight * 25 / 100;
-  box.X = (ScreenWidth - box.Width) / 2;
-  box.Y = (ScreenHeight - box.Height) / 2;
-  return box;
+  return Quorvex_SecurityPasswordBox();
 }
 
 struct Prompts {
@@ -161,11 +155,44 @@ bool SameSecond(const EFI_TIME& A, const EFI_TIME& B) {
 
 } // namespace
 
+PasswordWindowRect Quorvex_SecurityPasswordBox() {
+  // Half the screen wide and a quarter high; above the on-screen keyboard
+  // while it runs, else centred.
+  Box box;
+  box.Width = ScreenWidth * 50 / 100;
+  box.Height = ScreenHeight * 25 / 100;
+  box.X = (ScreenWidth - box.Width) / 2;
+  box.Y = VirtualKeyboardActive != 0 ? ScreenHeight * 25 / 200 : (ScreenHeight - box.Height) / 2;
+  return box;
+}
+
+PasswordWindowRect Quorvex_SecurityMessageBoxRect() {
+  Box box;
+  box.Width = ScreenWidth * 50 / 100;
+  box.Height = ScreenHeight * 25 / 100;
+  box.X = (ScreenWidth - box.Width) / 2;
+  box.Y = (ScreenHeight - box.Height) / 2;
+  return box;
+}
+
+void Quorvex_SecurityPasswordDialog_Forget() {
+  MemWipe(Mask, sizeof(Mask));
+  SecurityMessageBoxOpen = 0;
+}
+
 EFI_STATUS Quorvex_SecurityPasswordInput(const CHAR16* Title, CHAR16* Buffer) {
   MemWipe(Mask, sizeof(Mask));
   FlushKeys();
   Quorvex_MouseDrain();
+  const bool keyboard = Quorvex_VirtualKeyboard_Start() == EFI_SUCCESS;
   DrawWindow(Title);
+  if (keyboard) {
+    // The window's bottom border is painted over where the keyboard joins it.
+    const Box box = PasswordBox();
+    CursorHidden cursor;
+    Quorvex_FillRect(box.X + 2, box.Y + box.Height - 2, SaturatingSub(box.Width, 4), 2,
+                     kColourButtonFace);
+  }
   DrawField();
   Buffer[0] = 0;
   UINT64 length = 0;
@@ -178,15 +205,20 @@ EFI_STATUS Quorvex_SecurityPasswordInput(const CHAR16* Title, CHAR16* Buffer) {
     if (ActionBusy == 0) {
       // A click on the close mark ended the dialog.
       PageState = kStateSecurityPage;
+      Quorvex_VirtualKeyboard_Stop();
       return EFI_ABORTED;
     }
     EFI_INPUT_KEY key;
     if (EFI_ERROR(Quorvex_ReadKey(&key))) continue;
     if (key.ScanCode == SCAN_ESC) {
       PageState = kStateSecurityPage;
+      Quorvex_VirtualKeyboard_Stop();
       return EFI_ABORTED;
     }
-    if (key.UnicodeChar == CHAR_CARRIAGE_RETURN) return EFI_SUCCESS;
+    if (key.UnicodeChar == CHAR_CARRIAGE_RETURN) {
+      Quorvex_VirtualKeyboard_Stop();
+      return EFI_SUCCESS;
+    }
     if (key.UnicodeChar == CHAR_BACKSPACE) {
       if (length > 0) {
         --length;
@@ -216,7 +248,7 @@ void Quorvex_SecurityMessageBox(const CHAR16* Line1, const CHAR16* Line2, const 
                                 UINT64 Countdown) {
   FlushKeys();
   Quorvex_MouseDrain();
-  const Box box = PasswordBox();
+  const Box box = Quorvex_SecurityMessageBoxRect();
   {
     CursorHidden cursor;
     Quorvex_ErrorMessageWindow(box.X, box.Y, box.Width, box.Height, Line1, Line2, nullptr, Button);
@@ -224,8 +256,11 @@ void Quorvex_SecurityMessageBox(const CHAR16* Line1, const CHAR16* Line2, const 
   EFI_TIME last = {};
   RuntimeServices->GetTime(&last, nullptr);
   UINT64 seen = 0;
+  SecurityMessageBoxOpen = 1;
   for (;;) {
     Quorvex_MousePoll();
+    // A click on the box's button or close mark closed it.
+    if (SecurityMessageBoxOpen == 0) break;
     if (Countdown != 0) {
       EFI_TIME now = {};
       RuntimeServices->GetTime(&now, nullptr);
@@ -236,8 +271,9 @@ void Quorvex_SecurityMessageBox(const CHAR16* Line1, const CHAR16* Line2, const 
     }
     EFI_INPUT_KEY key;
     if (EFI_ERROR(Quorvex_ReadKey(&key))) continue;
-    if (key.UnicodeChar == CHAR_CARRIAGE_RETURN) return;
+    if (key.UnicodeChar == CHAR_CARRIAGE_RETURN) break;
   }
+  SecurityMessageBoxOpen = 0;
 }
 
 void Quorvex_SecurityPasswordConfirm(UINT32 Kind, UINT32 Set) {

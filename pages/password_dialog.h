@@ -29,3 +29,20 @@ void Quorvex_SecurityMessageBox(const CHAR16* Line1, const CHAR16* Line2, const 
                                 UINT64 Countdown);
 // The master password sequence of the HDD/SSD "Master" item.
 void Quorvex_SecurityMasterSequence();
+
+// Where the password window and the message box lie (for their clicks).
+struct PasswordWindowRect {
+  UINT64 X, Y, Width, Height;
+};
+// The password window: above the on-screen keyboard while it runs, else
+// centred.
+PasswordWindowRect Quorvex_SecurityPasswordBox();
+// The message box: the password window's size, centred.
+PasswordWindowRect Quorvex_SecurityMessageBoxRect();
+// Set while a message box is shown; a click that closes it clears it.
+extern UINT8 SecurityMessageBoxOpen;
+// The Security page's clicks while a dialog is open (close marks, message
+// box button): EFI_SUCCESS when the click was the dialog's.
+EFI_STATUS Quorvex_SecurityPage_DialogClick();
+// A restart abandoned the dialog: its password buffers are wiped and freed.
+void Quorvex_SecurityPasswordDialog_Forget();

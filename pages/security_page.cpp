@@ -96,15 +96,17 @@ void Quorvex_SecurityPage_Toggle(SetupItem*) {
 }
 
 void Quorvex_SecurityPage_ClearSecureBootKeys(SetupItem*) {
-  // The question keeps the window's own captions ("    Yes" / "    No").
-  static const CHAR16* const kCaptions[] = {u"    Yes", u"    No", nullptr};
+  // The window's fixed captions are replaced by the current language's.
+  YesNoCaptions[0] = TextOf(TEXT(CommonYes));
+  YesNoCaptions[1] = TextOf(TEXT(CommonNo));
+  YesNoCaptions[2] = nullptr;
   const UINT64 width = ScreenWidth * 50 / 100;
   const UINT64 height = ScreenHeight * 25 / 100;
   const INT64 top = (static_cast<INT64>(height) - 40) / 2 - static_cast<INT64>(GlyphLineHeight / 2);
   UINT64 choice = 1;
   const EFI_STATUS status = Quorvex_Choice_Window(
       width, height, 25, top > 0 ? static_cast<UINT64>(top) : 0,
-      TextOf(TEXT(SecurityClearSecureBootKeysConfirm)), kCaptions, 0, &choice);
+      TextOf(TEXT(SecurityClearSecureBootKeysConfirm)), YesNoCaptions, 0, &choice);
   if (status == EFI_SUCCESS && choice == 0) SetupData_clear_secure_boot_keys();
 }
 
@@ -287,6 +289,7 @@ void Quorvex_SecurityPage_Enter() {
 }
 
 EFI_STATUS Quorvex_SecurityPage_MouseClick(INT64, INT64) {
+  if (Quorvex_SecurityPage_DialogClick() == EFI_SUCCESS) return EFI_SUCCESS;
   return Quorvex_Page_Click(kSecurityPageView, {Quorvex_SecurityPageSelected_Draw,
                                                 Quorvex_SecurityPageNotSelected_Draw, nullptr,
                                                 nullptr, Quorvex_SecurityPage_Refresh});

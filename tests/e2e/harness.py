@@ -43,11 +43,13 @@ class QemuTestCase(unittest.TestCase):
         os.makedirs(WORK, exist_ok=True)
         return os.path.join(WORK, name + suffix)
 
-    def boot(self, wait=True):
-        """Starts QEMU on the ESP; by default waits until the utility is drawn."""
+    def boot(self, wait=True, shutdown_exits=False):
+        """Starts QEMU on the ESP; by default waits until the utility is drawn.
+        With shutdown_exits, a power-off by the guest ends QEMU."""
         if not os.path.isfile(os.path.join(ESP, "EFI", "BOOT", "BOOTX64.EFI")):
             self.fail(f"no ESP at {ESP}: run make esp")
-        self.machine = Machine(ESP, WORK, display="none", serial_log=self.artefact(".serial.log"))
+        self.machine = Machine(ESP, WORK, display="none", serial_log=self.artefact(".serial.log"),
+                               shutdown_exits=shutdown_exits)
         self.machine.start()
         self.addCleanup(self._stop_machine)
         if wait:

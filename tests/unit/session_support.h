@@ -19,6 +19,7 @@
 #include "graphics/windows.h"
 #include "host/fake_firmware_fixture.h"
 #include "input/mouse.h"
+#include "input/virtual_keyboard.h"
 #include "pages/advanced_page.h"
 #include "pages/boot_order.h"
 #include "pages/main_page.h"

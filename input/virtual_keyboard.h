@@ -1,0 +1,78 @@
+// The on-screen keyboard (module VirtualKeyboard): a touch keyboard below the
+// password window on machines with a touch panel. While it runs, its own
+// reader sits over the console's ReadKeyStroke: it hands out the last touched
+// key, or else reads the physical keyboards itself, and keeps the Caps key
+// and the keyboards' Caps Lock light in step.
+#pragma once
+
+#include "platform/efi.h"
+#include "platform/vendor_protocols.h"
+
+// ---- State ------------------------------------------------------------------
+extern UINT8 VirtualKeyboardActive;  // 1 between start and stop
+extern UINT8 VirtualKeyboardEnabled; // the platform's answer (operation 12)
+extern UINT8 CapsOn;                 // letters upper case
+extern UINT8 ShiftOn;                // shifted symbols (a latch)
+extern UINT8 KeyPending;             // a touched key waits to be read
+extern UINT16 PendingScanCode;
+extern UINT16 PendingChar;
+// The key drawn pressed: row code (2 digit row ... 6 bottom row) and column;
+// kNoHighlight in both means none.
+extern UINT8 HighlightRow;
+extern UINT8 HighlightColumn;
+constexpr UINT8 kNoHighlight = 255;
+
+// Keyboard toggle states handed to SetState: valid and exposed, with Caps Lock.
+constexpr UINT8 kLedsCapsOff = 0xC0;
+constexpr UINT8 kLedsCapsOn = 0xC4;
+
+// ---- Layout -----------------------------------------------------------------
+// Rows of the keyboard, top down: function keys, digits, q row, a row, z row,
+// the bottom row (symbols, Space, Enter).
+constexpr UINT32 kKeyboardRows = 6;
+constexpr UINT32 kKeyboardColumns = 12;
+// Column of the wide keys (ESC, Back, Caps, Shift, Enter) and of Space.
+constexpr UINT32 kWideKeyColumn = 10;
+constexpr UINT32 kSpaceColumn = 7;
+constexpr UINT32 kBottomSymbolCount = 7;
+
+struct KeyboardRect {
+  UINT64 X, Y, Width, Height;
+};
+// The panel and its keys for the current screen size.
+KeyboardRect Quorvex_VirtualKeyboard_Panel();
+// Key (Row, Column): its rectangle; false where the row has no key there.
+bool Quorvex_VirtualKeyboard_KeyRect(UINT32 Row, UINT32 Column, KeyboardRect* Rect);
+// The character a key of rows 1-5 types (0 for keys that type none), with
+// the shift and case rules applied.
+CHAR16 Quorvex_VirtualKeyboard_KeyChar(UINT32 Row, UINT32 Column, bool Shift, bool Caps);
+// The key's label, into Label (at least 8 units); false when there is no key.
+bool Quorvex_VirtualKeyboard_KeyLabel(UINT32 Row, UINT32 Column, bool Shift, bool Caps,
+                                      CHAR16* Label);
+
+// ---- Interfaces -------------------------------------------------------------
+// Start: needs a touch panel and the platform's consent (EFI_ABORTED
+// otherwise); draws the keyboard and installs the reader.
+EFI_STATUS Quorvex_VirtualKeyboard_Start();
+// Stop: puts the saved reader back and forgets the keyboard lists. The
+// picture stays; the caller redraws.
+EFI_STATUS Quorvex_VirtualKeyboard_Stop();
+// Finds the Simple Text Input Ex and extended key-code instances.
+EFI_STATUS Quorvex_VirtualKeyboard_Init();
+// SetState on every Simple Text Input Ex instance.
+EFI_STATUS Quorvex_VirtualKeyboard_SetLeds(UINT8 ToggleState);
+void Quorvex_VirtualKeyboard_Draw();
+EFI_STATUS Quorvex_VirtualKeyboard_Button_Control(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
+                                                  const CHAR16* Label);
+EFI_STATUS Quorvex_VirtualKeyboard_Selected_Button_Control(UINT64 X, UINT64 Y, UINT64 Width,
+                                                           UINT64 Height, const CHAR16* Label);
+// The last handler of the click chain: EFI_SUCCESS when a key was touched.
+EFI_STATUS Quorvex_VirtualKeyboard_Touch();
+EFI_STATUS EFIAPI Quorvex_VirtualKeyboard_ReadKeyStroke(EFI_SIMPLE_TEXT_INPUT_PROTOCOL* This,
+                                                        EFI_INPUT_KEY* Key);
+
+// A restart abandoned the password field: the reader comes off the console
+// and the lists are freed, whatever the platform says now.
+void Quorvex_VirtualKeyboard_Forget();
+// Host tests: every global back to its power-on value (nothing is freed).
+void Quorvex_VirtualKeyboard_Reset();

@@ -1,0 +1,68 @@
+// Clicks while the Security page has a dialog open: the close marks of the
+// password window and the message box, and the message box's button. With
+// the on-screen keyboard running every other click goes on to the keyboard,
+// the last handler of the chain.
+#include "input/keys.h"
+#include "platform/bindings.h"
+#include "setup_data/page_state.h"
+#include "graphics/item_list.h"
+#include "input/mouse.h"
+#include "input/virtual_keyboard.h"
+#include "pages/page_common.h"
+#include "pages/password_dialog.h"
+#include "setup_data/security_page_table.h"
+#include "setup_data/setup_item.h"
+
+namespace {
+
+// The close mark: a 20 × 27 picture 32 pixels in from the right edge and 10
+// down from the top.
+constexpr UINT64 kCloseInset = 32;
+constexpr UINT64 kCloseTop = 10;
+constexpr UINT64 kCloseWidth = 20;
+constexpr UINT64 kCloseHeight = 27;
+constexpr UINT64 kButtonWidth = 100;
+constexpr UINT64 kButtonHeight = 30;
+
+bool OnCloseMark(const PasswordWindowRect& Box) {
+  return Quorvex_PointInRect(Box.X + Box.Width - kCloseInset, Box.Y + kCloseTop, kCloseWidth,
+                             kCloseHeight);
+}
+
+// The message box's button: the button as drawn (35 pixels up from the
+// bottom) and the 30 pixels above it, so a press on its upper edge counts.
+bool OnMessageButton(const PasswordWindowRect& Box) {
+  const UINT64 x = Box.X + Box.Width / 2 - kButtonWidth / 2;
+  return Quorvex_PointInRect(x, Box.Y + Box.Height - 60, kButtonWidth, kButtonHeight) ||
+         Quorvex_PointInRect(x, Box.Y + Box.Height - 35, kButtonWidth, kButtonHeight);
+}
+
+} // namespace
+
+EFI_STATUS Quorvex_SecurityPage_DialogClick() {
+  if (ActionBusy == 0 || PageState != kStateSecurityPage) return EFI_ABORTED;
+  const UINT64 row = SelectedIndex(SecurityPageItems, SecurityPageItemCount);
+  if (row >= SecurityPageItemCount) return EFI_ABORTED;
+  if (Quorvex_Item_Top(SecurityPageItems, SecurityPageItemCount, row) >= ScreenHeight) {
+    return EFI_ABORTED;
+  }
+  if (SecurityPageItems[row].Kind != ItemButton) return EFI_ABORTED;
+
+  const bool messageShown = SecurityMessageBoxOpen != 0;
+  const PasswordWindowRect message = Quorvex_SecurityMessageBoxRect();
+  if ((messageShown && OnCloseMark(message)) || OnCloseMark(Quorvex_SecurityPasswordBox())) {
+    if (messageShown) {
+      SecurityMessageBoxOpen = 0;
+    } else if (row != SecurityRowClearSecureBootKeys) {
+      // Ends the password field as Esc would.
+      ActionBusy = 0;
+    }
+    return EFI_SUCCESS;
+  }
+  if (VirtualKeyboardActive != 0) return EFI_ABORTED;
+  if (messageShown && OnMessageButton(message)) {
+    SecurityMessageBoxOpen = 0;
+    return EFI_SUCCESS;
+  }
+  return EFI_ABORTED;
+}

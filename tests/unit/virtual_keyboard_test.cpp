@@ -1,0 +1,407 @@
+// The on-screen keyboard: its layout and key tables, and whole sessions in
+// which a password is typed by touch, the Caps state follows the physical
+// keyboards, and the keyboard gets out of the way when it cannot run.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <deque>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "input/virtual_keyboard.h"
+#include "pages/password_dialog.h"
+#include "setup_data/setup_data_wrappers.h"
+#include "tests/unit/session_support.h"
+
+namespace {
+
+using namespace session;
+
+// ---- Layout and key tables ---------------------------------------------------------
+
+class VirtualKeyboardLayoutTest : public ::testing::Test {
+protected:
+  void SetUp() override {
+    savedWidth_ = ScreenWidth;
+    savedHeight_ = ScreenHeight;
+  }
+  void TearDown() override {
+    ScreenWidth = savedWidth_;
+    ScreenHeight = savedHeight_;
+  }
+  UINT64 savedWidth_ = 0, savedHeight_ = 0;
+};
+
+// At every supported size the keys lie inside the panel and never overlap,
+// so a touch reaches at most one key.
+TEST_F(VirtualKeyboardLayoutTest, KeysAreDisjointAndInsideThePanel) {
+  const UINT64 sizes[][2] = {{1024, 768}, {1280, 800}, {1920, 1080}, {1366, 768}, {2560, 1600}};
+  for (const auto& size : sizes) {
+    ScreenWidth = size[0];
+    ScreenHeight = size[1];
+    const KeyboardRect panel = Quorvex_VirtualKeyboard_Panel();
+    std::vector<KeyboardRect> keys;
+    for (UINT32 row = 0; row < kKeyboardRows; ++row) {
+      for (UINT32 column = 0; column < kKeyboardColumns; ++column) {
+        KeyboardRect key;
+        if (Quorvex_VirtualKeyboard_KeyRect(row, column, &key)) keys.push_back(key);
+      }
+    }
+    EXPECT_EQ(keys.size(), 12u + 4 * 11 + 9);
+    for (size_t i = 0; i < keys.size(); ++i) {
+      const KeyboardRect& a = keys[i];
+      EXPECT_GE(a.X, panel.X);
+      EXPECT_GE(a.Y, panel.Y);
+      EXPECT_LE(a.X + a.Width, panel.X + panel.Width) << size[0] << "x" << size[1];
+      EXPECT_LE(a.Y + a.Height, panel.Y + panel.Height) << size[0] << "x" << size[1];
+      for (size_t j = i + 1; j < keys.size(); ++j) {
+        const KeyboardRect& b = keys[j];
+        const bool apart = a.X + a.Width <= b.X || b.X + b.Width <= a.X || a.Y + a.Height <= b.Y ||
+                           b.Y + b.Height <= a.Y;
+        EXPECT_TRUE(apart) << "keys " << i << " and " << j << " at " << size[0] << "x" << size[1];
+      }
+    }
+  }
+}
+
+TEST_F(VirtualKeyboardLayoutTest, ShiftChoosesSymbolsAndCapsTheCaseOfLetters) {
+  ScreenWidth = 1024;
+  ScreenHeight = 768;
+  // Shift changes symbols, never letters.
+  EXPECT_EQ(Quorvex_VirtualKeyboard_KeyChar(1, 0, false, false), u'1');
+  EXPECT_EQ(Quorvex_VirtualKeyboard_KeyChar(1, 0, true, false), u'!');
+  EXPECT_EQ(Quorvex_VirtualKeyboard_KeyChar(1, 9, true, true), u')');
+  EXPECT_EQ(Quorvex_VirtualKeyboard_KeyChar(2, 0, true, false), u'q');
+  EXPECT_EQ(Quorvex_VirtualKeyboard_KeyChar(3, 9, false, false), u';');
+  EXPECT_EQ(Quorvex_VirtualKeyboard_KeyChar(3, 9, true, false), u':');
+  EXPECT_EQ(Quorvex_VirtualKeyboard_KeyChar(4, 7, true, false), u'<');
+  EXPECT_EQ(Quorvex_VirtualKeyboard_KeyChar(5, 0, false, false), u'`');
+  EXPECT_EQ(Quorvex_VirtualKeyboard_KeyChar(5, 6, true, false), u'"');
+  EXPECT_EQ(Quorvex_VirtualKeyboard_KeyChar(5, kSpaceColumn, true, true), u' ');
+  // Caps changes letters only.
+  EXPECT_EQ(Quorvex_VirtualKeyboard_KeyChar(2, 0, false, true), u'Q');
+  EXPECT_EQ(Quorvex_VirtualKeyboard_KeyChar(4, 6, true, true), u'M');
+  EXPECT_EQ(Quorvex_VirtualKeyboard_KeyChar(4, 8, false, true), u'.');
+  // Keys that type nothing themselves.
+  EXPECT_EQ(Quorvex_VirtualKeyboard_KeyChar(0, 3, false, false), 0);
+  EXPECT_EQ(Quorvex_VirtualKeyboard_KeyChar(3, kWideKeyColumn, false, false), 0);
+
+  CHAR16 label[8];
+  ASSERT_TRUE(Quorvex_VirtualKeyboard_KeyLabel(0, 9, false, false, label));
+  EXPECT_EQ(std::u16string(label), u"F10");
+  ASSERT_TRUE(Quorvex_VirtualKeyboard_KeyLabel(0, 11, false, false, label));
+  EXPECT_EQ(std::u16string(label), u"F12");
+  ASSERT_TRUE(Quorvex_VirtualKeyboard_KeyLabel(3, 0, false, true, label));
+  EXPECT_EQ(std::u16string(label), u"A");
+  ASSERT_TRUE(Quorvex_VirtualKeyboard_KeyLabel(3, kWideKeyColumn, false, true, label));
+  EXPECT_EQ(std::u16string(label), u"Caps");
+  ASSERT_TRUE(Quorvex_VirtualKeyboard_KeyLabel(5, kWideKeyColumn, false, false, label));
+  EXPECT_EQ(std::u16string(label), u"Enter");
+  EXPECT_FALSE(Quorvex_VirtualKeyboard_KeyLabel(5, 9, false, false, label));
+}
+
+// ---- Sessions --------------------------------------------------------------------------
+
+// A Simple Text Input Ex instance of a second keyboard that records SetState.
+struct SecondKeyboard {
+  EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL Protocol;
+  std::vector<UINT8> States;
+};
+SecondKeyboard* gSecond = nullptr;
+
+EFI_STATUS EFIAPI SecondRead(EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL*, EFI_KEY_DATA*) {
+  return EFI_NOT_READY;
+}
+EFI_STATUS EFIAPI SecondSetState(EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL*, UINT8* State) {
+  gSecond->States.push_back(*State);
+  return EFI_SUCCESS;
+}
+
+// An extended key-code instance that hands out a scripted list of keys.
+struct ScriptedKeyCodes {
+  ExtendedKeyCodeProtocol Protocol;
+  std::deque<ExtendedKeyData> Keys;
+};
+ScriptedKeyCodes* gScripted = nullptr;
+
+EFI_STATUS EFIAPI ScriptedRead(ExtendedKeyCodeProtocol*, ExtendedKeyData* Data) {
+  if (gScripted->Keys.empty()) return EFI_NOT_READY;
+  *Data = gScripted->Keys.front();
+  gScripted->Keys.pop_front();
+  return EFI_SUCCESS;
+}
+
+ExtendedKeyData KeyCode(UINT16 Scan, CHAR16 Char, UINT8 Ps2) {
+  ExtendedKeyData data = {};
+  data.Key = {Scan, Char};
+  data.Ps2ScanCode = Ps2;
+  return data;
+}
+
+class VirtualKeyboardTest : public SessionTest {
+protected:
+  using Step = std::function<void()>;
+
+  void SetUp() override {
+    SessionTest::SetUp();
+    VerifyFailCount = 0;
+  }
+
+  // Runs the product; Steps[i] runs at the i-th idle round (after the
+  // previous step's input was handled).
+  fake::RunResult RunSteps(const std::vector<Step>& Steps) {
+    return RunUntilIdle(QuorvexPlatform_EntryPoint, static_cast<int>(Steps.size()) + 2,
+                        [&](int Round) {
+                          if (static_cast<size_t>(Round) < Steps.size()) Steps[Round]();
+                        });
+  }
+  static Step Press(Key K) {
+    return [K] { fake::PushKey(K.Scan, K.Char); };
+  }
+  static std::vector<Step> Typed(const std::u16string& Text) {
+    std::vector<Step> steps;
+    for (CHAR16 c : Text) steps.push_back(Press(Char(c)));
+    steps.push_back(Press(kEnter));
+    return steps;
+  }
+  // A tap in the middle of a key.
+  static Step Tap(UINT32 Row, UINT32 Column) {
+    return [Row, Column] {
+      KeyboardRect key;
+      ASSERT_TRUE(Quorvex_VirtualKeyboard_KeyRect(Row, Column, &key));
+      fake::TouchAt(static_cast<UINT32>(key.X + key.Width / 2),
+                    static_cast<UINT32>(key.Y + key.Height / 2));
+    };
+  }
+  static std::vector<Step> Join(std::initializer_list<std::vector<Step>> Parts) {
+    std::vector<Step> all;
+    for (const auto& part : Parts) all.insert(all.end(), part.begin(), part.end());
+    return all;
+  }
+  // Main tab → Security tab → focus on "  User" → Enter opens the field.
+  static std::vector<Step> IntoUserPasswordField() {
+    return {Press(kDown), Press(kRight), Press(kEnter)};
+  }
+  static void PointAtKey(UINT32 Row, UINT32 Column) {
+    KeyboardRect key;
+    ASSERT_TRUE(Quorvex_VirtualKeyboard_KeyRect(Row, Column, &key));
+    CursorX = static_cast<INT32>(key.X + key.Width / 2);
+    CursorY = static_cast<INT32>(key.Y + key.Height / 2);
+  }
+  static bool ReaderInstalled() {
+    return fake::SystemTable()->ConIn->ReadKeyStroke == Quorvex_VirtualKeyboard_ReadKeyStroke;
+  }
+  static bool Verifies(const CHAR16* Password) {
+    return SetupData_user_password_verify(Password, nullptr) != 0;
+  }
+  static size_t PasswordSizedBlocks() {
+    size_t n = 0;
+    for (const std::string& line : fake::DescribeOutstanding()) {
+      if (line.find(": 1000 bytes ") != std::string::npos) ++n;
+    }
+    return n;
+  }
+};
+
+TEST_F(VirtualKeyboardTest, TouchesTypeThePasswordWithShiftAndCaps) {
+  bool fieldSeen = false;
+  RunSteps(Join({IntoUserPasswordField(),
+                 {[&] {
+                   fieldSeen = VirtualKeyboardActive != 0 && ReaderInstalled();
+                   // The password window sits above the keyboard.
+                   EXPECT_EQ(Quorvex_SecurityPasswordBox().Y, ScreenHeight * 25 / 200);
+                 }},
+                 {Tap(4, kWideKeyColumn), Tap(1, 0), Tap(3, 0), Tap(3, kWideKeyColumn), Tap(3, 0),
+                  Tap(5, kWideKeyColumn)},
+                 // Confirmed on the physical keyboard while the keyboard runs.
+                 Typed(u"!aA")}));
+  EXPECT_TRUE(fieldSeen);
+  EXPECT_TRUE(Quorvex_PasswordInstalled(kPasswordUser));
+  EXPECT_TRUE(Verifies(u"!aA"));
+  EXPECT_FALSE(ReaderInstalled());
+  EXPECT_EQ(VirtualKeyboardActive, 0);
+}
+
+TEST_F(VirtualKeyboardTest, OneKeyWaitsAtATimeAndMissesPassOn) {
+  EFI_STATUS first = 0, second = 0, margin = 0, outside = 0;
+  CHAR16 pending = 0;
+  EFI_INPUT_KEY read = {};
+  RunSteps(Join({IntoUserPasswordField(),
+                 {[&] {
+                   PointAtKey(1, 0);
+                   first = Quorvex_VirtualKeyboard_Touch();
+                   PointAtKey(2, 0);
+                   second = Quorvex_VirtualKeyboard_Touch();
+                   pending = PendingChar;
+                   fake::SystemTable()->ConIn->ReadKeyStroke(fake::SystemTable()->ConIn, &read);
+                   // The panel's margin, left of the first column.
+                   const KeyboardRect panel = Quorvex_VirtualKeyboard_Panel();
+                   CursorX = static_cast<INT32>(panel.X + 3);
+                   CursorY = static_cast<INT32>(panel.Y + panel.Height / 2);
+                   margin = Quorvex_VirtualKeyboard_Touch();
+                   CursorX = 10;
+                   CursorY = 10;
+                   outside = Quorvex_VirtualKeyboard_Touch();
+                 }},
+                 {Press(kEsc)}}));
+  EXPECT_EQ(first, EFI_SUCCESS);
+  EXPECT_EQ(second, EFI_ABORTED);
+  EXPECT_EQ(pending, u'1');
+  EXPECT_EQ(read.UnicodeChar, u'1');
+  EXPECT_EQ(margin, EFI_ABORTED);
+  EXPECT_EQ(outside, EFI_ABORTED);
+  EXPECT_EQ(KeyPending, 0);
+  EXPECT_FALSE(Quorvex_PasswordInstalled(kPasswordUser));
+  // Outside a password field touches are never the keyboard's.
+  PointAtKey(1, 0);
+  EXPECT_EQ(Quorvex_VirtualKeyboard_Touch(), EFI_ABORTED);
+}
+
+// The Caps key follows the physical Caps Lock, and the lights follow the
+// Caps key on every keyboard, including one plugged in while the field is
+// open.
+TEST_F(VirtualKeyboardTest, CapsStateAndLightsStayInStep) {
+  SecondKeyboard second = {};
+  second.Protocol.ReadKeyStrokeEx = SecondRead;
+  second.Protocol.SetState = SecondSetState;
+  gSecond = &second;
+  EFI_HANDLE handle = nullptr;
+  UINT8 capsAfterLock = 0, capsAfterUnlock = 0, capsAfterTouch = 0;
+  RunSteps(Join({IntoUserPasswordField(),
+                 {[&] {
+                    EXPECT_EQ(fake::SetStateCalls().back(), kLedsCapsOff);
+                    fake::PressCapsLock();
+                  },
+                  [&] {
+                    capsAfterLock = CapsOn;
+                    EXPECT_EQ(fake::SetStateCalls().back(), kLedsCapsOn);
+                    fake::PressCapsLock();
+                  },
+                  [&] {
+                    capsAfterUnlock = CapsOn;
+                    EXPECT_EQ(fake::SetStateCalls().back(), kLedsCapsOff);
+                    ASSERT_EQ(BootServices()->InstallProtocolInterface(
+                                  &handle, &kSimpleTextInputExGuid, EFI_NATIVE_INTERFACE,
+                                  &second.Protocol),
+                              EFI_SUCCESS);
+                  },
+                  Tap(3, kWideKeyColumn), [&] { capsAfterTouch = CapsOn; }},
+                 {Press(kEsc)}}));
+  EXPECT_EQ(capsAfterLock, 1);
+  EXPECT_EQ(capsAfterUnlock, 0);
+  EXPECT_EQ(capsAfterTouch, 1);
+  EXPECT_EQ(fake::KeyToggleState() & 0x04, 0x04);
+  ASSERT_FALSE(second.States.empty());
+  EXPECT_EQ(second.States.back(), kLedsCapsOn);
+  BootServices()->UninstallProtocolInterface(handle, &kSimpleTextInputExGuid, &second.Protocol);
+  gSecond = nullptr;
+}
+
+// With the platform's extended key source the PS/2 codes rule: 0x56 is
+// dropped and Caps Lock (0x3A) only toggles the Caps key.
+TEST_F(VirtualKeyboardTest, ExtendedKeySourceDropsAndTogglesByPs2Code) {
+  Settings["key_source_mode"] = 2;
+  ScriptedKeyCodes scripted = {};
+  scripted.Protocol.ReadKeyData = ScriptedRead;
+  gScripted = &scripted;
+  EFI_HANDLE handle = nullptr;
+  UINT8 caps = 0;
+  // The instance is plugged in before the field opens (the keyboard lists
+  // are taken when it starts) and given its keys once the field is open:
+  // both fields are typed on it, the first with a dropped key and Caps Lock.
+  const Step idle = [] {};
+  RunSteps(Join(
+      {{Press(kDown), Press(kRight),
+        [&] {
+          ASSERT_EQ(BootServices()->InstallProtocolInterface(
+                        &handle, &kExtendedKeyCodeGuid, EFI_NATIVE_INTERFACE, &scripted.Protocol),
+                    EFI_SUCCESS);
+          fake::PushKey(0, CHAR_CARRIAGE_RETURN);
+        },
+        [&] {
+          scripted.Keys = {KeyCode(0, u'x', 0x56), KeyCode(0, 0, 0x3A), KeyCode(0, u'k', 0x25),
+                           KeyCode(0, CHAR_CARRIAGE_RETURN, 0x1C)};
+        },
+        idle, idle,
+        // The confirmation field flushes what was typed ahead, so
+        // its keys come once it is open.
+        [&] {
+          scripted.Keys = {KeyCode(0, u'k', 0x25), KeyCode(0, CHAR_CARRIAGE_RETURN, 0x1C)};
+        },
+        idle, idle}}));
+  EXPECT_TRUE(scripted.Keys.empty());
+  const std::vector<UINT8>& states = fake::SetStateCalls();
+  caps = std::find(states.begin(), states.end(), kLedsCapsOn) != states.end() ? 1 : 0;
+  EXPECT_EQ(caps, 1);
+  EXPECT_TRUE(Verifies(u"k"));
+  BootServices()->UninstallProtocolInterface(handle, &kExtendedKeyCodeGuid, &scripted.Protocol);
+  gScripted = nullptr;
+}
+
+TEST_F(VirtualKeyboardTest, RestartInsideThePasswordFieldLeavesNothingBehind) {
+  size_t blocksBefore = 0, blocksInField = 0;
+  RunSteps(Join({{Press(kDown), Press(kRight),
+                  [&] {
+                    blocksBefore = PasswordSizedBlocks();
+                    fake::PushKey(0, CHAR_CARRIAGE_RETURN);
+                  },
+                  Press(Char(u's')), Press(Char(u'e')),
+                  [&] {
+                    blocksInField = PasswordSizedBlocks();
+                    EXPECT_TRUE(ReaderInstalled());
+                    fake::TriggerRestart();
+                  },
+                  Press(kDown)}}));
+  EXPECT_EQ(blocksInField, blocksBefore + 2);
+  EXPECT_EQ(PasswordSizedBlocks(), blocksBefore);
+  EXPECT_FALSE(ReaderInstalled());
+  EXPECT_EQ(VirtualKeyboardActive, 0);
+  // Keys reach the main loop again: Down moved from the Main tab.
+  EXPECT_EQ(PageState, kStateSecurityTab);
+}
+
+// Without the keyboard the window is centred and the physical keyboard
+// alone types the password.
+class NoVirtualKeyboardTest : public VirtualKeyboardTest {
+protected:
+  void ExpectCentredFieldAndPhysicalTyping() {
+    bool active = true;
+    UINT32 centre = 0, below = 0;
+    UINT64 top = 0;
+    RunSteps(Join({IntoUserPasswordField(),
+                   {[&] {
+                     active = VirtualKeyboardActive != 0 || ReaderInstalled();
+                     top = Quorvex_SecurityPasswordBox().Y;
+                     centre = fake::PixelAt(300, ScreenHeight / 2);
+                     below = fake::PixelAt(300, ScreenHeight * 25 / 200 + 20);
+                   }},
+                   Typed(u"pw"),
+                   Typed(u"pw")}));
+    EXPECT_FALSE(active);
+    EXPECT_EQ(top, (ScreenHeight - ScreenHeight * 25 / 100) / 2);
+    EXPECT_EQ(centre, 0xF1F4FAu); // the window's face
+    EXPECT_NE(below, 0xF1F4FAu);  // nothing where the raised window would be
+    EXPECT_TRUE(Verifies(u"pw"));
+  }
+};
+
+class NoTouchPanelTest : public NoVirtualKeyboardTest {
+protected:
+  fake::Options FirmwareOptions() const override {
+    fake::Options options;
+    options.Touch = false;
+    return options;
+  }
+};
+
+TEST_F(NoTouchPanelTest, WindowCentredAndKeysTyped) {
+  ExpectCentredFieldAndPhysicalTyping();
+}
+
+TEST_F(NoVirtualKeyboardTest, PlatformSettingOffLeavesTheWindowCentred) {
+  Settings["virtual_keyboard_enabled"] = 0;
+  ExpectCentredFieldAndPhysicalTyping();
+}
+
+} // namespace
