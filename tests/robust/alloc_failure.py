@@ -85,6 +85,7 @@ def main():
     refused_at_start = 0
     for name in names:
         baseline = sim_run.run_sim(sim, script(name), out_dir=os.path.join(out_root, name + "-0"))
+        total_runs += 1
         base_faults = sim_run.problems(baseline)
         if base_faults or sim_run.last_operation(baseline) not in sim_run.LEAVE_OPERATIONS:
             print("session %s fails without any allocation failure: %s" %

@@ -65,8 +65,8 @@ def make_session(seed):
             lines.append("key %s" % key if rng.random() < 0.8 else
                          "key %s %d" % (key, rng.randint(2, 5)))
         elif r < 0.58:
-            lines.append("type " + "".join(rng.choice(TEXT) for _ in range(rng.randint(1, 12)))
-                         .strip().replace(" #", " ") or "type a")
+            text = "".join(rng.choice(TEXT) for _ in range(rng.randint(1, 12))).strip()
+            lines.append("type " + (text or "a"))
         elif r < 0.68:
             lines.append("click %d %d" % point())
         elif r < 0.75:
@@ -92,7 +92,6 @@ def make_session(seed):
                 rng.randrange(24), rng.randrange(60), rng.randrange(60)))
         else:
             lines.append("restart")
-    lines = [l.replace("type  ", "type ") for l in lines]
     return modes, settings, lines
 
 
@@ -130,6 +129,7 @@ def main():
     print("random sessions: base seed %d, budget %.0f s" % (base, args.budget))
     deadline = time.time() + args.budget
     sessions = inputs = 0
+    most_held = 0
     failures = []
     next_seed = base
     with concurrent.futures.ThreadPoolExecutor(max_workers=args.jobs) as pool:
@@ -146,14 +146,16 @@ def main():
                 seed, count, faults, run, _ = future.result()
                 sessions += 1
                 inputs += count
+                most_held = max(most_held, run.outstanding or 0)
                 if faults:
                     failures.append(seed)
                     print("seed %d FAILED: %s" % (seed, "; ".join(faults)))
                     sys.stdout.write(run.stderr[-4000:])
                     print("reproduce: python3 %s --sim %s --seed %d --keep /tmp/qvx-seed-%d" %
                           (me, sim, seed, seed))
-    print("random sessions: %d sessions, %d script lines, %d failed" %
-          (sessions, inputs, len(failures)))
+    print("random sessions: %d sessions, %d script lines, %d failed; at most %d pool blocks "
+          "held at an end (limit %d)" % (sessions, inputs, len(failures), most_held,
+                                         MAX_HELD_BLOCKS))
     print("%d passed, %d failed" % (sessions - len(failures), len(failures)))
     return 1 if failures or sessions == 0 else 0
 

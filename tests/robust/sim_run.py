@@ -36,6 +36,10 @@ def run_sim(sim, script_lines, settings=None, modes=None, extra=(), out_dir=None
         holder = tempfile.TemporaryDirectory(prefix="qvx-robust-")
         out_dir = holder.name
     os.makedirs(out_dir, exist_ok=True)
+    # Nothing from an earlier run in the same directory may count for this one.
+    for stale in os.listdir(out_dir):
+        if stale.endswith(".png") or stale == "trace.txt":
+            os.remove(os.path.join(out_dir, stale))
     script_path = os.path.join(out_dir, "session.sim")
     with open(script_path, "w", encoding="utf-8") as f:
         f.write("\n".join(list(script_lines) + ["shot " + END_SHOT]) + "\n")
