@@ -9,6 +9,7 @@
 #   make sim                   the utility in a desktop window (build/host/quorvex-sim)
 #   make test                  unit, scenario, fuzz (briefly), image and end-to-end tests
 #   make fuzz [FUZZ_SECONDS=N] every libFuzzer target for N seconds (default 60)
+#   make power-cuts [POWER_CUTS=N]  QEMU killed N times during a save (default 10)
 #
 # Every command first installs the Debian packages it needs (scripts/deps).
 
@@ -17,6 +18,7 @@ HOST_DIR  := $(ROOT)/build/host
 UEFI_DIR  := $(ROOT)/build/uefi
 FUZZ_DIR  := $(ROOT)/build/fuzz
 FUZZ_SECONDS ?= 60
+POWER_CUTS ?= 10
 ESP_DIR   := $(ROOT)/build/esp
 JOBS      ?= $(shell nproc)
 CMAKE_ARGS ?=
@@ -25,7 +27,7 @@ CMAKE_ARGS ?=
 .NOTPARALLEL:
 
 .PHONY: build host host-configure generated uefi esp run sim test unit-test e2e sizes clean \
-	fuzz-build fuzz
+	fuzz-build fuzz power-cuts
 
 build: host esp sizes
 
@@ -96,6 +98,10 @@ unit-test: host
 e2e: esp
 	@$(ROOT)/scripts/deps run
 	@cd $(UEFI_DIR) && ctest --output-on-failure -L e2e
+
+power-cuts: esp
+	@$(ROOT)/scripts/deps run
+	@QUORVEX_ESP=$(ESP_DIR) python3 $(ROOT)/tests/e2e/power_cut.py --cuts $(POWER_CUTS)
 
 clean:
 	rm -rf $(ROOT)/build
