@@ -95,6 +95,40 @@ bool ParseNumber(const std::string& Text, UINT64 Max, UINT64* Value) {
   return true;
 }
 
+// Decimal or 0x hex, at most Max.
+bool ParseWide(const std::string& Text, UINT64 Max, UINT64* Value) {
+  if (Text.size() > 2 && Text[0] == '0' && (Text[1] == 'x' || Text[1] == 'X')) {
+    if (Text.size() > 10) return false;
+    UINT64 value = 0;
+    for (size_t i = 2; i < Text.size(); ++i) {
+      const char c = Text[i];
+      UINT64 digit;
+      if (c >= '0' && c <= '9')
+        digit = static_cast<UINT64>(c - '0');
+      else if (c >= 'a' && c <= 'f')
+        digit = static_cast<UINT64>(c - 'a' + 10);
+      else if (c >= 'A' && c <= 'F')
+        digit = static_cast<UINT64>(c - 'A' + 10);
+      else
+        return false;
+      value = value << 4 | digit;
+    }
+    if (value > Max) return false;
+    *Value = value;
+    return true;
+  }
+  return ParseNumber(Text, Max, Value);
+}
+
+// A relative count: an optional '-' and a decimal number up to kMaxCoordinate.
+bool ParseDelta(const std::string& Text, INT32* Value) {
+  const bool negative = !Text.empty() && Text[0] == '-';
+  UINT64 magnitude;
+  if (!ParseNumber(negative ? Text.substr(1) : Text, kMaxCoordinate, &magnitude)) return false;
+  *Value = negative ? -static_cast<INT32>(magnitude) : static_cast<INT32>(magnitude);
+  return true;
+}
+
 bool ParseFixedDigits(const std::string& Text, size_t At, size_t Count, UINT32* Value) {
   if (At + Count > Text.size()) return false;
   UINT32 value = 0;
@@ -298,6 +332,37 @@ bool ParseLine(const std::string& Text, int Line, std::vector<ScriptCommand>* Co
     Commands->push_back(command);
     return true;
   }
+  if (verb == "scan") {
+    UINT64 code, unit = 0;
+    if (args < 1 || args > 2 || !ParseWide(words[1], 0xFFFF, &code) ||
+        (args == 2 && !ParseWide(words[2], 0xFFFF, &unit)))
+      return fail("usage: scan CODE [CHAR] (each 0 to 0xFFFF)");
+    command.Kind = Verb::Key;
+    command.ScanCode = static_cast<UINT16>(code);
+    command.Char = static_cast<CHAR16>(unit);
+    Commands->push_back(command);
+    return true;
+  }
+  if (verb == "mouse") {
+    UINT64 buttons;
+    if (args != 3 || !ParseDelta(words[1], &command.DeltaX) ||
+        !ParseDelta(words[2], &command.DeltaY) || !ParseWide(words[3], 3, &buttons))
+      return fail("usage: mouse DX DY BUTTONS (DX, DY from -100000 to 100000; BUTTONS 0 to 3)");
+    command.Kind = Verb::MouseState;
+    command.Buttons = static_cast<UINT32>(buttons);
+    Commands->push_back(command);
+    return true;
+  }
+  if (verb == "touch-raw") {
+    UINT64 buttons;
+    if (args != 3 || !ParseWide(words[1], 0xFFFFFFFFull, &command.RawX) ||
+        !ParseWide(words[2], 0xFFFFFFFFull, &command.RawY) || !ParseWide(words[3], 0xFF, &buttons))
+      return fail("usage: touch-raw X Y BUTTONS (X, Y 0 to 0xFFFFFFFF; BUTTONS 0 to 0xFF)");
+    command.Kind = Verb::TouchState;
+    command.Buttons = static_cast<UINT32>(buttons);
+    Commands->push_back(command);
+    return true;
+  }
   return fail("unknown command '" + verb + "'");
 }
 
@@ -374,6 +439,13 @@ void ScriptStep(ScriptRun& Run) {
       return;
     case Verb::Touch:
       TouchAt(command.X, command.Y);
+      return;
+    case Verb::MouseState:
+      PushMouseState(command.DeltaX, command.DeltaY, (command.Buttons & 1) != 0,
+                     (command.Buttons & 2) != 0);
+      return;
+    case Verb::TouchState:
+      PushTouchState(command.RawX, command.RawY, command.Buttons);
       return;
     case Verb::Time:
       SetClock(command.Time);
