@@ -1,6 +1,8 @@
 // Parsing and running simulator scripts (see fake_script.h).
 #include "host/fake_script.h"
 
+#include "host/parse_number.h"
+
 #include <cstdio>
 #include <sstream>
 
@@ -93,31 +95,6 @@ bool ParseNumber(const std::string& Text, UINT64 Max, UINT64* Value) {
   if (value > Max) return false;
   *Value = value;
   return true;
-}
-
-// Decimal or 0x hex, at most Max.
-bool ParseWide(const std::string& Text, UINT64 Max, UINT64* Value) {
-  if (Text.size() > 2 && Text[0] == '0' && (Text[1] == 'x' || Text[1] == 'X')) {
-    if (Text.size() > 10) return false;
-    UINT64 value = 0;
-    for (size_t i = 2; i < Text.size(); ++i) {
-      const char c = Text[i];
-      UINT64 digit;
-      if (c >= '0' && c <= '9')
-        digit = static_cast<UINT64>(c - '0');
-      else if (c >= 'a' && c <= 'f')
-        digit = static_cast<UINT64>(c - 'a' + 10);
-      else if (c >= 'A' && c <= 'F')
-        digit = static_cast<UINT64>(c - 'A' + 10);
-      else
-        return false;
-      value = value << 4 | digit;
-    }
-    if (value > Max) return false;
-    *Value = value;
-    return true;
-  }
-  return ParseNumber(Text, Max, Value);
 }
 
 // A relative count: an optional '-' and a decimal number up to kMaxCoordinate.
@@ -334,8 +311,8 @@ bool ParseLine(const std::string& Text, int Line, std::vector<ScriptCommand>* Co
   }
   if (verb == "scan") {
     UINT64 code, unit = 0;
-    if (args < 1 || args > 2 || !ParseWide(words[1], 0xFFFF, &code) ||
-        (args == 2 && !ParseWide(words[2], 0xFFFF, &unit)))
+    if (args < 1 || args > 2 || !ParseUnsigned(words[1], 0xFFFF, &code) ||
+        (args == 2 && !ParseUnsigned(words[2], 0xFFFF, &unit)))
       return fail("usage: scan CODE [CHAR] (each 0 to 0xFFFF)");
     command.Kind = Verb::Key;
     command.ScanCode = static_cast<UINT16>(code);
@@ -346,7 +323,7 @@ bool ParseLine(const std::string& Text, int Line, std::vector<ScriptCommand>* Co
   if (verb == "mouse") {
     UINT64 buttons;
     if (args != 3 || !ParseDelta(words[1], &command.DeltaX) ||
-        !ParseDelta(words[2], &command.DeltaY) || !ParseWide(words[3], 3, &buttons))
+        !ParseDelta(words[2], &command.DeltaY) || !ParseUnsigned(words[3], 3, &buttons))
       return fail("usage: mouse DX DY BUTTONS (DX, DY from -100000 to 100000; BUTTONS 0 to 3)");
     command.Kind = Verb::MouseState;
     command.Buttons = static_cast<UINT32>(buttons);
@@ -355,8 +332,9 @@ bool ParseLine(const std::string& Text, int Line, std::vector<ScriptCommand>* Co
   }
   if (verb == "touch-raw") {
     UINT64 buttons;
-    if (args != 3 || !ParseWide(words[1], 0xFFFFFFFFull, &command.RawX) ||
-        !ParseWide(words[2], 0xFFFFFFFFull, &command.RawY) || !ParseWide(words[3], 0xFF, &buttons))
+    if (args != 3 || !ParseUnsigned(words[1], 0xFFFFFFFFull, &command.RawX) ||
+        !ParseUnsigned(words[2], 0xFFFFFFFFull, &command.RawY) ||
+        !ParseUnsigned(words[3], 0xFF, &buttons))
       return fail("usage: touch-raw X Y BUTTONS (X, Y 0 to 0xFFFFFFFF; BUTTONS 0 to 0xFF)");
     command.Kind = Verb::TouchState;
     command.Buttons = static_cast<UINT32>(buttons);
