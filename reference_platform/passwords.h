@@ -9,6 +9,8 @@
 // processor (docs/password-store.md has the measurements). Records keep
 // their own count, so hashes made with an older count still verify.
 constexpr UINT32 kPasswordIterations = 150000;
+static_assert(kPasswordIterations <= kStoredPasswordMaxIterations,
+              "a record with the shipped count must load as undamaged");
 // A stored count above this is damage, not a hash we made: such a record
 // matches nothing (a check must not run for hours).
 constexpr UINT32 kPasswordMaxIterations = 10000000;

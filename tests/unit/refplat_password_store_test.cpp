@@ -167,6 +167,13 @@ TEST_F(IterationTest, ShippedIterationCount) {
   Pbkdf2HmacSha256(text, 16, entry->Salt, kPasswordSaltSize, kPasswordIterations, expected,
                    sizeof(expected));
   EXPECT_EQ(std::memcmp(expected, entry->Hash, sizeof(expected)), 0);
+
+  // Saved and read back, the record is whole: the password is still there.
+  ASSERT_EQ(Store_Save(), EFI_SUCCESS);
+  Store_ResetAll();
+  Store_Load();
+  EXPECT_EQ(Store_Password(PasswordSupervisor)->Installed, 1u);
+  EXPECT_EQ(Store_Password(PasswordSupervisor)->Iterations, kPasswordIterations);
 }
 
 TEST_F(IterationTest, StoredCountsAreHonouredWithinLimits) {
