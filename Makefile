@@ -12,6 +12,8 @@
 #                              build/quorvex.img instead of the directory
 #   make sim                   the utility in a desktop window (build/host/quorvex-sim)
 #   make test                  unit, scenario, image and end-to-end tests
+#   make bench                 instructions, screen traffic and pool peak per
+#                              interaction (optimised build in build/bench, callgrind)
 #
 # Every command first installs the Debian packages it needs (scripts/deps).
 
@@ -26,7 +28,7 @@ CMAKE_ARGS ?=
 # The trees are built by one ninja each; make itself runs the steps in order.
 .NOTPARALLEL:
 
-.PHONY: build host host-configure generated uefi esp image run sim test unit-test e2e sizes clean
+.PHONY: build host host-configure generated uefi esp image run sim test unit-test e2e sizes bench clean
 
 build: host esp sizes
 
@@ -87,6 +89,10 @@ unit-test: host
 e2e: esp
 	@$(ROOT)/scripts/deps run
 	@cd $(UEFI_DIR) && ctest --output-on-failure -L e2e
+
+bench:
+	@$(ROOT)/scripts/deps bench
+	@python3 $(ROOT)/tools/bench/bench.py
 
 clean:
 	rm -rf $(ROOT)/build
