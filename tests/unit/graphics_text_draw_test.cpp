@@ -165,7 +165,7 @@ TEST_F(TextDrawTest, GlyphsBlendOverTheScreenOrOverAnOpaqueBackground) {
 
   // The blend of the last colour pair is kept: a change of either colour,
   // and a return to an earlier pair, must each blend with the colours given.
-  const UINT32 pairs[][2] = {{ink, back}, {ink, 0x102031}, {0xC08041, 0x102031}, {ink, back}};
+  const UINT32 pairs[][2] = {{ink, back}, {ink, 0x405060}, {0x20E0A0, 0x405060}, {ink, back}};
   for (const auto& pair : pairs) {
     ASSERT_EQ(Quorvex_DrawString(u"#", Pixel(pair[0]), Pixel(pair[1]), kX, kY, 30, 30),
               EFI_SUCCESS);

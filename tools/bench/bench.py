@@ -148,6 +148,9 @@ def callgrind_run(sim, lines, work, args):
                     sim, "--script", path, "--out", os.path.join(work, "cg")] + args,
                    check=True, env=env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
     parts = sorted(glob.glob(out_file + ".*"), key=lambda p: int(p.rsplit(".", 1)[1]))
+    marks = read_marks(os.path.join(work, "cg.marks"))
+    if len(parts) != len(marks):
+        sys.exit(f"bench: {len(parts)} callgrind dumps for {len(marks)} measuring points")
     names, costs = {}, []
     for part in parts:
         total, excluded = parse_callgrind(part, names)
