@@ -14,6 +14,8 @@
 #   make test                  unit, scenario, fuzz (briefly), image and end-to-end tests
 #   make fuzz [FUZZ_SECONDS=N] every libFuzzer target for N seconds (default 60)
 #   make power-cuts [POWER_CUTS=N]  QEMU killed N times during a save (default 10)
+#   make bench                 instructions, screen traffic and pool peak per
+#                              interaction (optimised build in build/bench, callgrind)
 #
 # Every command first installs the Debian packages it needs (scripts/deps).
 
@@ -32,7 +34,7 @@ CMAKE_ARGS ?=
 .NOTPARALLEL:
 
 .PHONY: build host host-configure generated uefi esp image run sim test unit-test e2e sizes clean \
-	fuzz-build fuzz power-cuts
+	fuzz-build fuzz power-cuts bench
 
 build: host esp sizes
 
@@ -112,6 +114,10 @@ e2e: esp
 power-cuts: esp
 	@$(ROOT)/scripts/deps run
 	@QUORVEX_ESP=$(ESP_DIR) python3 $(ROOT)/tests/e2e/power_cut.py --cuts $(POWER_CUTS)
+
+bench:
+	@$(ROOT)/scripts/deps bench
+	@python3 $(ROOT)/tools/bench/bench.py
 
 clean:
 	rm -rf $(ROOT)/build

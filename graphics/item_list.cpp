@@ -299,10 +299,13 @@ void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused, UINT8
       Quorvex_ItemSelected_Label_DropDownList_Control(x, openTop, item.Width, item.Height,
                                                       TextOf(item.Label), options, item.Data);
     }
+    // On the Main page the help column lies in the buffered region: its text
+    // goes into the same frame, so the column reaches the screen once.
+    if (mainPage && Focused) Quorvex_ItemHelp_DrawBody(help ? TextOf(help) : u"");
     Quorvex_DoubleBuffer_Flush();
     Quorvex_DoubleBuffer_Stop();
   }
-  if (Focused) Quorvex_ItemHelp_Draw(help ? TextOf(help) : u"");
+  if (Focused && !mainPage) Quorvex_ItemHelp_Draw(help ? TextOf(help) : u"");
 }
 
 void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused) {

@@ -97,6 +97,11 @@ std::vector<std::string> DescribeOutstanding();
 // New pool blocks are filled with this byte, so code that reads memory it
 // never wrote behaves the same on every run.
 constexpr UINT8 kPoolFillByte = 0xAF;
+// Benchmarks switch the fill off, so that the instruction counts measure the
+// utility and not the fake pool's bookkeeping. On by default (and after Reset).
+void SetPoolFill(bool Fill);
+// Starts a new peak measurement: PeakBytes becomes what is outstanding now.
+void ResetPoolPeak();
 
 // ---------------------------------------------------------------------------
 // Stall, clock, variables, reset

@@ -133,6 +133,7 @@ struct State {
   PoolStats Pool;
   UINT64 NextBlockSerial = 1;
   UINT64 FailCountdown = 0;
+  bool PoolFill = true; // new blocks get kPoolFillByte
 
   // Boot service counters.
   UINT64 StallCalls = 0;

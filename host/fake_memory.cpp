@@ -54,7 +54,7 @@ void Account(const PoolBlock& Block, bool Add) {
 void* Remember(void* Memory, UINTN Size, EFI_MEMORY_TYPE Type, UINTN Pages) {
   // New memory holds a fixed pattern, never zeroes or leftovers, so that a
   // reader of memory it never wrote sees the same thing on every run.
-  std::memset(Memory, kPoolFillByte, Size ? Size : 1);
+  if (g->PoolFill) std::memset(Memory, kPoolFillByte, Size ? Size : 1);
   PoolBlock block{Size, Type, g->NextBlockSerial++, Pages};
   g->Blocks[Memory] = block;
   Account(block, true);
@@ -156,6 +156,14 @@ using namespace detail;
 
 PoolStats Pool() {
   return g->Pool;
+}
+
+void SetPoolFill(bool Fill) {
+  g->PoolFill = Fill;
+}
+
+void ResetPoolPeak() {
+  g->Pool.PeakBytes = g->Pool.OutstandingBytes;
 }
 
 void FailAllocation(UINT64 Nth) {

@@ -30,6 +30,7 @@
 #include "host/fake_firmware.h"
 #include "host/fake_script.h"
 #include "host/hostile_service.h"
+#include "host/sim_bench.h"
 #include "host/sim_settings.h"
 #include "host/sim_window.h"
 // The boot volume served from the output directory (screenshots).
@@ -85,6 +86,7 @@ void PrintUsage(std::FILE* Out) {
 // Ends the run: flushes the trace, reports leftover pool blocks when
 // tracing, closes the window and exits with Status.
 [[noreturn]] void Finish(int Status, const std::string& Message) {
+  sim::Bench_Mark("end");
   if (!Message.empty()) std::fprintf(stderr, "%s\n", Message.c_str());
   if (TraceFile) {
     std::fclose(TraceFile);
@@ -262,6 +264,7 @@ bool WriteShot(const std::string& Name, std::string* Error) {
 }
 
 void OnIdle() {
+  if (!Live) sim::Bench_Mark("idle");
   if (Live || !HaveScript) {
     // Nothing to deliver: without a window the run is over.
     if (!Args.Window) Finish(0, "");
@@ -297,6 +300,7 @@ int main(int argc, char** argv) {
   fake::Options options;
   options.Modes = Args.Modes;
   fake::Reset(options);
+  sim::Bench_Start();
   // The boot volume is the output directory: the screenshot key's pictures
   // land in DIR/screenshots/.
   fake::ServeVolumeDirectory(Args.OutDir);

@@ -178,6 +178,11 @@ void Quorvex_MainPage_ChooseLanguage(SetupItem*) {
 
 void Quorvex_MainPage_Prepare() {
   MemFill(&LastTime, 0, sizeof(LastTime));
+  // The clock is read now, so that the page's first drawing already shows it
+  // and the first refresh, in the same second, has nothing to redraw.
+  EFI_TIME now;
+  MemFill(&now, 0, sizeof(now));
+  if (!EFI_ERROR(RuntimeServices->GetTime(&now, nullptr))) LastTime = now;
   Quorvex_MainPage_FormatClock();
 }
 

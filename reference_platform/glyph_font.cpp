@@ -62,14 +62,17 @@ EFI_STATUS EFIAPI GetGlyph(GlyphFontProtocol* This, CHAR16 Character, const UINT
   MemFill(cell, 0, needed);
   if (glyph && font->Bitmaps) {
     const UINT8* box = font->Bitmaps + glyph->Offset;
-    for (INT32 row = 0; row < glyph->Height; ++row) {
+    // The columns of the glyph's box that fall inside the cell, the same
+    // for every row: each row is one copy.
+    const INT32 left = glyph->Left;
+    const INT32 first = left < 0 ? -left : 0;
+    INT32 end = static_cast<INT32>(glyph->Width);
+    if (left + end > static_cast<INT32>(cell_width)) end = static_cast<INT32>(cell_width) - left;
+    for (INT32 row = 0; first < end && row < glyph->Height; ++row) {
       const INT32 y = glyph->Top + row;
       if (y < 0 || y >= static_cast<INT32>(cell_height)) continue;
-      for (INT32 column = 0; column < glyph->Width; ++column) {
-        const INT32 x = glyph->Left + column;
-        if (x < 0 || x >= static_cast<INT32>(cell_width)) continue;
-        cell[y * cell_width + x] = box[row * glyph->Width + column];
-      }
+      MemCopy(cell + y * cell_width + left + first, box + row * glyph->Width + first,
+              static_cast<UINTN>(end - first));
     }
   }
   *Coverage = cell;

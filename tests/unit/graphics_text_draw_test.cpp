@@ -162,6 +162,18 @@ TEST_F(TextDrawTest, GlyphsBlendOverTheScreenOrOverAnOpaqueBackground) {
   EXPECT_EQ(At(kX + 2, kY + 5), blend(ink, back, 128));
   EXPECT_EQ(At(kX + 3, kY + 5), ink);
   EXPECT_TRUE(Uniform(kX + 4, kY, 26, 30, back));
+
+  // The blend of the last colour pair is kept: a change of either colour,
+  // and a return to an earlier pair, must each blend with the colours given.
+  const UINT32 pairs[][2] = {{ink, back}, {ink, 0x405060}, {0x20E0A0, 0x405060}, {ink, back}};
+  for (const auto& pair : pairs) {
+    ASSERT_EQ(Quorvex_DrawString(u"#", Pixel(pair[0]), Pixel(pair[1]), kX, kY, 30, 30),
+              EFI_SUCCESS);
+    EXPECT_EQ(At(kX, kY + 3), pair[1]);
+    EXPECT_EQ(At(kX + 1, kY + 3), blend(pair[0], pair[1], 64)) << std::hex << pair[0];
+    EXPECT_EQ(At(kX + 2, kY + 3), blend(pair[0], pair[1], 128)) << std::hex << pair[1];
+    EXPECT_EQ(At(kX + 3, kY + 3), pair[0]);
+  }
 }
 
 TEST_F(TextDrawTest, SplitterCutsPagesWhereTheDrawerWouldStopAndKeepsTheMarks) {

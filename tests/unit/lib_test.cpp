@@ -2,6 +2,7 @@
 // wrappers over boot services and the restart jump.
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -96,6 +97,17 @@ TEST(Memory, MoveFillCompareAndStrings) {
   EXPECT_EQ(pixels[0], 0u);
   EXPECT_EQ(pixels[5], 0x00EBF1FAu);
   EXPECT_EQ(pixels[6], 0u);
+  // Pixels go in pairs: every count, odd or even, from a start that is not
+  // 8-byte aligned, fills exactly Count pixels.
+  for (UINTN count = 0; count <= 6; ++count) {
+    UINT32 row[9] = {};
+    UINT32* start = reinterpret_cast<uintptr_t>(row) % 8 == 0 ? row + 1 : row;
+    MemFill32(start, 0x12345678u, count);
+    for (UINTN i = 0; i < 9; ++i) {
+      const bool inside = row + i >= start && row + i < start + count;
+      EXPECT_EQ(row[i], inside ? 0x12345678u : 0u) << "count " << count << " pixel " << i;
+    }
+  }
   // Bytes compare unsigned.
   UINT8 hi[2] = {1, 0xF0}, lo[2] = {1, 0x10};
   EXPECT_GT(MemCompare(hi, lo, 2), 0);

@@ -1,0 +1,206 @@
+#!/usr/bin/env python3
+"""`make bench`: what the scripted interactions of interactions.sim cost.
+
+Builds an optimised simulator without sanitizers (build/bench), then runs the
+script twice with QUORVEX_SIM_BENCH set, which makes the simulator mark every
+point where the utility waits for input:
+  - natively, with a screenshot at every mark: pixels written to the screen
+    per input (the fake GOP's count), pixels that really changed (the
+    screenshots before and after compared), the pool's peak per input;
+  - under callgrind, which dumps the instruction count at every mark, so one
+    dump holds exactly one input's cost. The fake firmware's own pool
+    bookkeeping (AllocatePool, FreePool, AllocatePages, FreePages, whole
+    calls) is subtracted; its fill of new blocks is off in this mode anyway.
+Prints one table. --json FILE also writes the figures for comparisons.
+"""
+import argparse
+import glob
+import json
+import os
+import re
+import shutil
+import subprocess
+import sys
+import tempfile
+
+HERE = os.path.dirname(os.path.abspath(__file__))
+ROOT = os.path.dirname(os.path.dirname(HERE))
+sys.path.insert(0, os.path.join(ROOT, "scripts"))
+import pngread  # noqa: E402
+
+POOL_BOOKKEEPING = re.compile(
+    r"^fake::detail::.*::(AllocatePool|FreePool|AllocatePages|FreePages)\(")
+
+
+def build(build_dir):
+    if not os.path.exists(os.path.join(build_dir, "build.ninja")):
+        subprocess.run(["cmake", "-S", ROOT, "-B", build_dir, "-G", "Ninja",
+                        "-DCMAKE_BUILD_TYPE=Release", "-DQUORVEX_SANITIZE=OFF",
+                        "-DCMAKE_CXX_FLAGS_RELEASE=-O2 -g1", "-DCMAKE_C_FLAGS_RELEASE=-O2 -g1"],
+                       check=True, stdout=subprocess.DEVNULL)
+    subprocess.run(["cmake", "--build", build_dir, "--target", "quorvex-sim"], check=True,
+                   stdout=subprocess.DEVNULL)
+    return os.path.join(build_dir, "quorvex-sim")
+
+
+def read_script(path):
+    """The script's lines, and for each input (in order) its bench name or None."""
+    lines, names, pending = [], [], None
+    with open(path, encoding="utf-8") as f:
+        for line in f:
+            text = line.strip()
+            if text.startswith("# bench:"):
+                pending = text[len("# bench:"):].strip()
+                continue
+            if not text or text.startswith("#"):
+                continue
+            lines.append(text)
+            names.append(pending)
+            pending = None
+    return lines, names
+
+
+def read_marks(path):
+    marks = []
+    with open(path, encoding="utf-8") as f:
+        for line in f:
+            fields = dict(p.split("=") for p in line.split()[2:])
+            marks.append({k: int(v) for k, v in fields.items()})
+    return marks
+
+
+def changed_pixels(a_path, b_path):
+    a, b = pngread.read(a_path), pngread.read(b_path)
+    if (a.width, a.height) != (b.width, b.height):
+        return a.width * a.height
+    changed = 0
+    step = a.channels
+    for y in range(a.height):
+        ra, rb = a.row(y), b.row(y)
+        if ra == rb:
+            continue
+        for x in range(0, len(ra), step):
+            if ra[x:x + step] != rb[x:x + step]:
+                changed += 1
+    return changed
+
+
+def native_run(sim, lines, work, args):
+    """Pixels written, pool peak and pixels changed per mark."""
+    script = []
+    for i, line in enumerate(lines):
+        script += [f"shot m{i:03d}", line]
+    script.append(f"shot m{len(lines):03d}")
+    path = os.path.join(work, "native.sim")
+    with open(path, "w", encoding="utf-8") as f:
+        f.write("\n".join(script) + "\n")
+    marks_path = os.path.join(work, "native.marks")
+    env = dict(os.environ, QUORVEX_SIM_BENCH=marks_path)
+    out = os.path.join(work, "native")
+    subprocess.run([sim, "--script", path, "--out", out] + args, check=True, env=env,
+                   stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    marks = read_marks(marks_path)
+    for i in range(1, min(len(marks), len(lines) + 1)):
+        marks[i]["changed"] = changed_pixels(os.path.join(out, f"m{i - 1:03d}.png"),
+                                             os.path.join(out, f"m{i:03d}.png"))
+    return marks
+
+
+def parse_callgrind(path, names):
+    """Total Ir of one dump and the inclusive Ir of the pool bookkeeping.
+    names maps compressed ids to names across the dumps of one run."""
+    total, excluded = 0, 0
+    current, target, in_call = None, None, False
+    name_re = re.compile(r"^(c?fn)=\((\d+)\)(?: (.*))?$")
+    with open(path, encoding="utf-8", errors="replace") as f:
+        for line in f:
+            if in_call:
+                in_call = False
+                cost = line.split()
+                if (len(cost) > 1 and POOL_BOOKKEEPING.match(names.get(target, ""))
+                        and not POOL_BOOKKEEPING.match(names.get(current, ""))):
+                    excluded += int(cost[1])
+                continue
+            m = name_re.match(line.rstrip("\n"))
+            if m:
+                kind, ident, name = m.groups()
+                if name:
+                    names[ident] = name
+                if kind == "fn":
+                    current = ident
+                else:
+                    target = ident
+                continue
+            if line.startswith("calls="):
+                in_call = True
+            elif line.startswith("summary:"):
+                total = int(line.split()[1])
+    return total, excluded
+
+
+def callgrind_run(sim, lines, work, args):
+    path = os.path.join(work, "callgrind.sim")
+    with open(path, "w", encoding="utf-8") as f:
+        f.write("\n".join(lines) + "\n")
+    out_file = os.path.join(work, "cg.out")
+    env = dict(os.environ, QUORVEX_SIM_BENCH=os.path.join(work, "cg.marks"))
+    subprocess.run(["valgrind", "--tool=callgrind", "--callgrind-out-file=" + out_file,
+                    sim, "--script", path, "--out", os.path.join(work, "cg")] + args,
+                   check=True, env=env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    parts = sorted(glob.glob(out_file + ".*"), key=lambda p: int(p.rsplit(".", 1)[1]))
+    marks = read_marks(os.path.join(work, "cg.marks"))
+    if len(parts) != len(marks):
+        sys.exit(f"bench: {len(parts)} callgrind dumps for {len(marks)} measuring points")
+    names, costs = {}, []
+    for part in parts:
+        total, excluded = parse_callgrind(part, names)
+        costs.append(total - excluded)
+    return costs
+
+
+def main():
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--build-dir", default=os.path.join(ROOT, "build", "bench"))
+    parser.add_argument("--script", default=os.path.join(HERE, "interactions.sim"))
+    parser.add_argument("--json", help="also write the figures here")
+    parser.add_argument("--keep", help="keep the work files in this directory")
+    args = parser.parse_args()
+    if shutil.which("valgrind") is None:
+        sys.exit("bench: valgrind is not installed")
+    sim = build(args.build_dir)
+    lines, names = read_script(args.script)
+    work = args.keep or tempfile.mkdtemp(prefix="quorvex-bench-")
+    os.makedirs(work, exist_ok=True)
+    try:
+        marks = native_run(sim, lines, work, [])
+        costs = callgrind_run(sim, lines, work, [])
+    finally:
+        if not args.keep:
+            shutil.rmtree(work, ignore_errors=True)
+    # Mark 0 closes start-up; mark i closes input i.
+    rows = [("start-up to first key read", 0)]
+    rows += [(name, i + 1) for i, name in enumerate(names) if name]
+    figures = {}
+    print(f"{'interaction':32} {'instructions':>14} {'px written':>11} {'px changed':>11}"
+          f" {'pool peak':>11}")
+    for name, i in rows:
+        mark = marks[i] if i < len(marks) else {}
+        cost = costs[i] if i < len(costs) else None
+        row = {"instructions": cost, "written": mark.get("pixels"),
+               "changed": mark.get("changed"), "peak": mark.get("peak")}
+        figures[name] = row
+
+        def cell(v, width):
+            return f"{v:>{width},}" if v is not None else f"{'-':>{width}}"
+        print(f"{name:32} {cell(cost, 14)} {cell(row['written'], 11)} "
+              f"{cell(row['changed'], 11)} {cell(row['peak'], 11)}")
+    print("instructions: callgrind, whole process, fake pool bookkeeping left out; "
+          "pool peak in bytes while the input was handled")
+    print("QEMU latency ratio: not measured")
+    if args.json:
+        with open(args.json, "w", encoding="utf-8") as f:
+            json.dump(figures, f, indent=1)
+
+
+if __name__ == "__main__":
+    main()
