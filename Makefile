@@ -11,13 +11,18 @@
 #                              MOUSE=1 adds a USB mouse next to the tablet, IMAGE=1 boots
 #                              build/quorvex.img instead of the directory
 #   make sim                   the utility in a desktop window (build/host/quorvex-sim)
-#   make test                  unit, scenario, image and end-to-end tests
+#   make test                  unit, scenario, fuzz (briefly), image and end-to-end tests
+#   make fuzz [FUZZ_SECONDS=N] every libFuzzer target for N seconds (default 60)
+#   make power-cuts [POWER_CUTS=N]  QEMU killed N times during a save (default 10)
 #
 # Every command first installs the Debian packages it needs (scripts/deps).
 
 ROOT      := $(CURDIR)
 HOST_DIR  := $(ROOT)/build/host
 UEFI_DIR  := $(ROOT)/build/uefi
+FUZZ_DIR  := $(ROOT)/build/fuzz
+FUZZ_SECONDS ?= 60
+POWER_CUTS ?= 10
 ESP_DIR   := $(ROOT)/build/esp
 IMAGE_FILE := $(ROOT)/build/quorvex.img
 JOBS      ?= $(shell nproc)
@@ -26,7 +31,8 @@ CMAKE_ARGS ?=
 # The trees are built by one ninja each; make itself runs the steps in order.
 .NOTPARALLEL:
 
-.PHONY: build host host-configure generated uefi esp image run sim test unit-test e2e sizes clean
+.PHONY: build host host-configure generated uefi esp image run sim test unit-test e2e sizes clean \
+	fuzz-build fuzz power-cuts
 
 build: host esp sizes
 
@@ -57,6 +63,20 @@ image: esp
 	@$(ROOT)/scripts/deps run
 	@python3 $(ROOT)/scripts/make_image.py --esp $(ESP_DIR) --out $(IMAGE_FILE)
 
+# The libFuzzer tree (clang, ASan+UBSan), over the host tree's generated sources.
+fuzz-build: generated
+	@$(ROOT)/scripts/deps fuzz
+	@test -f $(FUZZ_DIR)/build.ninja || \
+	  CC=clang CXX=clang++ cmake -S $(ROOT) -B $(FUZZ_DIR) -G Ninja -DQUORVEX_FUZZ=ON \
+	    -DQUORVEX_GENERATED_DIR=$(HOST_DIR)/generated $(CMAKE_ARGS)
+	@cmake --build $(FUZZ_DIR) -j $(JOBS)
+
+fuzz: fuzz-build
+	@status=0; for t in $(FUZZ_DIR)/*_fuzz; do \
+	  python3 $(ROOT)/tests/fuzz/run_fuzz.py --seconds $(FUZZ_SECONDS) \
+	    --work $(FUZZ_DIR)/fuzz-work $$t || status=1; \
+	done; exit $$status
+
 sizes:
 	@for f in $(UEFI_DIR)/QuorvexSetup.efi $(UEFI_DIR)/QuorvexPlatform.efi; do \
 	  test -f $$f && printf '%-22s %8d bytes\n' $$(basename $$f) $$(stat -c %s $$f); \
@@ -74,10 +94,11 @@ sim: host-configure
 # Host tests (unit, scenarios) in parallel; then the image checks and the
 # end-to-end tests, which boot QEMU one at a time. Both groups always run; the
 # command fails if either failed.
-test: build
+test: build fuzz-build
 	@$(ROOT)/scripts/deps test
 	@status=0; \
 	  (cd $(HOST_DIR) && ctest --output-on-failure -j $(JOBS)) || status=1; \
+	  (cd $(FUZZ_DIR) && ctest --output-on-failure -j $(JOBS)) || status=1; \
 	  (cd $(UEFI_DIR) && ctest --output-on-failure) || status=1; \
 	  exit $$status
 
@@ -87,6 +108,10 @@ unit-test: host
 e2e: esp
 	@$(ROOT)/scripts/deps run
 	@cd $(UEFI_DIR) && ctest --output-on-failure -L e2e
+
+power-cuts: esp
+	@$(ROOT)/scripts/deps run
+	@QUORVEX_ESP=$(ESP_DIR) python3 $(ROOT)/tests/e2e/power_cut.py --cuts $(POWER_CUTS)
 
 clean:
 	rm -rf $(ROOT)/build

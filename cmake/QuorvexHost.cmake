@@ -215,3 +215,25 @@ if(tool_tests)
                    -p "test_*.py")
   set_tests_properties(tools PROPERTIES TIMEOUT 300 LABELS tools)
 endif()
+
+# Robustness runs of the simulator (tests/robust): seeded random sessions,
+# an allocation failure at every allocation of scripted sessions, and hostile
+# setup data service answers.
+quorvex_exists(have_robust_drivers tests/robust/sim_run.py)
+if(have_robust_drivers AND TARGET quorvex-sim)
+  set(QUORVEX_RANDOM_SESSION_SECONDS 60 CACHE STRING "Seconds of random simulator sessions")
+  add_test(NAME random-sessions
+           COMMAND ${QUORVEX_PYTHON} ${QUORVEX_SOURCE_DIR}/tests/robust/random_sessions.py
+                   --sim $<TARGET_FILE:quorvex-sim> --budget ${QUORVEX_RANDOM_SESSION_SECONDS})
+  set_tests_properties(random-sessions PROPERTIES TIMEOUT 600 LABELS robust)
+  foreach(driver alloc_failure hostile_service)
+    quorvex_exists(have_driver tests/robust/${driver}.py)
+    if(have_driver)
+      string(REPLACE "_" "-" name ${driver})
+      add_test(NAME ${name}
+               COMMAND ${QUORVEX_PYTHON} ${QUORVEX_SOURCE_DIR}/tests/robust/${driver}.py
+                       --sim $<TARGET_FILE:quorvex-sim> --out ${CMAKE_BINARY_DIR}/robust-out)
+      set_tests_properties(${name} PROPERTIES TIMEOUT 900 LABELS robust)
+    endif()
+  endforeach()
+endif()

@@ -117,4 +117,9 @@ if(TARGET esp)
                    -p "*_test.py" -v)
   set_tests_properties(e2e PROPERTIES LABELS e2e TIMEOUT 1200 RUN_SERIAL TRUE
                        ENVIRONMENT "QUORVEX_ESP=${QUORVEX_ESP_DIR};QUORVEX_BUILD=${CMAKE_BINARY_DIR}")
+  # Power cuts during a save: ten QEMU kills at random moments of F10, Yes.
+  add_test(NAME power-cuts
+           COMMAND ${QUORVEX_PYTHON} ${QUORVEX_SOURCE_DIR}/tests/e2e/power_cut.py --cuts 10)
+  set_tests_properties(power-cuts PROPERTIES LABELS e2e TIMEOUT 1500 RUN_SERIAL TRUE
+                       ENVIRONMENT "QUORVEX_ESP=${QUORVEX_ESP_DIR}")
 endif()

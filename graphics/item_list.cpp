@@ -60,10 +60,6 @@ const CHAR16* ToggleOption(const SetupItem& Item) {
   return nullptr;
 }
 
-bool ListOpen(const SetupItem& Item) {
-  return (Item.Value & 0xFF) != 0;
-}
-
 // Next row at or after Index that is not hidden, or End.
 UINT64 NextShown(const SetupItem* Items, UINT64 Index, UINT64 End) {
   while (Index < End && Items[Index].Hidden) ++Index;
@@ -130,7 +126,7 @@ void DrawRow(const SetupItem& Item, UINT64 X, UINT64 Y, bool Selected) {
     ResolveOptions(Item.Options, options);
     if (grey) {
       Quorvex_Grayout_DropDownList_Control(X, Y, width, height, label, options, Item.Data);
-    } else if (ListOpen(Item)) {
+    } else if (ItemListOpen(Item)) {
       // Drawn after every other row.
     } else if (Selected) {
       Quorvex_Selected_DropDownList_Control(X, Y, width, height, label, options, Item.Data);
@@ -289,7 +285,7 @@ void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused, UINT8
           helpKept = true;
         }
         DrawRow(item, x, Top, selected);
-        if (item.Kind == ItemDropDown && ListOpen(item) && !item.GreyedOut && open == Count) {
+        if (item.Kind == ItemDropDown && ItemListOpen(item) && !item.GreyedOut && open == Count) {
           open = Row;
           openTop = Top;
         }

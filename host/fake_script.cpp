@@ -1,6 +1,8 @@
 // Parsing and running simulator scripts (see fake_script.h).
 #include "host/fake_script.h"
 
+#include "host/parse_number.h"
+
 #include <cstdio>
 #include <sstream>
 
@@ -92,6 +94,15 @@ bool ParseNumber(const std::string& Text, UINT64 Max, UINT64* Value) {
   }
   if (value > Max) return false;
   *Value = value;
+  return true;
+}
+
+// A relative count: an optional '-' and a decimal number up to kMaxCoordinate.
+bool ParseDelta(const std::string& Text, INT32* Value) {
+  const bool negative = !Text.empty() && Text[0] == '-';
+  UINT64 magnitude;
+  if (!ParseNumber(negative ? Text.substr(1) : Text, kMaxCoordinate, &magnitude)) return false;
+  *Value = negative ? -static_cast<INT32>(magnitude) : static_cast<INT32>(magnitude);
   return true;
 }
 
@@ -298,6 +309,38 @@ bool ParseLine(const std::string& Text, int Line, std::vector<ScriptCommand>* Co
     Commands->push_back(command);
     return true;
   }
+  if (verb == "scan") {
+    UINT64 code, unit = 0;
+    if (args < 1 || args > 2 || !ParseUnsigned(words[1], 0xFFFF, &code) ||
+        (args == 2 && !ParseUnsigned(words[2], 0xFFFF, &unit)))
+      return fail("usage: scan CODE [CHAR] (each 0 to 0xFFFF)");
+    command.Kind = Verb::Key;
+    command.ScanCode = static_cast<UINT16>(code);
+    command.Char = static_cast<CHAR16>(unit);
+    Commands->push_back(command);
+    return true;
+  }
+  if (verb == "mouse") {
+    UINT64 buttons;
+    if (args != 3 || !ParseDelta(words[1], &command.DeltaX) ||
+        !ParseDelta(words[2], &command.DeltaY) || !ParseUnsigned(words[3], 3, &buttons))
+      return fail("usage: mouse DX DY BUTTONS (DX, DY from -100000 to 100000; BUTTONS 0 to 3)");
+    command.Kind = Verb::MouseState;
+    command.Buttons = static_cast<UINT32>(buttons);
+    Commands->push_back(command);
+    return true;
+  }
+  if (verb == "touch-raw") {
+    UINT64 buttons;
+    if (args != 3 || !ParseUnsigned(words[1], 0xFFFFFFFFull, &command.RawX) ||
+        !ParseUnsigned(words[2], 0xFFFFFFFFull, &command.RawY) ||
+        !ParseUnsigned(words[3], 0xFF, &buttons))
+      return fail("usage: touch-raw X Y BUTTONS (X, Y 0 to 0xFFFFFFFF; BUTTONS 0 to 0xFF)");
+    command.Kind = Verb::TouchState;
+    command.Buttons = static_cast<UINT32>(buttons);
+    Commands->push_back(command);
+    return true;
+  }
   return fail("unknown command '" + verb + "'");
 }
 
@@ -374,6 +417,13 @@ void ScriptStep(ScriptRun& Run) {
       return;
     case Verb::Touch:
       TouchAt(command.X, command.Y);
+      return;
+    case Verb::MouseState:
+      PushMouseState(command.DeltaX, command.DeltaY, (command.Buttons & 1) != 0,
+                     (command.Buttons & 2) != 0);
+      return;
+    case Verb::TouchState:
+      PushTouchState(command.RawX, command.RawY, command.Buttons);
       return;
     case Verb::Time:
       SetClock(command.Time);

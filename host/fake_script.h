@@ -14,6 +14,12 @@
 //   shot NAME               writes OUT/NAME.png
 //   expect-pixel X Y RRGGBB fails the run (status 3) unless the pixel matches
 //   quit                    ends the run (status 0)
+//   scan CODE [CHAR]        one key press with any scan code and character
+//                           (decimal or 0x hex, 0 to 0xFFFF each)
+//   mouse DX DY BUTTONS     one raw mouse state: relative counts (-100000 to
+//                           100000), buttons bit 0 left, bit 1 right
+//   touch-raw X Y BUTTONS   one raw touch-panel state in panel units (0 to
+//                           0xFFFFFFFF each axis), active buttons (0 to 0xFF)
 //
 // '#' at the start of a line, or after a blank, starts a comment (in `type`
 // too, so a typed text cannot contain " #").
@@ -32,19 +38,35 @@
 
 namespace fake {
 
-enum class Verb { Key, Click, Touch, Move, Time, Tick, Restart, Shot, ExpectPixel, Quit };
+enum class Verb {
+  Key,
+  Click,
+  Touch,
+  Move,
+  Time,
+  Tick,
+  Restart,
+  Shot,
+  ExpectPixel,
+  Quit,
+  MouseState,
+  TouchState
+};
 
 struct ScriptCommand {
   Verb Kind = Verb::Quit;
   int Line = 0;
-  std::string Source;  // the line as written, for messages
-  UINT16 ScanCode = 0; // Key
-  CHAR16 Char = 0;     // Key
-  UINT32 X = 0, Y = 0; // Click, Touch, Move, ExpectPixel
-  UINT32 Rgb = 0;      // ExpectPixel
-  EFI_TIME Time = {};  // Time
-  UINT64 Seconds = 0;  // Tick
-  std::string Name;    // Shot
+  std::string Source;           // the line as written, for messages
+  UINT16 ScanCode = 0;          // Key
+  CHAR16 Char = 0;              // Key
+  UINT32 X = 0, Y = 0;          // Click, Touch, Move, ExpectPixel
+  UINT32 Rgb = 0;               // ExpectPixel
+  EFI_TIME Time = {};           // Time
+  UINT64 Seconds = 0;           // Tick
+  std::string Name;             // Shot
+  INT32 DeltaX = 0, DeltaY = 0; // MouseState
+  UINT64 RawX = 0, RawY = 0;    // TouchState
+  UINT32 Buttons = 0;           // MouseState, TouchState
 };
 
 // Parses a whole script. On error returns false and sets Error to

@@ -3,7 +3,13 @@
 // operation trace) or interactively in a window.
 //
 //   quorvex-sim [--mode WxH]... [--settings FILE] [--script FILE] [--out DIR]
-//               [--trace] [--window]
+//               [--trace] [--window] [--fail-alloc N] [--hostile-service LIST]
+//
+// The last two are for robustness tests: --fail-alloc N makes the Nth pool
+// allocation of the run fail (0: none) and reports at the end how many
+// allocations the run made and which blocks are still held;
+// --hostile-service lays hostile answers over the setup data service and the
+// clock (host/hostile_service.h).
 //
 // Exit status: 0 at the end of the script, at `quit`, or when the utility
 // leaves through the setup data service (the firmware is reset); 1 when the
@@ -23,6 +29,7 @@
 #include "core/startup.h"
 #include "host/fake_firmware.h"
 #include "host/fake_script.h"
+#include "host/hostile_service.h"
 #include "host/sim_settings.h"
 #include "host/sim_window.h"
 // The boot volume served from the output directory (screenshots).
@@ -31,8 +38,14 @@
 
 namespace {
 
-constexpr const char* kUsage = "usage: quorvex-sim [--mode WxH]... [--settings FILE] "
-                               "[--script FILE] [--out DIR] [--trace] [--window]";
+constexpr const char* kUsage =
+    "usage: quorvex-sim [--mode WxH]... [--settings FILE] [--script FILE] [--out DIR] [--trace] "
+    "[--window]\n"
+    "                   [--fail-alloc N] [--hostile-service NAME[,NAME...]]\n"
+    "  --fail-alloc N         the Nth pool allocation of the run fails (0: none); the run ends\n"
+    "                         with the allocation count and the blocks still held\n"
+    "  --hostile-service ...  hostile answers of the setup data service and the clock:\n"
+    "                         ";
 constexpr UINT32 kMaxModeSide = 16384;
 
 struct CommandLine {
@@ -43,6 +56,8 @@ struct CommandLine {
   bool OutGiven = false;
   bool Trace = false;
   bool Window = false;
+  bool FailAllocGiven = false;
+  UINT64 FailAlloc = 0;
 };
 
 // The state the exits need. Plain globals: the run ends from deep inside
@@ -55,8 +70,15 @@ bool HaveScript = false;
 bool Live = false; // the window drives the input (no script, or the script is done)
 EFI_HANDLE PlatformImage = nullptr;
 
+void PrintUsage(std::FILE* Out) {
+  std::fprintf(Out, "%s%s\n", kUsage, sim::Hostile_Names());
+  std::fprintf(Out, "  script commands beside the documented ones: scan CODE [CHAR], "
+                    "mouse DX DY BUTTONS, touch-raw X Y BUTTONS\n");
+}
+
 [[noreturn]] void Usage(const std::string& Message) {
-  std::fprintf(stderr, "quorvex-sim: %s\n%s\n", Message.c_str(), kUsage);
+  std::fprintf(stderr, "quorvex-sim: %s\n", Message.c_str());
+  PrintUsage(stderr);
   std::exit(2);
 }
 
@@ -68,7 +90,11 @@ EFI_HANDLE PlatformImage = nullptr;
     std::fclose(TraceFile);
     TraceFile = nullptr;
   }
-  if (Args.Trace) {
+  if (Args.FailAllocGiven)
+    std::fprintf(stderr, "quorvex-sim: %llu pool allocations, %llu refused\n",
+                 static_cast<unsigned long long>(fake::Pool().Allocations),
+                 static_cast<unsigned long long>(fake::Pool().FailedAllocations));
+  if (Args.Trace || Args.FailAllocGiven) {
     const fake::PoolStats pool = fake::Pool();
     std::fprintf(stderr, "quorvex-sim: %llu pool blocks outstanding (%llu bytes)\n",
                  static_cast<unsigned long long>(pool.OutstandingCount),
@@ -151,8 +177,21 @@ void ParseCommandLine(int Argc, char** Argv) {
       Args.Trace = true;
     } else if (arg == "--window") {
       Args.Window = true;
+    } else if (arg == "--fail-alloc") {
+      const std::string text = value("--fail-alloc");
+      if (Args.FailAllocGiven) Usage("--fail-alloc given twice");
+      char* end = nullptr;
+      errno = 0;
+      const unsigned long long n = std::strtoull(text.c_str(), &end, 10);
+      if (text.empty() || text[0] < '0' || text[0] > '9' || *end != 0 || errno != 0)
+        Usage("bad allocation number '" + text + "'");
+      Args.FailAllocGiven = true;
+      Args.FailAlloc = n;
+    } else if (arg == "--hostile-service") {
+      std::string error;
+      if (!sim::Hostile_Parse(value("--hostile-service"), &error)) Usage(error);
     } else if (arg == "--help" || arg == "-h") {
-      std::printf("%s\n", kUsage);
+      PrintUsage(stdout);
       std::exit(0);
     } else {
       Usage("unknown argument '" + arg + "'");
@@ -203,6 +242,7 @@ std::string OutPath(const std::string& Name) {
 // The launcher calls this once its store is loaded, before the utility
 // starts: the --settings lines go over the defaults.
 void ApplySettings() {
+  if (sim::Hostile_Active()) sim::Hostile_Install();
   for (const sim::SettingLine& s : Settings) {
     if (!Store_SetByName(s.Name.c_str(), s.Value))
       Finish(2, Args.SettingsFile + ":" + std::to_string(s.Line) + ": '" + s.Name +
@@ -291,6 +331,7 @@ int main(int argc, char** argv) {
   }
 
   PlatformImage = fake::CreateImageHandle(u"\\EFI\\BOOT\\BOOTX64.EFI");
+  if (Args.FailAlloc) fake::FailAllocation(Args.FailAlloc);
   const fake::RunResult result = fake::RunImage(QuorvexPlatform_EntryPoint, PlatformImage);
   // The launcher came back without the utility ending the run: it could not
   // start it.

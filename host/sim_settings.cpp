@@ -2,6 +2,8 @@
 // name is a setting is the store's to say; this only checks the shape.
 #include "host/sim_settings.h"
 
+#include "host/parse_number.h"
+
 #include <sstream>
 
 namespace sim {
@@ -21,36 +23,6 @@ bool ValidName(const std::string& Name) {
   if (Name.empty()) return false;
   for (char c : Name)
     if (!((c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_')) return false;
-  return true;
-}
-
-bool ParseValue(const std::string& Text, UINT64* Value) {
-  if (Text.empty()) return false;
-  UINT64 value = 0;
-  if (Text.size() > 2 && Text[0] == '0' && (Text[1] == 'x' || Text[1] == 'X')) {
-    if (Text.size() > 18) return false;
-    for (size_t i = 2; i < Text.size(); ++i) {
-      const char c = Text[i];
-      UINT64 digit;
-      if (c >= '0' && c <= '9')
-        digit = static_cast<UINT64>(c - '0');
-      else if (c >= 'a' && c <= 'f')
-        digit = static_cast<UINT64>(c - 'a' + 10);
-      else if (c >= 'A' && c <= 'F')
-        digit = static_cast<UINT64>(c - 'A' + 10);
-      else
-        return false;
-      value = value << 4 | digit;
-    }
-  } else {
-    for (char c : Text) {
-      if (c < '0' || c > '9') return false;
-      const UINT64 digit = static_cast<UINT64>(c - '0');
-      if (value > (~0ull - digit) / 10) return false;
-      value = value * 10 + digit;
-    }
-  }
-  *Value = value;
   return true;
 }
 
@@ -74,7 +46,7 @@ bool ParseSettings(const std::string& Text, std::vector<SettingLine>* Settings,
     }
     UINT64 value;
     const std::string valueText = Trim(text.substr(equals + 1));
-    if (!ParseValue(valueText, &value)) {
+    if (!ParseUnsigned(valueText, ~0ull, &value)) {
       *Error = std::to_string(number) + ": '" + valueText +
                "' is not a number (decimal, or hex with 0x)";
       return false;

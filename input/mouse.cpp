@@ -25,28 +25,31 @@ constexpr UINT64 kDefaultFollowCount = 1;
 // A device that never stops reporting must not hold a drain forever.
 constexpr UINT64 kMaxDrainReads = 1000;
 
-constinit UINT64 CursorHideSeconds = kDefaultHideSeconds;
-constinit UINT64 TouchFollowCount = kDefaultFollowCount;
-constinit EFI_TIME LastPointerTime = {};
-
-constinit EFI_SIMPLE_POINTER_PROTOCOL** MouseList = nullptr;
-constinit UINT64 MouseCount = 0;
-constinit EFI_ABSOLUTE_POINTER_PROTOCOL** TouchList = nullptr;
-constinit UINT64 TouchCount = 0;
-constinit UINT64 PointerHandleCount = 0;
-// The arguments of the first initialisation, passed again on hot-plug.
-constinit UINT64 InitArguments[2] = {};
-
-constinit UINT8 HelpF1Pending = 0;
-constinit UINT8 HelpF9Pending = 0;
-constinit UINT8 HelpF10Pending = 0;
-constinit UINT8 HelpEscPending = 0;
-constinit EFI_INPUT_READ_KEY SavedReadKeyStroke = nullptr;
-constinit EXTENDED_KEY_READ SavedReadEfiKey = nullptr;
-constinit bool WrappersInstalled = false;
+// Everything the pointer module keeps between polls, in one place so that a
+// power-on state is one assignment.
+struct PointerState {
+  UINT64 CursorHideSeconds = kDefaultHideSeconds;
+  UINT64 TouchFollowCount = kDefaultFollowCount;
+  EFI_TIME LastPointerTime = {};
+  EFI_SIMPLE_POINTER_PROTOCOL** MouseList = nullptr;
+  UINT64 MouseCount = 0;
+  EFI_ABSOLUTE_POINTER_PROTOCOL** TouchList = nullptr;
+  UINT64 TouchCount = 0;
+  UINT64 PointerHandleCount = 0;
+  // The arguments of the first initialisation, passed again on hot-plug.
+  UINT64 InitArguments[2] = {};
+  UINT8 HelpF1Pending = 0;
+  UINT8 HelpF9Pending = 0;
+  UINT8 HelpF10Pending = 0;
+  UINT8 HelpEscPending = 0;
+  EFI_INPUT_READ_KEY SavedReadKeyStroke = nullptr;
+  EXTENDED_KEY_READ SavedReadEfiKey = nullptr;
+  bool WrappersInstalled = false;
+};
+constinit PointerState Pointer{};
 
 bool HaveDevices() {
-  return MouseCount != 0 || TouchCount != 0;
+  return Pointer.MouseCount != 0 || Pointer.TouchCount != 0;
 }
 
 void Clamp() {
@@ -75,25 +78,25 @@ EFI_TIME Now() {
 void IdleCheck() {
   const EFI_TIME now = Now();
   const UINT64 current = Seconds(now);
-  const UINT64 last = Seconds(LastPointerTime);
-  if (current - last > CursorHideSeconds) {
+  const UINT64 last = Seconds(Pointer.LastPointerTime);
+  if (current - last > Pointer.CursorHideSeconds) {
     if (CursorVisible != 0) {
       Quorvex_RestoreUnderCursor();
       CursorVisible = 0;
       Quorvex_UpdateMouse();
     }
   } else if (last > current) {
-    LastPointerTime = now;
+    Pointer.LastPointerTime = now;
   }
 }
 
 void FreeLists() {
-  if (MouseList != nullptr) Quorvex_FreePool(MouseList);
-  if (TouchList != nullptr) Quorvex_FreePool(TouchList);
-  MouseList = nullptr;
-  TouchList = nullptr;
-  MouseCount = 0;
-  TouchCount = 0;
+  if (Pointer.MouseList != nullptr) Quorvex_FreePool(Pointer.MouseList);
+  if (Pointer.TouchList != nullptr) Quorvex_FreePool(Pointer.TouchList);
+  Pointer.MouseList = nullptr;
+  Pointer.TouchList = nullptr;
+  Pointer.MouseCount = 0;
+  Pointer.TouchCount = 0;
   Quorvex_Cursor_SetDevicesPresent(false);
 }
 
@@ -138,16 +141,16 @@ void RunClickChain(bool Touch) {
 void PollMice() {
   // One of the Simple Pointer handles is the console's merged pointer, which
   // is not listed: with a single handle there is no mouse of our own.
-  if (PointerHandleCount < 2) return;
-  for (UINT64 i = 0; i < MouseCount; ++i) {
-    EFI_SIMPLE_POINTER_PROTOCOL* mouse = MouseList[i];
+  if (Pointer.PointerHandleCount < 2) return;
+  for (UINT64 i = 0; i < Pointer.MouseCount; ++i) {
+    EFI_SIMPLE_POINTER_PROTOCOL* mouse = Pointer.MouseList[i];
     EFI_SIMPLE_POINTER_STATE state = {};
     if (EFI_ERROR(mouse->GetState(mouse, &state))) {
       IdleCheck();
       continue;
     }
     CursorVisible = 1;
-    LastPointerTime = Now();
+    Pointer.LastPointerTime = Now();
     Quorvex_RestoreUnderCursor();
     CursorX += state.RelativeMovementX;
     CursorY += state.RelativeMovementY;
@@ -175,17 +178,17 @@ bool TouchPosition(EFI_ABSOLUTE_POINTER_PROTOCOL* Panel, const EFI_ABSOLUTE_POIN
 }
 
 void PollTouch() {
-  for (UINT64 i = 0; i < TouchCount; ++i) {
-    EFI_ABSOLUTE_POINTER_PROTOCOL* panel = TouchList[i];
+  for (UINT64 i = 0; i < Pointer.TouchCount; ++i) {
+    EFI_ABSOLUTE_POINTER_PROTOCOL* panel = Pointer.TouchList[i];
     EFI_ABSOLUTE_POINTER_STATE first = {};
     if (EFI_ERROR(panel->GetState(panel, &first))) {
       IdleCheck();
       continue;
     }
     CursorVisible = 1;
-    LastPointerTime = Now();
+    Pointer.LastPointerTime = Now();
     if (!TouchPosition(panel, first)) return;
-    for (UINT64 round = 0; round < TouchFollowCount * 10; ++round) {
+    for (UINT64 round = 0; round < Pointer.TouchFollowCount * 10; ++round) {
       BootServices->Stall(100);
       EFI_ABSOLUTE_POINTER_STATE next = {};
       if (!EFI_ERROR(panel->GetState(panel, &next))) TouchPosition(panel, next);
@@ -198,22 +201,23 @@ void PollTouch() {
 EFI_STATUS EFIAPI MouseReadEfiKey(ExtendedKeyCodeProtocol* This, ExtendedKeyData* Data);
 
 void InstallWrappers() {
-  if (WrappersInstalled) return;
-  WrappersInstalled = true;
-  SavedReadKeyStroke = SystemTable->ConIn->ReadKeyStroke;
+  if (Pointer.WrappersInstalled) return;
+  Pointer.WrappersInstalled = true;
+  Pointer.SavedReadKeyStroke = SystemTable->ConIn->ReadKeyStroke;
   SystemTable->ConIn->ReadKeyStroke = Quorvex_MouseReadKeyStroke;
   void* found = nullptr;
   BootServices->LocateProtocol(&kExtendedKeyCodeGuid, nullptr, &found);
   auto* keyCodes = static_cast<ExtendedKeyCodeProtocol*>(found);
   if (keyCodes != nullptr && keyCodes->ReadKeyData != MouseReadEfiKey) {
-    SavedReadEfiKey = keyCodes->ReadKeyData;
+    Pointer.SavedReadEfiKey = keyCodes->ReadKeyData;
     keyCodes->ReadKeyData = MouseReadEfiKey;
   }
 }
 
 // The pending help-bar key, if any (cleared as it is taken).
 bool TakePendingKey(UINT16* ScanCode) {
-  UINT8* const flags[] = {&HelpF1Pending, &HelpF9Pending, &HelpF10Pending, &HelpEscPending};
+  UINT8* const flags[] = {&Pointer.HelpF1Pending, &Pointer.HelpF9Pending, &Pointer.HelpF10Pending,
+                          &Pointer.HelpEscPending};
   constexpr UINT16 kScans[] = {SCAN_F1, SCAN_F9, SCAN_F10, SCAN_ESC};
   for (UINT64 i = 0; i < 4; ++i) {
     if (*flags[i] == 0) continue;
@@ -232,8 +236,8 @@ EFI_STATUS EFIAPI MouseReadEfiKey(ExtendedKeyCodeProtocol* This, ExtendedKeyData
     Data->Key.UnicodeChar = 0;
     return EFI_SUCCESS;
   }
-  if (SavedReadEfiKey == nullptr) return EFI_NOT_READY;
-  return SavedReadEfiKey(This, Data);
+  if (Pointer.SavedReadEfiKey == nullptr) return EFI_NOT_READY;
+  return Pointer.SavedReadEfiKey(This, Data);
 }
 
 } // namespace
@@ -247,14 +251,14 @@ EFI_STATUS EFIAPI Quorvex_MouseReadKeyStroke(EFI_SIMPLE_TEXT_INPUT_PROTOCOL* Thi
     Key->UnicodeChar = 0;
     return EFI_SUCCESS;
   }
-  if (SavedReadKeyStroke == nullptr) return EFI_NOT_READY;
-  return SavedReadKeyStroke(This, Key);
+  if (Pointer.SavedReadKeyStroke == nullptr) return EFI_NOT_READY;
+  return Pointer.SavedReadKeyStroke(This, Key);
 }
 
 EFI_STATUS Quorvex_MouseInit(UINT64 Argument1, UINT64 Argument2) {
-  InitArguments[0] = Argument1;
-  InitArguments[1] = Argument2;
-  CursorHideSeconds = SetupData_read_cursor_hide_seconds(Argument1, Argument2);
+  Pointer.InitArguments[0] = Argument1;
+  Pointer.InitArguments[1] = Argument2;
+  Pointer.CursorHideSeconds = SetupData_read_cursor_hide_seconds(Argument1, Argument2);
 
   UINTN mouseHandles = 0;
   EFI_HANDLE* mice = nullptr;
@@ -268,7 +272,7 @@ EFI_STATUS Quorvex_MouseInit(UINT64 Argument1, UINT64 Argument2) {
                                                  &touchHandles, &panels))) {
     touchHandles = 0;
   }
-  PointerHandleCount = mice != nullptr ? mouseHandles : 0;
+  Pointer.PointerHandleCount = mice != nullptr ? mouseHandles : 0;
   if (mice == nullptr) mouseHandles = 0;
   if (panels == nullptr) touchHandles = 0;
   if (mouseHandles == 0 && touchHandles == 0) {
@@ -279,29 +283,29 @@ EFI_STATUS Quorvex_MouseInit(UINT64 Argument1, UINT64 Argument2) {
 
   FreeLists();
   if (mouseHandles != 0) {
-    MouseList = static_cast<EFI_SIMPLE_POINTER_PROTOCOL**>(
+    Pointer.MouseList = static_cast<EFI_SIMPLE_POINTER_PROTOCOL**>(
         Quorvex_AllocatePool(mouseHandles * sizeof(EFI_SIMPLE_POINTER_PROTOCOL*)));
   }
   if (touchHandles != 0) {
-    TouchList = static_cast<EFI_ABSOLUTE_POINTER_PROTOCOL**>(
+    Pointer.TouchList = static_cast<EFI_ABSOLUTE_POINTER_PROTOCOL**>(
         Quorvex_AllocatePool(touchHandles * sizeof(EFI_ABSOLUTE_POINTER_PROTOCOL*)));
   }
-  for (UINTN i = 0; MouseList != nullptr && i < mouseHandles; ++i) {
+  for (UINTN i = 0; Pointer.MouseList != nullptr && i < mouseHandles; ++i) {
     if (mice[i] == SystemTable->ConsoleInHandle) continue;
     void* mouse = nullptr;
     BootServices->HandleProtocol(mice[i], &kSimplePointerGuid, &mouse);
     if (mouse != nullptr)
-      MouseList[MouseCount++] = static_cast<EFI_SIMPLE_POINTER_PROTOCOL*>(mouse);
+      Pointer.MouseList[Pointer.MouseCount++] = static_cast<EFI_SIMPLE_POINTER_PROTOCOL*>(mouse);
   }
-  for (UINTN i = 0; TouchList != nullptr && i < touchHandles; ++i) {
+  for (UINTN i = 0; Pointer.TouchList != nullptr && i < touchHandles; ++i) {
     void* panel = nullptr;
     BootServices->HandleProtocol(panels[i], &kAbsolutePointerGuid, &panel);
     if (panel != nullptr) {
-      TouchList[TouchCount++] = static_cast<EFI_ABSOLUTE_POINTER_PROTOCOL*>(panel);
+      Pointer.TouchList[Pointer.TouchCount++] = static_cast<EFI_ABSOLUTE_POINTER_PROTOCOL*>(panel);
     }
   }
   Quorvex_Cursor_SetDevicesPresent(HaveDevices());
-  if (TouchCount > 0) SetupData_Get_touch_follow_count(&TouchFollowCount);
+  if (Pointer.TouchCount > 0) SetupData_Get_touch_follow_count(&Pointer.TouchFollowCount);
   if (mice != nullptr) Quorvex_FreePool(mice);
   if (panels != nullptr) Quorvex_FreePool(panels);
 
@@ -315,17 +319,17 @@ void Quorvex_MousePoll() {
   UINTN size = 0;
   BootServices->LocateHandle(ByProtocol, &kSimplePointerGuid, nullptr, &size, nullptr);
   const UINT64 handles = size / sizeof(EFI_HANDLE);
-  if (handles != PointerHandleCount) {
+  if (handles != Pointer.PointerHandleCount) {
     FreeLists();
-    if (Quorvex_MouseInit(InitArguments[0], InitArguments[1]) != EFI_SUCCESS) {
-      PointerHandleCount = handles;
+    if (Quorvex_MouseInit(Pointer.InitArguments[0], Pointer.InitArguments[1]) != EFI_SUCCESS) {
+      Pointer.PointerHandleCount = handles;
       return;
     }
     if (HaveDevices()) {
       Quorvex_RestoreUnderCursor();
       Quorvex_UpdateMouse();
     }
-    PointerHandleCount = handles;
+    Pointer.PointerHandleCount = handles;
   }
   if (!HaveDevices()) return;
   PollMice();
@@ -333,16 +337,16 @@ void Quorvex_MousePoll() {
 }
 
 void Quorvex_MouseDrain() {
-  for (UINT64 i = 0; i < MouseCount; ++i) {
+  for (UINT64 i = 0; i < Pointer.MouseCount; ++i) {
     EFI_SIMPLE_POINTER_STATE state;
     for (UINT64 reads = 0; reads < kMaxDrainReads; ++reads) {
-      if (EFI_ERROR(MouseList[i]->GetState(MouseList[i], &state))) break;
+      if (EFI_ERROR(Pointer.MouseList[i]->GetState(Pointer.MouseList[i], &state))) break;
     }
   }
-  for (UINT64 i = 0; i < TouchCount; ++i) {
+  for (UINT64 i = 0; i < Pointer.TouchCount; ++i) {
     EFI_ABSOLUTE_POINTER_STATE state;
     for (UINT64 reads = 0; reads < kMaxDrainReads; ++reads) {
-      if (EFI_ERROR(TouchList[i]->GetState(TouchList[i], &state))) break;
+      if (EFI_ERROR(Pointer.TouchList[i]->GetState(Pointer.TouchList[i], &state))) break;
     }
   }
 }
@@ -357,8 +361,8 @@ bool Quorvex_PointerBusy() {
 
 void Quorvex_HelpBarClick() {
   if (Quorvex_PointerBusy()) return;
-  UINT8* const pending[kHelpBarButtons] = {&HelpF1Pending, &HelpF9Pending, &HelpF10Pending,
-                                           &HelpEscPending};
+  UINT8* const pending[kHelpBarButtons] = {&Pointer.HelpF1Pending, &Pointer.HelpF9Pending,
+                                           &Pointer.HelpF10Pending, &Pointer.HelpEscPending};
   for (UINT64 i = 0; i < kHelpBarButtons; ++i) {
     const ScreenRect r = Quorvex_HelpBar_ButtonRect(i);
     if (Quorvex_PointInRect(r.X, r.Y, r.Width, r.Height)) {
@@ -369,31 +373,20 @@ void Quorvex_HelpBarClick() {
 }
 
 void Quorvex_Mouse_RemoveWrappers() {
-  if (!WrappersInstalled || SystemTable == nullptr || BootServices == nullptr) return;
+  if (!Pointer.WrappersInstalled || SystemTable == nullptr || BootServices == nullptr) return;
   if (SystemTable->ConIn->ReadKeyStroke == Quorvex_MouseReadKeyStroke) {
-    SystemTable->ConIn->ReadKeyStroke = SavedReadKeyStroke;
+    SystemTable->ConIn->ReadKeyStroke = Pointer.SavedReadKeyStroke;
   }
   void* found = nullptr;
   BootServices->LocateProtocol(&kExtendedKeyCodeGuid, nullptr, &found);
   auto* keyCodes = static_cast<ExtendedKeyCodeProtocol*>(found);
-  if (keyCodes != nullptr && keyCodes->ReadKeyData == MouseReadEfiKey && SavedReadEfiKey) {
-    keyCodes->ReadKeyData = SavedReadEfiKey;
+  if (keyCodes != nullptr && keyCodes->ReadKeyData == MouseReadEfiKey && Pointer.SavedReadEfiKey) {
+    keyCodes->ReadKeyData = Pointer.SavedReadEfiKey;
   }
 }
 
 void Quorvex_Mouse_Reset() {
-  MouseList = nullptr;
-  TouchList = nullptr;
-  MouseCount = 0;
-  TouchCount = 0;
-  Quorvex_Cursor_Reset();
+  Pointer = {};
   Chain = {};
-  CursorHideSeconds = kDefaultHideSeconds;
-  TouchFollowCount = kDefaultFollowCount;
-  LastPointerTime = {};
-  PointerHandleCount = 0;
-  HelpF1Pending = HelpF9Pending = HelpF10Pending = HelpEscPending = 0;
-  SavedReadKeyStroke = nullptr;
-  SavedReadEfiKey = nullptr;
-  WrappersInstalled = false;
+  Quorvex_Cursor_Reset();
 }

@@ -184,9 +184,9 @@ void Quorvex_AdvancedPage_Init() {
 // Option texts and the access level, before each draw and after loading.
 void Quorvex_AdvancedPage_Refresh() {
   Quorvex_SleepCharge_BuildOptions(SleepChargeModes, AdvancedSleepChargeOptions);
-  if (AccessLevel <= 1) {
+  if (Quorvex_FullAccess()) {
     Quorvex_Page_GreyByAccessLevel(AdvancedPageItems, AdvancedPageItemCount);
-  } else if (AccessLevel <= 3) {
+  } else if (Quorvex_RestrictedAccess()) {
     // Restricted: only "System Configuration" stays usable.
     for (UINT64 row = 0; row < AdvancedPageItemCount; ++row) {
       SetGrey(Row(row), row != AdvancedRowSystemConfiguration);

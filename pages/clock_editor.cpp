@@ -14,6 +14,7 @@
 #include "graphics/draw_util.h"
 #include "graphics/item_list.h"
 #include "graphics/text_draw.h"
+#include "graphics/windows.h"
 #include "input/mouse.h"
 #include "platform/lib.h"
 #include "setup_data/text_table.h"
@@ -115,7 +116,8 @@ void DrawEditor(const ClockEditor& Editor) {
       Quorvex_Button_Control_PopUpForm(x, g.Y + 90, g.FieldWidth, 60, plus);
       Quorvex_Button_Control_PopUpForm(x, g.Y + 250, g.FieldWidth, 60, minus);
     }
-    Quorvex_DrawPicture(kCloseMark, g.X + g.Width - 32, g.Y + 10);
+    const ScreenRect close = Quorvex_CloseMark_Rect({g.X, g.Y, g.Width, g.Height});
+    Quorvex_DrawPicture(kCloseMark, close.X, close.Y);
     for (UINT32 position = kEditorField0; position <= kEditorCancel; ++position) {
       DrawControl(Editor, g, position);
     }
@@ -326,7 +328,7 @@ EFI_STATUS Quorvex_ClockEditor_Click() {
   const ClockEditorGeometry g = Quorvex_ClockEditor_Geometry();
   bool handled = false;
   for (UINT32 field = kEditorField0; field <= kEditorField2 && !handled; ++field) {
-    const UINT64 x = g.X + 20 + (g.FieldWidth + 10) * field;
+    const UINT64 x = ColumnX(g, field);
     if (Quorvex_PointInRect(x, g.Y + 150, g.FieldWidth, 100)) {
       editor->Focus = field;
       handled = true;
@@ -340,19 +342,18 @@ EFI_STATUS Quorvex_ClockEditor_Click() {
       handled = true;
     }
   }
-  if (!handled &&
-      Quorvex_PointInRect(g.X + 20 + (g.FieldWidth + 10), g.ButtonY, g.FieldWidth, 30)) {
+  if (!handled && Quorvex_PointInRect(ColumnX(g, 1), g.ButtonY, g.FieldWidth, 30)) {
     editor->Focus = kEditorOk;
     ClockEditorAccept = 1;
     handled = true;
   }
-  if (!handled &&
-      Quorvex_PointInRect(g.X + 20 + (g.FieldWidth + 10) * 2, g.ButtonY, g.FieldWidth, 30)) {
+  if (!handled && Quorvex_PointInRect(ColumnX(g, 2), g.ButtonY, g.FieldWidth, 30)) {
     editor->Focus = kEditorCancel;
     ActionBusy = 0;
     handled = true;
   }
-  if (!handled && Quorvex_PointInRect(g.X + g.Width - 32, g.Y + 10, 20, 27)) {
+  const ScreenRect close = Quorvex_CloseMark_Rect({g.X, g.Y, g.Width, g.Height});
+  if (!handled && Quorvex_PointInRect(close.X, close.Y, close.Width, close.Height)) {
     ActionBusy = 0;
     handled = true;
   }

@@ -139,7 +139,7 @@ void Quorvex_ExitPage_Init2() {
 
 void Quorvex_ExitPage_Refresh() {
   SetupItem& defaults = ExitPageItems[ExitRowLoadDefaults];
-  SetGrey(defaults, AccessLevel > 1);
+  SetGrey(defaults, !Quorvex_FullAccess());
   FixFocus(ExitPageItems, ExitPageItemCount);
 }
 

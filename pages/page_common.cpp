@@ -362,8 +362,8 @@ void Quorvex_Page_HideAbsent(SetupItem* Items, UINT64 Count) {
 }
 
 void Quorvex_Page_GreyByAccessLevel(SetupItem* Items, UINT64 Count) {
-  if (AccessLevel > 3) return;
-  const bool grey = AccessLevel >= 2;
+  if (!Quorvex_FullAccess() && !Quorvex_RestrictedAccess()) return; // not computed yet
+  const bool grey = Quorvex_RestrictedAccess();
   for (UINT64 i = 0; i < Count; ++i) SetGrey(Items[i], grey);
 }
 

@@ -141,9 +141,6 @@ inline void SetItemState(SetupItem& Item, UINT8 State) {
 inline UINT64 Quorvex_Page_RowValue(const SetupItem& Item) {
   return Item.Kind == ItemOptionCycle ? ItemState(Item) : Item.Data;
 }
-inline bool ItemListOpen(const SetupItem& Item) {
-  return (Item.Value & 0xFF) != 0;
-}
 
 // Reads a setting of width T into an item word: the word keeps its value when
 // the read fails.

@@ -5,6 +5,7 @@
 #include "reference_platform/image_decode.h"
 
 #include "platform/lib.h"
+#include "reference_platform/store.h"
 
 namespace {
 
@@ -78,6 +79,78 @@ bool UsableSize(const void* Data, UINT64 Size) {
   return Data && Size > 0 && Size <= 0x7FFFFFFFull;
 }
 
+UINT32 BigEndian32(const UINT8* B) {
+  return static_cast<UINT32>(B[0]) << 24 | static_cast<UINT32>(B[1]) << 16 |
+         static_cast<UINT32>(B[2]) << 8 | B[3];
+}
+
+// The decoder trusts the structure of the data more than damaged data
+// deserves, so a picture's structure is checked before it is handed over.
+//
+// PNG: every chunk lies inside the data and carries a correct CRC, and the
+// picture ends with IEND (a truncated or damaged picture is refused whole
+// instead of being drawn in part).
+bool PngSound(const UINT8* B, UINT64 Size) {
+  UINT64 at = 8;
+  while (at + 12 <= Size) {
+    const UINT64 length = BigEndian32(B + at);
+    if (length > Size - at - 12) return false;
+    const UINT32 stored = BigEndian32(B + at + 8 + length);
+    if (Store_Crc32(B + at + 4, length + 4) != stored) return false;
+    if (MemCompare(B + at + 4, "IEND", 4) == 0) return true;
+    at += 12 + length;
+  }
+  return false;
+}
+
+// JPEG: the marker segments lie inside the data, no Huffman table lists more
+// than 256 codes (the decoder would write past its code tables), and the
+// picture ends with its end-of-image marker.
+bool JpegHuffmanTablesSound(const UINT8* B, UINT64 End) {
+  UINT64 at = 0;
+  while (at < End) {
+    if (End - at < 17) return false;
+    UINT64 codes = 0;
+    for (UINT64 k = 1; k <= 16; ++k) codes += B[at + k];
+    if (codes > 256 || codes > End - at - 17) return false;
+    at += 17 + codes;
+  }
+  return true;
+}
+
+bool JpegSound(const UINT8* B, UINT64 Size) {
+  UINT64 at = 2; // after the start-of-image marker
+  bool entropyData = false;
+  while (at + 1 < Size) {
+    if (entropyData) {
+      // Coded data runs to the next marker other than a stuffed zero byte,
+      // a restart marker or fill.
+      const UINT8 next = B[at + 1];
+      if (B[at] != 0xFF || next == 0x00 || next == 0xFF || (next >= 0xD0 && next <= 0xD7)) {
+        at += B[at] == 0xFF && next != 0xFF ? 2 : 1;
+        continue;
+      }
+      entropyData = false;
+    }
+    if (B[at] != 0xFF) return false;
+    const UINT8 marker = B[at + 1];
+    if (marker == 0xFF) {
+      ++at; // fill byte
+      continue;
+    }
+    at += 2;
+    if (marker == 0xD9) return true;
+    if ((marker >= 0xD0 && marker <= 0xD7) || marker == 0x01) continue; // no length
+    if (Size - at < 2) return false;
+    const UINT64 length = static_cast<UINT64>(B[at]) << 8 | B[at + 1];
+    if (length < 2 || length > Size - at) return false;
+    if (marker == 0xC4 && !JpegHuffmanTablesSound(B + at + 2, length - 2)) return false;
+    at += length;
+    if (marker == 0xDA) entropyData = true;
+  }
+  return false;
+}
+
 } // namespace
 
 ImageFormat ImageDecode_Format(const void* Data, UINT64 Size) {
@@ -91,7 +164,11 @@ ImageFormat ImageDecode_Format(const void* Data, UINT64 Size) {
 
 EFI_STATUS ImageDecode_Info(const void* Data, UINT64 Size, UINT32* Width, UINT32* Height) {
   if (!UsableSize(Data, Size) || !Width || !Height) return EFI_INVALID_PARAMETER;
-  if (ImageDecode_Format(Data, Size) == ImageFormatUnknown) return EFI_UNSUPPORTED;
+  const ImageFormat format = ImageDecode_Format(Data, Size);
+  const UINT8* bytes = static_cast<const UINT8*>(Data);
+  if (format == ImageFormatUnknown) return EFI_UNSUPPORTED;
+  if (format == ImageFormatPng && !PngSound(bytes, Size)) return EFI_UNSUPPORTED;
+  if (format == ImageFormatJpeg && !JpegSound(bytes, Size)) return EFI_UNSUPPORTED;
   int w = 0, h = 0, channels = 0;
   if (!stbi_info_from_memory(static_cast<const stbi_uc*>(Data), static_cast<int>(Size), &w, &h,
                              &channels) ||

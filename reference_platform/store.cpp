@@ -99,7 +99,14 @@ bool RecordValid(const StoreRecord& Record) {
       Record.SettingCount != kStoreSettingCount || Record.Size != sizeof(StoreRecord) ||
       Record.Fingerprint != kFingerprint)
     return false;
-  return Record.Crc32 == Store_Crc32(&Record, offsetof(StoreRecord, Crc32));
+  if (Record.Crc32 != Store_Crc32(&Record, offsetof(StoreRecord, Crc32))) return false;
+  for (const StoredPassword& entry : Record.Passwords) {
+    if (entry.Installed > 1) return false;
+    if (entry.Installed &&
+        (entry.Iterations == 0 || entry.Iterations > kStoredPasswordMaxIterations))
+      return false;
+  }
+  return true;
 }
 
 } // namespace

@@ -47,6 +47,9 @@ enum PasswordKind : UINT32 {
 };
 
 constexpr UINTN kPasswordSaltSize = 16;
+// The most hash iterations a stored password may ask for: a record asking
+// for more is damaged (a check would otherwise run for hours).
+constexpr UINT32 kStoredPasswordMaxIterations = 50000;
 constexpr UINTN kPasswordHashSize = 32;
 
 struct StoredPassword {

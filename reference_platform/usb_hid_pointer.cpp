@@ -50,6 +50,9 @@ struct Device {
   // What GetState hands out next, and whether it differs from what it
   // handed out last.
   bool Changed;
+  // Buttons pressed in any report since GetState last handed out a state: a
+  // tap or click that begins and ends between two polls is still seen once.
+  UINT32 PressedSinceRead;
   EFI_SIMPLE_POINTER_PROTOCOL Simple;
   EFI_SIMPLE_POINTER_MODE SimpleMode;
   EFI_SIMPLE_POINTER_STATE SimpleState;
@@ -101,6 +104,7 @@ EFI_STATUS EFIAPI SimpleReset(EFI_SIMPLE_POINTER_PROTOCOL* This, BOOLEAN) {
     return EFI_INVALID_PARAMETER;
   }
   d->SimpleState = {};
+  d->PressedSinceRead = 0;
   d->Changed = false;
   PlatformBootServices->RestoreTPL(old);
   return EFI_SUCCESS;
@@ -114,6 +118,9 @@ EFI_STATUS EFIAPI SimpleGetState(EFI_SIMPLE_POINTER_PROTOCOL* This,
   EFI_STATUS status = d == nullptr ? EFI_INVALID_PARAMETER : EFI_NOT_READY;
   if (d != nullptr && d->Changed) {
     *State = d->SimpleState;
+    if ((d->PressedSinceRead & 1) != 0) State->LeftButton = 1;
+    if ((d->PressedSinceRead & 2) != 0) State->RightButton = 1;
+    d->PressedSinceRead = 0;
     // Movement is reported once; the buttons stay as they are.
     d->SimpleState.RelativeMovementX = 0;
     d->SimpleState.RelativeMovementY = 0;
@@ -133,6 +140,7 @@ EFI_STATUS EFIAPI AbsoluteReset(EFI_ABSOLUTE_POINTER_PROTOCOL* This, BOOLEAN) {
     return EFI_INVALID_PARAMETER;
   }
   d->AbsoluteState = {};
+  d->PressedSinceRead = 0;
   d->Changed = false;
   PlatformBootServices->RestoreTPL(old);
   return EFI_SUCCESS;
@@ -146,6 +154,8 @@ EFI_STATUS EFIAPI AbsoluteGetState(EFI_ABSOLUTE_POINTER_PROTOCOL* This,
   EFI_STATUS status = d == nullptr ? EFI_INVALID_PARAMETER : EFI_NOT_READY;
   if (d != nullptr && d->Changed) {
     *State = d->AbsoluteState;
+    State->ActiveButtons |= d->PressedSinceRead;
+    d->PressedSinceRead = 0;
     d->Changed = false;
     status = EFI_SUCCESS;
   }
@@ -177,6 +187,7 @@ void Fold(Device* D, const HidPointerSample& S) {
       next.CurrentY = static_cast<UINT64>(S.Y);
     }
     next.ActiveButtons = (S.Contact ? 1u : 0u) | ((S.Buttons & 2) != 0 ? 2u : 0u);
+    D->PressedSinceRead |= next.ActiveButtons;
     if (next.CurrentX != D->AbsoluteState.CurrentX || next.CurrentY != D->AbsoluteState.CurrentY ||
         next.ActiveButtons != D->AbsoluteState.ActiveButtons) {
       D->AbsoluteState = next;
@@ -194,6 +205,7 @@ void Fold(Device* D, const HidPointerSample& S) {
   s.RelativeMovementZ = AddClamped(s.RelativeMovementZ, S.Wheel);
   s.LeftButton = left;
   s.RightButton = right;
+  D->PressedSinceRead |= (left ? 1u : 0u) | (right ? 2u : 0u);
 }
 
 EFI_STATUS EFIAPI OnReport(void* Data, UINTN Length, void* Context, UINT32 Status);

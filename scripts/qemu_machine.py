@@ -66,12 +66,14 @@ def utility_drawn(img):
 class Machine:
     def __init__(self, esp, work_dir, display="none", vars_file=None, keep_vars=False,
                  serial_log=None, shutdown_exits=False, memory_mb=512, extra_args=(),
-                 pointers=("tablet",), image=None):
+                 pointers=("tablet",), image=None, image_writable=False):
         """display: "none" (headless), "vnc" (127.0.0.1), or "window".
         pointers: the USB pointing devices, "tablet" and/or "mouse".
-        image: a raw disk image to boot instead of the ESP directory."""
+        image: a raw disk image to boot instead of the ESP directory; its
+        writes are dropped unless image_writable."""
         self.esp = os.path.abspath(esp)
         self.image = os.path.abspath(image) if image else None
+        self.image_writable = image_writable
         self.pointers = tuple(pointers)
         os.makedirs(work_dir, exist_ok=True)
         self.work_dir = tempfile.mkdtemp(prefix="qemu-", dir=os.path.abspath(work_dir))
@@ -94,7 +96,9 @@ class Machine:
         if self.image:
             if not os.path.isfile(self.image):
                 raise MachineError(f"no disk image {self.image} (run make image)")
-            disk = f"format=raw,file={self.image},snapshot=on"
+            disk = f"format=raw,file={self.image}"
+            if not self.image_writable:
+                disk += ",snapshot=on"
         elif not os.path.isfile(os.path.join(self.esp, "EFI", "BOOT", "BOOTX64.EFI")):
             raise MachineError(f"{self.esp} has no EFI/BOOT/BOOTX64.EFI (run make esp)")
         else:

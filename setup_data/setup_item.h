@@ -54,6 +54,11 @@ template <typename T> inline UINT64 ItemDataFrom(T* Pointer) {
   return reinterpret_cast<UINT64>(Pointer);
 }
 
+// A drop-down row's list is open while the low byte of its Value is set.
+inline bool ItemListOpen(const SetupItem& Item) {
+  return (Item.Value & 0xFF) != 0;
+}
+
 // Set while an item's action runs (the pages skip their own loops then).
 extern UINT8 ActionBusy;
 // The same while an action of the System Configuration sub-page runs.

@@ -1,13 +1,15 @@
 """The screenshot key on the real firmware: F12 on two pages writes
 \\screenshots\\quorvex-0000.png and -0001.png to the volume the platform was
-loaded from (a writable copy of build/esp served as a FAT drive); after QEMU
-stops, both files decode to exactly the screendumps taken at the same
-moments. F12 in a password field writes nothing. The time from the key to the
+loaded from (a GPT disk image holding a FAT copy of build/esp, as make image
+writes it; QEMU's directory-backed FAT drive can garble files it is given);
+after QEMU stops, both files are read back with mtools and decode to exactly
+the screendumps taken at the same moments. F12 in a password field writes nothing. The time from the key to the
 platform's "saved" line on the serial port is printed (one screenshot, TCG).
 """
 import os
 import re
 import shutil
+import subprocess
 import sys
 import tempfile
 import time
@@ -17,20 +19,39 @@ import harness
 from qemu_machine import Machine
 from screen_checks import same_screen, settle
 
+FIRST_PARTITION_LBA = 2048  # where make_image.py puts the ESP
 SAVED = re.compile(r"screenshot saved as \\screenshots\\(quorvex-\d{4}\.png)")
 
 
 class ScreenshotKeyTest(harness.QemuTestCase):
     def setUp(self):
         os.makedirs(harness.WORK, exist_ok=True)
-        self.volume = tempfile.mkdtemp(prefix="esp-", dir=harness.WORK)
-        shutil.rmtree(self.volume)
-        shutil.copytree(harness.ESP, self.volume)
-        self.addCleanup(shutil.rmtree, self.volume, True)
+        self.folder = tempfile.mkdtemp(prefix="screenshots-", dir=harness.WORK)
+        self.addCleanup(shutil.rmtree, self.folder, True)
+        self.image = os.path.join(self.folder, "disk.img")
+        made = subprocess.run([sys.executable, os.path.join(harness.ROOT, "scripts", "make_image.py"),
+                               "--esp", harness.ESP, "--out", self.image],
+                              capture_output=True, text=True, check=True).stdout
+        self.partition = f"{self.image}@@{FIRST_PARTITION_LBA * 512}"
+        self.assertIn(f"LBA {FIRST_PARTITION_LBA}", made)
+
+    def files_on_volume(self):
+        """The screenshot folder of the volume, copied out with mtools."""
+        out = os.path.join(self.folder, "screenshots")
+        os.makedirs(out, exist_ok=True)
+        listing = subprocess.run(["mdir", "-b", "-i", self.partition, "::/screenshots"],
+                                 capture_output=True, text=True)
+        names = sorted(os.path.basename(line.strip()).lower()
+                       for line in listing.stdout.splitlines() if line.strip())
+        for name in names:
+            subprocess.run(["mcopy", "-n", "-i", self.partition, f"::/screenshots/{name}",
+                            os.path.join(out, name)], check=True)
+        return out, names
 
     def boot_copy(self):
-        self.machine = Machine(self.volume, harness.WORK, display="none",
-                               serial_log=self.artefact(".serial.log"))
+        self.machine = Machine(harness.ESP, harness.WORK, display="none",
+                               serial_log=self.artefact(".serial.log"), image=self.image,
+                               image_writable=True)
         self.machine.start()
         self.addCleanup(self._stop_machine)
         self.machine.wait_until_drawn(self.boot_timeout)
@@ -81,8 +102,8 @@ class ScreenshotKeyTest(harness.QemuTestCase):
         self.assertEqual(len(self.saved_lines()), 2, m.serial_text()[-2000:])
         m.stop()
 
-        folder = os.path.join(self.volume, "screenshots")
-        self.assertEqual(sorted(os.listdir(folder)), ["quorvex-0000.png", "quorvex-0001.png"])
+        folder, names = self.files_on_volume()
+        self.assertEqual(names, ["quorvex-0000.png", "quorvex-0001.png"])
         for name in (name0, name1):  # kept with the other artefacts of the run
             shutil.copyfile(os.path.join(folder, name), self.artefact("." + name))
         shot0 = harness.pngread.read(os.path.join(folder, name0))

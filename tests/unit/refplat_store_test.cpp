@@ -104,6 +104,19 @@ TEST_F(RefPlatStoreTest, DamagedRecordsGiveDefaults) {
   schema[offsetof(StoreRecord, Fingerprint)] ^= 0x5A;
   Reseal(&schema);
   cases.push_back({"other schema", schema});
+  // Sealed, but a password entry that would make every check run for hours
+  // (found by the store fuzz target), or that is neither set nor unset.
+  const size_t user = offsetof(StoreRecord, Passwords) + PasswordUser * sizeof(StoredPassword);
+  auto slow = good;
+  const UINT32 iterations = 0xFFFFFFFF;
+  slow[user + offsetof(StoredPassword, Installed)] = 1;
+  std::memcpy(slow.data() + user + offsetof(StoredPassword, Iterations), &iterations, 4);
+  Reseal(&slow);
+  cases.push_back({"password hash iterations beyond any real one", slow});
+  auto flag = good;
+  flag[user + offsetof(StoredPassword, Installed)] = 2;
+  Reseal(&flag);
+  cases.push_back({"password installed flag neither 0 nor 1", flag});
 
   for (const Damage& damage : cases) {
     SCOPED_TRACE(damage.What);

@@ -239,6 +239,19 @@ TEST_F(UsbHidPointerTest, TabletBecomesAnAbsolutePointerUntilStop) {
   tablet->Send({0x01, 0x00, 0x40, 0x00, 0x20, 0x00});
   EXPECT_EQ(p->GetState(p, &state), EFI_NOT_READY);
 
+  // A tap that begins and ends between two polls is handed out once as a
+  // contact, then the lifted state.
+  tablet->Send({0x00, 0x00, 0x40, 0x00, 0x20, 0x00});
+  ASSERT_EQ(p->GetState(p, &state), EFI_SUCCESS);
+  tablet->Send({0x01, 0x00, 0x50, 0x00, 0x20, 0x00});
+  tablet->Send({0x00, 0x00, 0x50, 0x00, 0x20, 0x00});
+  ASSERT_EQ(p->GetState(p, &state), EFI_SUCCESS);
+  EXPECT_EQ(state.ActiveButtons, 1u);
+  EXPECT_EQ(state.CurrentX, 0x5000u);
+  tablet->Send({0x00, 0x00, 0x51, 0x00, 0x20, 0x00});
+  ASSERT_EQ(p->GetState(p, &state), EFI_SUCCESS);
+  EXPECT_EQ(state.ActiveButtons, 0u);
+
   // A foreign This is refused.
   EFI_ABSOLUTE_POINTER_PROTOCOL other = *p;
   EXPECT_EQ(p->GetState(&other, &state), EFI_INVALID_PARAMETER);
@@ -306,6 +319,16 @@ TEST_F(UsbHidPointerTest, MouseMovementAccumulatesUntilRead) {
   ASSERT_EQ(p->GetState(p, &state), EFI_SUCCESS);
   EXPECT_TRUE(state.LeftButton);
   EXPECT_EQ(state.RelativeMovementX, 0);
+  // A click pressed and released between two polls still counts once.
+  mouse->Send({0x00, 0x00, 0x00, 0x00});
+  ASSERT_EQ(p->GetState(p, &state), EFI_SUCCESS);
+  mouse->Send({0x01, 0x00, 0x00, 0x00});
+  mouse->Send({0x00, 0x00, 0x00, 0x00});
+  ASSERT_EQ(p->GetState(p, &state), EFI_SUCCESS);
+  EXPECT_TRUE(state.LeftButton);
+  mouse->Send({0x00, 0x02, 0x00, 0x00});
+  ASSERT_EQ(p->GetState(p, &state), EFI_SUCCESS);
+  EXPECT_FALSE(state.LeftButton);
 
   // A transfer error stops the transfer; its reports no longer count.
   mouse->Send({}, 0x4);
