@@ -48,7 +48,9 @@ void Select(SetupItem* Items, UINT64 Count, UINT64 Row) {
 } // namespace
 
 // The general help: OK and the close mark close it (as Esc would), the
-// scroll bar's track turns its pages towards the click.
+// scroll bar's track turns its pages towards the click. It takes every click
+// while it is open: the window it covers (a boot order dialog, an open list)
+// must not act on a click meant for the help.
 EFI_STATUS Quorvex_GeneralHelp_Click() {
   if (GeneralHelpOpen == 0) return EFI_ABORTED;
   const GeneralHelpGeometry g = Quorvex_GeneralHelp_Geometry();
@@ -60,7 +62,7 @@ EFI_STATUS Quorvex_GeneralHelp_Click() {
   const ScreenRect track = g.ScrollTrack;
   const UINT64 pages = Quorvex_GeneralHelp_PageCount();
   if (pages < 2 || !Quorvex_PointInRect(track.X, track.Y, track.Width, track.Height)) {
-    return EFI_ABORTED;
+    return EFI_SUCCESS;
   }
   const UINT64 page = Quorvex_GeneralHelp_PageIndex();
   const UINT64 thumbTop = track.Y + track.Height * page / pages;
@@ -73,7 +75,8 @@ EFI_STATUS Quorvex_GeneralHelp_Click() {
   return EFI_SUCCESS;
 }
 
-// The buttons of the open choice window.
+// The buttons of the open choice window. A click elsewhere is taken and
+// ignored, so that it cannot reach the window the choice window covers.
 EFI_STATUS Quorvex_ChoiceWindow_Click() {
   if (ChoiceWindowOpen == 0) return EFI_ABORTED;
   for (UINT64 button = 0; button < ChoiceWindowButtons; ++button) {
@@ -84,7 +87,7 @@ EFI_STATUS Quorvex_ChoiceWindow_Click() {
       return EFI_SUCCESS;
     }
   }
-  return EFI_ABORTED;
+  return EFI_SUCCESS;
 }
 
 namespace {

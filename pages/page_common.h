@@ -84,6 +84,7 @@ bool Quorvex_Page_InTabStrip();
 bool Quorvex_Page_OnTab(UINT32 Tab);
 bool Quorvex_Page_InItemArea();
 // The buttons of the open choice window (Yes / No of the confirmations).
+// While a choice window or the general help is open it takes every click.
 EFI_STATUS Quorvex_ChoiceWindow_Click();
 // OK, the close mark and the scroll track of the open general help.
 EFI_STATUS Quorvex_GeneralHelp_Click();

@@ -1,0 +1,104 @@
+"""The general help and the boot order dialog driven by tablet taps alone on
+the real firmware, in one boot: Help in the help bar opens the general help
+and its OK closes it; the boot order dialog is opened from the Advanced page,
+LAN is moved up and OK keeps it; F10 and Yes (both tapped) save and reset,
+and after the reset the dialog shows LAN in the second row."""
+import unittest
+
+import harness
+from screen_checks import TEAL, Region, settle
+
+GREYED_PAGE = 0x75787D      # the page colour under the grey-out
+HELP_WINDOW = 0xD8E1F2      # the general help's window fill
+
+
+class Layout:
+    """Click targets and probes on the 1024 x 768 screen (line height 20)."""
+    help_button = (900, 505)          # help bar, first button (y 480..530)
+    save_button = (900, 625)          # help bar, third button (F10)
+    help_ok = (512, 550)              # general help OK (462..562 x 535..565)
+    help_probe = (300, 560)           # help window fill, page colour when closed
+    advanced_tab = (130, 540)
+    lower_list_half = (758, 650)      # scroll rectangle: the list's second page
+    change_boot_order = (400, 370)    # its row on the second page
+    page_probe = (300, 700)           # greyed while a dialog is open
+    lan_row = (400, 295)              # third device row (y 286..306)
+    up_button = (620, 405)
+    ok_button = (450, 530)
+    second_row = (400, 276)           # y 266..286
+    second_row_probe = (510, 276)
+    # The second row's label and the selected device's picture.
+    second_label = (332, 266, 60, 20)
+    picture = (604, 291, 36, 48)
+    yes_button = (457, 455)
+
+
+class ClickDialogsTest(harness.QemuTestCase):
+    def tap_until(self, point, what, problems):
+        """Taps point and waits until problems(img) is empty."""
+        self.machine.click(*point)
+        return settle(self.machine, problems, what=what)
+
+    def colour_is(self, point, colour, what):
+        def check(img):
+            found = img.pixel(*point)
+            return [] if found == colour else [f"{what}: {found:06X} at {point}"]
+        return check
+
+    def open_boot_order(self, L):
+        self.tap_until(L.advanced_tab, "the Advanced tab",
+                       self.colour_is((200, 505), TEAL, "Advanced tab highlighted"))
+        self.tap_until(L.lower_list_half, "the list's second page",
+                       self.colour_is((310, 385), 0xF1F4FA, "Change Boot Order shown"))
+        self.tap_until(L.change_boot_order, "Change Boot Order selected",
+                       self.colour_is((310, 385), TEAL, "Change Boot Order selected"))
+        return self.tap_until(L.change_boot_order, "the boot order dialog",
+                              self.colour_is(L.page_probe, GREYED_PAGE, "screen greyed"))
+
+    def test_help_and_boot_order_by_taps(self):
+        m = self.boot()
+        L = Layout
+
+        # General help: opened by the help bar's Help, closed by its OK.
+        self.tap_until(L.help_button, "the general help",
+                       self.colour_is(L.help_probe, HELP_WINDOW, "help window"))
+        m.screenshot(self.artefact("_help_open.png"))
+        self.tap_until(L.help_ok, "the general help to close",
+                       self.colour_is(L.help_probe, harness.PAGE_COLOUR, "page colour"))
+        m.screenshot(self.artefact("_help_closed.png"))
+
+        # Boot order: LAN (third row) one up, OK.
+        self.open_boot_order(L)
+        self.tap_until(L.lan_row, "LAN selected",
+                       self.colour_is((510, 296), TEAL, "third row selected"))
+        moved = self.tap_until(L.up_button, "LAN moved up",
+                               self.colour_is(L.second_row_probe, TEAL, "second row selected"))
+        m.screenshot(self.artefact("_boot_order.png"))
+        lan_label = Region(moved, *L.second_label)
+        lan_picture = Region(moved, *L.picture)
+        self.tap_until(L.ok_button, "the dialog to close",
+                       self.colour_is(L.page_probe, harness.PAGE_COLOUR, "page colour"))
+
+        # F10 and Yes by taps: the settings are saved and the machine resets.
+        self.tap_until(L.save_button, "the Exit Saving Changes window",
+                       self.colour_is((310, 300), 0xF1F4FA, "choice window face"))
+        m.click(*L.yes_button)
+        try:
+            m.wait_event("RESET", 90)
+        except TimeoutError:
+            self.fail("no reset within 90 s after Yes")
+        m.wait_until_redrawn(self.boot_timeout)
+
+        # The dialog again: the second row is LAN.
+        self.open_boot_order(L)
+        after = self.tap_until(L.second_row, "the second row selected",
+                               self.colour_is(L.second_row_probe, TEAL, "second row selected"))
+        m.screenshot(self.artefact("_boot_order_after_reset.png"))
+        self.assertEqual(Region(after, *L.second_label), lan_label,
+                         "the second row's label is not LAN's after the reset")
+        self.assertEqual(Region(after, *L.picture), lan_picture,
+                         "the selected device's picture is not LAN's after the reset")
+
+
+if __name__ == "__main__":
+    unittest.main()
