@@ -8,11 +8,12 @@ import time
 import unittest
 
 import harness
-from screen_checks import Region, settle
+from screen_checks import TAB_PAGE_FOCUS, TEAL, Region, settle
 
 # The password window's title line at 1024x768. The machine has a USB tablet,
 # so the on-screen keyboard runs and the window sits above it (y = H x 25/200).
 TITLE = (281, 113, 420, 40)
+SECURITY_TAB = (240, 350)  # inside the Security tab, clear of its caption
 
 
 class PasswordStoreTest(harness.QemuTestCase):
@@ -27,9 +28,18 @@ class PasswordStoreTest(harness.QemuTestCase):
 
     def test_set_and_verify_with_the_shipped_iterations(self):
         m = self.boot()
-        m.key("down")
+        settle(m, what="the utility to settle")
+        # A key sent while the utility is still starting may be flushed:
+        # Down is sent again until the Security tab takes the highlight.
+        for _ in range(3):
+            m.key("down")
+            if settle(m).pixel(*SECURITY_TAB) == TEAL:
+                break
+        else:
+            self.fail("the Security tab did not take the highlight")
         m.key("right")
         page = settle(m)
+        self.assertEqual(page.pixel(*SECURITY_TAB), TAB_PAGE_FOCUS, "the Security page has no focus")
         centre = page.pixel(512, 384)
 
         m.key("ret")  # User: "Enter New Password"
