@@ -37,7 +37,7 @@ int main(int argc, char** argv) {
   }
   std::printf("%u iterations: %.1f ms of processor time per hash (best of 5)\n", iterations,
               best * 1e3);
-  std::printf("0.1 s per hash: about %.0f iterations (hash begins %02x)\n",
-              iterations * 0.1 / best, out[0]);
+  std::printf("0.1 s per hash: about %.0f iterations (hash begins %02x)\n", iterations * 0.1 / best,
+              out[0]);
   return 0;
 }
