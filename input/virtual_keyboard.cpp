@@ -207,7 +207,13 @@ EFI_STATUS ReadTextInputEx(EFI_INPUT_KEY* Key) {
 }
 
 // Takes the reader off the console and forgets everything of this run.
+// The registry slot that takes the reader off if a restart abandons the
+// password field.
+constinit UINTN RestartSlot = kNoRestartSlot;
+
 void Release() {
+  Quorvex_Restart_Unregister(RestartSlot);
+  RestartSlot = kNoRestartSlot;
   VirtualKeyboardActive = 0;
   if (VirtualKeyboardSavedReadKeyStroke != nullptr && SystemTable != nullptr) {
     SystemTable->ConIn->ReadKeyStroke = VirtualKeyboardSavedReadKeyStroke;
@@ -264,6 +270,7 @@ EFI_STATUS Quorvex_VirtualKeyboard_Start() {
   Quorvex_VirtualKeyboard_Draw();
   VirtualKeyboardSavedReadKeyStroke = SystemTable->ConIn->ReadKeyStroke;
   SystemTable->ConIn->ReadKeyStroke = Quorvex_VirtualKeyboard_ReadKeyStroke;
+  RestartSlot = Quorvex_Restart_Register([](void*) { Release(); }, nullptr);
   return EFI_SUCCESS;
 }
 
@@ -320,11 +327,8 @@ EFI_STATUS EFIAPI Quorvex_VirtualKeyboard_ReadKeyStroke(EFI_SIMPLE_TEXT_INPUT_PR
   return ReadTextInputEx(Key);
 }
 
-void Quorvex_VirtualKeyboard_Forget() {
-  if (VirtualKeyboardActive != 0) Release();
-}
-
 void Quorvex_VirtualKeyboard_Reset() {
+  RestartSlot = kNoRestartSlot;
   VirtualKeyboardActive = 0;
   VirtualKeyboardEnabled = 0;
   VirtualKeyboardSavedReadKeyStroke = nullptr;

@@ -71,8 +71,5 @@ EFI_STATUS Quorvex_VirtualKeyboard_Touch();
 EFI_STATUS EFIAPI Quorvex_VirtualKeyboard_ReadKeyStroke(EFI_SIMPLE_TEXT_INPUT_PROTOCOL* This,
                                                         EFI_INPUT_KEY* Key);
 
-// A restart abandoned the password field: the reader comes off the console
-// and the lists are freed, whatever the platform says now.
-void Quorvex_VirtualKeyboard_Forget();
 // Host tests: every global back to its power-on value (nothing is freed).
 void Quorvex_VirtualKeyboard_Reset();

@@ -396,7 +396,6 @@ void Quorvex_Page_OpenDropDown(SetupItem* Page) {
 }
 
 void Quorvex_Pages_ForgetModalState() {
-  Quorvex_VirtualKeyboard_Forget();
   Quorvex_SecurityPasswordDialog_Forget();
   ClockEditorOpen = 0;
   ClockEditorAccept = 0;

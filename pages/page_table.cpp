@@ -109,9 +109,19 @@ constexpr ClickStep kClickOrder[] = {
     {kRowExit, &PageRow::MouseClick},     {kRowMain, &PageRow::MouseClick},
     {kRowSecurity, &PageRow::MouseClick}, {kRowPower, &PageRow::MouseClick},
     {kRowAdvanced, &PageRow::MouseClick}, {kRowAdvanced, &PageRow::MouseClick2},
-    {kRowExit, &PageRow::MouseClick2},    {kRowSystemConfiguration, &PageRow::MouseClick},
 };
-constexpr UINTN kSwappedTail = 2;
+constexpr ClickStep kMouseTail[] = {{kRowExit, &PageRow::MouseClick2},
+                                    {kRowSystemConfiguration, &PageRow::MouseClick}};
+constexpr ClickStep kTouchTail[] = {{kRowSystemConfiguration, &PageRow::MouseClick},
+                                    {kRowExit, &PageRow::MouseClick2}};
+
+// Offers the click to Steps in order; true when one took it.
+template <UINTN N> bool Offer(const ClickStep (&Steps)[N], INT64 X, INT64 Y) {
+  for (const ClickStep& c : Steps) {
+    if ((kPageTable[c.Row].*(c.Handler))(X, Y) == EFI_SUCCESS) return true;
+  }
+  return false;
+}
 
 // The tab rows in tab order (the sub-page shares the Advanced tab).
 constexpr PageRowId kTabRows[kTabCount] = {kRowMain, kRowSecurity, kRowPower, kRowAdvanced,
@@ -169,12 +179,7 @@ void Quorvex_Pages_ForEachView(void (*Routine)(const PageView& View)) {
 EFI_STATUS Quorvex_Pages_ClickChain(bool Touch) {
   const INT64 x = CursorX;
   const INT64 y = CursorY;
-  constexpr UINTN count = sizeof kClickOrder / sizeof kClickOrder[0];
-  for (UINTN i = 0; i < count; ++i) {
-    UINTN step = i;
-    if (Touch && i >= count - kSwappedTail) step = (count - kSwappedTail) + (count - 1 - i);
-    const ClickStep& c = kClickOrder[step];
-    if ((kPageTable[c.Row].*(c.Handler))(x, y) == EFI_SUCCESS) return EFI_SUCCESS;
-  }
-  return EFI_ABORTED;
+  if (Offer(kClickOrder, x, y)) return EFI_SUCCESS;
+  const bool taken = Touch ? Offer(kTouchTail, x, y) : Offer(kMouseTail, x, y);
+  return taken ? EFI_SUCCESS : EFI_ABORTED;
 }
