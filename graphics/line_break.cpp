@@ -132,6 +132,12 @@ bool Quorvex_TextLayout_Next(TextLayoutCursor* Cursor, TextLayoutStep* Step) {
   if (Cursor->Pen + Step->Advance > Cursor->Width) {
     Cursor->Pen = 0;
     ++Step->Breaks;
+    // A blank that does not fit ends the line: it is not carried over to
+    // start the next one (which would indent that line by a blank).
+    if (unit == u' ') {
+      Step->Glyph = 0;
+      Step->Advance = 0;
+    }
   }
   Step->Pen = Cursor->Pen;
   Cursor->Pen += Step->Advance;

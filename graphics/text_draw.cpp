@@ -152,7 +152,7 @@ EFI_STATUS Quorvex_DrawString(const CHAR16* Text, EFI_GRAPHICS_OUTPUT_BLT_PIXEL 
   Quorvex_TextLayout_Start(&cursor, Text, Width);
   while (Quorvex_TextLayout_Next(&cursor, &step)) {
     line += lineHeight * step.Breaks;
-    if (step.IsMark) continue;
+    if (step.IsMark || step.Glyph == 0) continue;
     // The last line that fits is the one whose top is at most Height − LH.
     if (line + lineHeight > Height) return EFI_INVALID_PARAMETER;
     Quorvex_Font_Draw(step.Glyph, X + step.Pen, Y + line, Foreground, Background);
