@@ -1,11 +1,36 @@
 // The bounded formatter: any format string (UTF-16 or ASCII), any mix of
 // arguments (numbers, strings, null strings, too few), any capacity. The
 // output must stay inside the buffer and always be terminated.
-#include <cstring>
 #include <vector>
 
 #include "platform/lib.h"
 #include "tests/fuzz/fuzz_support.h"
+
+namespace {
+
+// Formats the raw bytes (little-endian units) into an exact-size buffer.
+template <typename Char, typename Formatter>
+void CheckFormat(const std::vector<uint8_t>& Rest, size_t Capacity, bool NullFormat,
+                 const std::vector<FormatArg>& Args, Formatter Format) {
+  std::vector<Char> format(Rest.size() / sizeof(Char) + 1);
+  for (size_t i = 0; i + 1 < format.size(); ++i) {
+    unsigned unit = 0;
+    for (size_t b = 0; b < sizeof(Char); ++b) unit |= Rest[sizeof(Char) * i + b] << (8 * b);
+    format[i] = static_cast<Char>(unit);
+  }
+  format.back() = 0;
+  std::vector<Char> out(Capacity);
+  const UINTN n = Format(Capacity ? out.data() : nullptr, Capacity,
+                         NullFormat ? nullptr : format.data(), Args.data(), Args.size());
+  if (Capacity == 0) {
+    fuzz::Check(n == 0, "nothing is written without capacity");
+  } else {
+    fuzz::Check(n < Capacity, "length within the buffer");
+    fuzz::Check(out[n] == 0, "terminated at the returned length");
+  }
+}
+
+} // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* Data, size_t Size) {
   fuzz::Bytes in(Data, Size);
@@ -55,33 +80,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* Data, size_t Size) {
   }
   const std::vector<uint8_t> rest = in.Rest();
 
-  if (flags & 1) {
-    std::vector<CHAR16> format(rest.size() / 2 + 1);
-    for (size_t i = 0; i + 1 < format.size(); ++i)
-      format[i] = static_cast<CHAR16>(rest[2 * i] | rest[2 * i + 1] << 8);
-    format.back() = 0;
-    std::vector<CHAR16> out(capacity);
-    const UINTN n = FormatV(capacity ? out.data() : nullptr, capacity,
-                            (flags & 2) ? nullptr : format.data(), args.data(), args.size());
-    if (capacity == 0) {
-      fuzz::Check(n == 0, "nothing is written without capacity");
-    } else {
-      fuzz::Check(n < capacity, "length within the buffer");
-      fuzz::Check(out[n] == 0, "terminated at the returned length");
-    }
-  } else {
-    std::vector<CHAR8> format(rest.size() + 1);
-    if (!rest.empty()) std::memcpy(format.data(), rest.data(), rest.size());
-    format.back() = 0;
-    std::vector<CHAR8> out(capacity);
-    const UINTN n = AsciiFormatV(capacity ? out.data() : nullptr, capacity,
-                                 (flags & 2) ? nullptr : format.data(), args.data(), args.size());
-    if (capacity == 0) {
-      fuzz::Check(n == 0, "nothing is written without capacity");
-    } else {
-      fuzz::Check(n < capacity, "length within the buffer");
-      fuzz::Check(out[n] == 0, "terminated at the returned length");
-    }
-  }
+  if (flags & 1)
+    CheckFormat<CHAR16>(rest, capacity, flags & 2, args, FormatV);
+  else
+    CheckFormat<CHAR8>(rest, capacity, flags & 2, args, AsciiFormatV);
   return 0;
 }

@@ -24,7 +24,6 @@ class Run:
         self.reached_end = False
         self.allocations = None
         self.outstanding = None
-        self.outstanding_sizes = []
 
 
 def run_sim(sim, script_lines, settings=None, modes=None, extra=(), out_dir=None, timeout=60):
@@ -43,7 +42,10 @@ def run_sim(sim, script_lines, settings=None, modes=None, extra=(), out_dir=None
     script_path = os.path.join(out_dir, "session.sim")
     with open(script_path, "w", encoding="utf-8") as f:
         f.write("\n".join(list(script_lines) + ["shot " + END_SHOT]) + "\n")
-    args = [sim, "--script", script_path, "--out", out_dir, "--trace", "--fail-alloc", "0"]
+    args = [sim, "--script", script_path, "--out", out_dir, "--trace"]
+    # No refused allocation unless the caller asks for one.
+    if "--fail-alloc" not in extra:
+        args += ["--fail-alloc", "0"]
     if settings:
         settings_path = os.path.join(out_dir, "session.settings")
         with open(settings_path, "w", encoding="utf-8") as f:
@@ -52,10 +54,6 @@ def run_sim(sim, script_lines, settings=None, modes=None, extra=(), out_dir=None
     for mode in modes or []:
         args += ["--mode", mode]
     args += list(extra)
-    # The last --fail-alloc wins: callers pass their own after the default.
-    if "--fail-alloc" in extra:
-        i = args.index("--fail-alloc")
-        del args[i:i + 2]
     run = Run()
     run.command = args
     env = dict(os.environ)
@@ -82,8 +80,6 @@ def run_sim(sim, script_lines, settings=None, modes=None, extra=(), out_dir=None
     m = re.search(r"quorvex-sim: (\d+) pool blocks outstanding", run.stderr)
     if m:
         run.outstanding = int(m.group(1))
-    run.outstanding_sizes = sorted(
-        int(x) for x in re.findall(r"^\s+block #\d+: (\d+) bytes", run.stderr, re.M))
     if own_dir:
         holder.cleanup()
     return run

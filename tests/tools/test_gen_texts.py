@@ -67,29 +67,7 @@ class RejectionTest(SourceCase):
         path = self.write("ok.txt", '[Fits]\nen = "%s"\n' % ("a" * 897 + astral))
         self.assertEqual(gen_texts.utf16_units(gen_texts.load([path])[0].text("en")), 899)
 
-    def test_malformed_tab_marks(self):
-        cases = {
-            "letter after x": ("Move %xA here", "'%x' followed by 'A'"),
-            "x at the end": ("Trailing %x", "followed by the end of the text"),
-            "lone percent": ("Half 50%", "lone '%' at the end"),
-        }
-        for name, (text, fragment) in cases.items():
-            with self.subTest(name):
-                self.assertRejected('\n[Marks]\nen = "ok"\nja = "%s"\n' % text, 4, "Marks",
-                                    fragment)
-
-    def test_marks_must_match_between_non_empty_slots(self):
-        cases = {
-            "missing mark": ('en = "A%x1000B"\nfr = "A B"\n', 3),
-            "different value": ('en = "A%x220<On>"\nja = "A%x200<On>"\n', 3),
-        }
-        for name, (body, line) in cases.items():
-            with self.subTest(name):
-                self.assertRejected("[Tabbed]\n" + body, line, "Tabbed", "tab marks")
-
-    def test_duplicate_ids(self):
-        self.assertRejected('[Twice]\nen = "a"\n[Twice]\nen = "b"\n', 3, "Twice",
-                            "duplicate entry id (first defined at line 1)")
+    def test_duplicate_ids_across_files(self):
         first = self.write("first.txt", '[Shared]\nen = "a"\n')
         second = self.write("second.txt", '# other page\n[Shared]\nen = "b"\n')
         with self.assertRaises(gen_texts.TextError) as caught:
@@ -108,6 +86,16 @@ class RejectionTest(SourceCase):
             "no English": ('[E]\nja = "a"\n', 1, "E", "English slot is empty"),
             "short \\u escape": ('[E]\nen = "a\\u0A"\n', 2, "E", "four hexadecimal digits"),
             "surrogate by \\u": ('[E]\nen = "a\\uD800b"\n', 2, "E", "not a character"),
+            "id twice": ('[E]\nen = "a"\n[E]\nen = "b"\n', 3, "E",
+                         "duplicate entry id (first defined at line 1)"),
+            "letter after x": ('[E]\nen = "ok"\nja = "Move %xA here"\n', 3, "E",
+                               "'%x' followed by 'A'"),
+            "x at the end": ('[E]\nen = "ok"\nja = "Trailing %x"\n', 3, "E",
+                             "followed by the end of the text"),
+            "lone percent": ('[E]\nen = "ok"\nja = "Half 50%"\n', 3, "E", "lone '%' at the end"),
+            "missing tab mark": ('[E]\nen = "A%x1000B"\nfr = "A B"\n', 3, "E", "tab marks"),
+            "different tab mark": ('[E]\nen = "A%x220<On>"\nja = "A%x200<On>"\n', 3, "E",
+                                   "tab marks"),
         }
         for name, (content, line, entry_id, fragment) in cases.items():
             with self.subTest(name):
