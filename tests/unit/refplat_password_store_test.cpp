@@ -101,6 +101,7 @@ TEST_F(SaltTest, RngProtocolFirstThenRdrandThenTheMix) {
   ASSERT_TRUE(Password_Set(PasswordUser, u"secret"));
   EXPECT_EQ(Hex(Store_Password(PasswordUser)->Salt, kPasswordSaltSize),
             "a0a1a2a3a4a5a6a7a8a9aaabacadaeaf");
+  EXPECT_EQ(gRng.Calls, 1);
   EXPECT_EQ(gRdrand.Reads, 0);
   EXPECT_TRUE(Password_Verify(PasswordUser, u"secret"));
 
@@ -158,6 +159,7 @@ TEST_F(IterationTest, ShippedIterationCount) {
   Password_SetIterations(lowered);
   const StoredPassword* entry = Store_Password(PasswordSupervisor);
   EXPECT_EQ(entry->Iterations, kPasswordIterations);
+  EXPECT_GE(kPasswordIterations, 100000u);
   // The hash is PBKDF2 over the UTF-16LE text with the stored salt and count.
   UINT8 expected[kPasswordHashSize];
   const char16_t text[] = u"Pa55word";
