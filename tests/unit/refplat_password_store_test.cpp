@@ -96,7 +96,7 @@ protected:
   }
 };
 
-TEST_F(SaltTest, TheRngProtocolComesFirst) {
+TEST_F(SaltTest, RngProtocolFirstThenRdrandThenTheMix) {
   InstallRng();
   ASSERT_TRUE(Password_Set(PasswordUser, u"secret"));
   EXPECT_EQ(Hex(Store_Password(PasswordUser)->Salt, kPasswordSaltSize),
@@ -104,11 +104,10 @@ TEST_F(SaltTest, TheRngProtocolComesFirst) {
   EXPECT_EQ(gRng.Calls, 1);
   EXPECT_EQ(gRdrand.Reads, 0);
   EXPECT_TRUE(Password_Verify(PasswordUser, u"secret"));
-}
 
-TEST_F(SaltTest, RdrandWhenTheProtocolFailsOrIsMissing) {
-  InstallRng();
+  // The protocol fails: RDRAND, whatever the protocol scribbled is replaced.
   gRng.Answer = EFI_DEVICE_ERROR;
+  gRng.Calls = 0;
   UINT8 salt[20];
   EXPECT_EQ(Salt_Fill(salt, sizeof(salt)), SaltSource_Rdrand);
   EXPECT_EQ(gRng.Calls, 1);
@@ -187,12 +186,10 @@ TEST_F(IterationTest, StoredCountsAreHonouredWithinLimits) {
   EXPECT_TRUE(Password_Verify(PasswordUser, u"old"));
   EXPECT_FALSE(Password_Verify(PasswordUser, u"olD"));
   // Damaged counts match nothing, and quickly.
-  entry->Iterations = 0;
-  EXPECT_FALSE(Password_Verify(PasswordUser, u"old"));
-  entry->Iterations = kPasswordMaxIterations + 1;
-  EXPECT_FALSE(Password_Verify(PasswordUser, u"old"));
-  entry->Iterations = 0xFFFFFFFFu;
-  EXPECT_FALSE(Password_Verify(PasswordUser, u"old"));
+  for (UINT32 damaged : {0u, kPasswordMaxIterations + 1, 0xFFFFFFFFu}) {
+    entry->Iterations = damaged;
+    EXPECT_FALSE(Password_Verify(PasswordUser, u"old")) << damaged;
+  }
 }
 
 // ---------------------------------------------------------------------------

@@ -98,11 +98,6 @@ TEST_F(RefPlatServicesTest, BatteryQuestionFollowsTheStore) {
   EXPECT_EQ(ops->Operation[kPlatformBatteryQuestion](), 1u);
   Store_SetByName("battery_disable_allowed", 0);
   EXPECT_EQ(ops->Operation[kPlatformBatteryQuestion](), 0u);
-  for (UINTN i = 0; i < kPlatformServiceOperationCount; ++i) {
-    if (i != kPlatformBatteryQuestion) {
-      EXPECT_EQ(ops->Operation[i](), 0u) << i;
-    }
-  }
 }
 
 TEST_F(RefPlatServicesTest, ExtendedKeysCarryPs2Codes) {
@@ -140,9 +135,8 @@ TEST(RefPlatSystemInfo, ProcessorSpeedFromTheBrand) {
   EXPECT_EQ(std::u16string(text), u"1.80 GHz");
   ASSERT_TRUE(SystemInfo_SpeedFromBrand("Some CPU @ 800 MHz", text, 32));
   EXPECT_EQ(std::u16string(text), u"800 MHz");
-  EXPECT_FALSE(SystemInfo_SpeedFromBrand("QEMU Virtual CPU version 2.5+", text, 32));
-  EXPECT_FALSE(SystemInfo_SpeedFromBrand("Odd @ fast", text, 32));
-  EXPECT_FALSE(SystemInfo_SpeedFromBrand("Odd @ 3.0", text, 32));
+  for (const char* brand : {"QEMU Virtual CPU version 2.5+", "Odd @ fast", "Odd @ 3.0"})
+    EXPECT_FALSE(SystemInfo_SpeedFromBrand(brand, text, 32)) << brand;
   ASSERT_TRUE(SystemInfo_SpeedFromBrand("X @ 1.80GHz", text, 4)); // cut, still terminated
   EXPECT_EQ(std::u16string(text), u"1.8");
 }

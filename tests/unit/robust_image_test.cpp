@@ -35,6 +35,9 @@ class RobustImageTest : public RefPlatTest {
 protected:
   void SetUp() override {
     RefPlatTest::SetUp();
+    Repaint();
+  }
+  static void Repaint() {
     ImageDisplay_ClearCache();
     for (UINT32 y = 0; y < 64; ++y)
       for (UINT32 x = 0; x < 64; ++x) fake::SetPixel(x, y, 0x345678);
@@ -66,9 +69,7 @@ TEST_F(RobustImageTest, PicturesCutShortAtAnyLengthDrawNothing) {
     EXPECT_EQ(fake::Pool().OutstandingCount, outstanding);
     EXPECT_EQ(Draw(whole, jpeg), EFI_SUCCESS);
     EXPECT_FALSE(Untouched());
-    ImageDisplay_ClearCache();
-    for (UINT32 y = 0; y < 64; ++y)
-      for (UINT32 x = 0; x < 64; ++x) fake::SetPixel(x, y, 0x345678);
+    Repaint();
   }
 }
 
@@ -87,9 +88,7 @@ TEST_F(RobustImageTest, DamagedPngChunksAreRefused) {
 TEST_F(RobustImageTest, JpegHuffmanTableWithTooManyCodesIsRefused) {
   const std::vector<UINT8> whole = Picture(true);
   ASSERT_EQ(Draw(whole, true), EFI_SUCCESS);
-  ImageDisplay_ClearCache();
-  for (UINT32 y = 0; y < 64; ++y)
-    for (UINT32 x = 0; x < 64; ++x) fake::SetPixel(x, y, 0x345678);
+  Repaint();
   // The first Huffman table segment: its sixteen code counts are raised so
   // they add up to 16 x 255, and the segment grows to hold that many values.
   size_t dht = 2;

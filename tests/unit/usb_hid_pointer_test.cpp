@@ -37,41 +37,13 @@ struct FakeHid {
   EFI_HANDLE Handle = nullptr;
 
   Bytes Config() const {
-    const UINT16 n = static_cast<UINT16>(Report.size());
-    return {0x09,
-            0x02,
-            0x22,
-            0x00,
-            0x01,
-            0x01,
-            0x00,
-            0xA0,
-            0x32,
-            0x09,
-            0x04,
-            0x00,
-            0x00,
-            0x01,
-            0x03,
-            Interface.InterfaceSubClass,
-            Interface.InterfaceProtocol,
-            0x00,
-            0x09,
-            0x21,
-            0x11,
-            0x01,
-            0x00,
-            0x01,
-            0x22,
-            static_cast<UINT8>(n),
-            static_cast<UINT8>(n >> 8),
-            0x07,
-            0x05,
-            0x81,
-            0x03,
-            0x08,
-            0x00,
-            0x0A};
+    const UINT8 low = static_cast<UINT8>(Report.size());
+    const UINT8 high = static_cast<UINT8>(Report.size() >> 8);
+    const UINT8 sub = Interface.InterfaceSubClass, proto = Interface.InterfaceProtocol;
+    // Configuration, interface, HID (report descriptor length) and endpoint.
+    return {0x09, 0x02, 0x22, 0x00, 0x01,  0x01, 0x00, 0xA0, 0x32, 0x09, 0x04, 0x00,
+            0x00, 0x01, 0x03, sub,  proto, 0x00, 0x09, 0x21, 0x11, 0x01, 0x00, 0x01,
+            0x22, low,  high, 0x07, 0x05,  0x81, 0x03, 0x08, 0x00, 0x0A};
   }
 
   // Delivers a report as the host controller would (Status 0: no error).
