@@ -55,7 +55,7 @@ TEST_F(TextTableTest, AnEmptySlotStaysEmptyAndNullReferencesGiveNoText) {
   const CHAR16 Text[] = u"Only English";
   for (UINTN i = 0; Text[i] != 0; ++i) EnglishOnly.English[i] = Text[i];
 
-  for (UINT64 Lang : {1, 2, 0}) {
+  for (UINT64 Lang : {UINT64{1}, UINT64{2}, UINT64{0}}) {
     Language = Lang;
     EXPECT_EQ(Slot(TextOf(TEXT(EnglishOnly))), Lang == 0 ? u"Only English" : u"") << Lang;
   }
