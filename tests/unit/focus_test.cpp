@@ -91,15 +91,6 @@ TEST(FixFocus, LeavesAValidFocusAloneAndClearsItWhenNothingCanHoldIt) {
   EXPECT_EQ(Focus(items), items.size()) << "no row can take it";
 }
 
-TEST(FixFocus, MainTableAtTheMostRestrictedLevelHasNoFocus) {
-  std::vector<SetupItem> items(MainPageItems, MainPageItems + MainPageItemCount);
-  items[MainRowSystemTime].GreyedOut = 1;
-  items[MainRowSystemDate].GreyedOut = 1;
-  items[MainRowLanguage].GreyedOut = 1;
-  FixFocus(items.data(), items.size());
-  EXPECT_EQ(Focus(items), items.size());
-}
-
 int gActions = 0;
 SetupItem* gActionPage = nullptr;
 UINT8 gBusyDuringAction = 0;

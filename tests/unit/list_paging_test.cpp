@@ -71,7 +71,6 @@ protected:
 };
 
 SetupItem* const kPower = PowerManagementPageItems;
-const std::vector<Step> kIntoPowerSteps = {K(kDown), K(kDown), K(kRight)};
 
 TEST_F(ListPagingTest, GreyedPowerPageTurnsItsPagesWithoutAFocus) {
   Restricted();
@@ -110,41 +109,6 @@ TEST_F(ListPagingTest, GreyedPowerPageTurnsItsPagesWithoutAFocus) {
   for (size_t i = 2; i < states.size(); ++i) EXPECT_EQ(states[i], kStatePowerPage);
   // The second page's first row is drawn at the top, greyed.
   EXPECT_GT(FirstRowOf(kPower, count, 1), 0u);
-}
-
-TEST_F(ListPagingTest, RestrictedAdvancedShowsItsFirstPageAndKeepsTheFocus) {
-  Restricted();
-  std::vector<UINT64> shown;
-  std::vector<UINT64> focus;
-  std::vector<UINT32> states;
-  const UINT64& count = AdvancedPageItemCount;
-  RunSteps({K(kDown), K(kDown), K(kDown), K(kRight), K(kPageUp), K(kEnter), K(kPageUp), K(kDown),
-            K(kPageUp), K(kPageDown)},
-           [&](size_t) {
-             shown.push_back(Shown(AdvancedPageItems, count));
-             focus.push_back(SelectedIndex(AdvancedPageItems, count));
-             states.push_back(PageState);
-           });
-  ASSERT_EQ(shown.size(), 10u);
-  ASSERT_EQ(Pages(AdvancedPageItems, count), 2u);
-  // Only "System Configuration" can hold the focus: it is on the second page.
-  EXPECT_EQ(focus[3], static_cast<UINT64>(AdvancedRowSystemConfiguration));
-  EXPECT_EQ(shown[3], 1u);
-  // Page Up shows the first page; the focus stays.
-  EXPECT_EQ(shown[4], 0u);
-  EXPECT_EQ(focus[4], static_cast<UINT64>(AdvancedRowSystemConfiguration));
-  // Enter on a page that does not show the focus only brings its page back:
-  // the sub-page is not entered unseen.
-  EXPECT_EQ(shown[5], 1u);
-  EXPECT_EQ(states[5], kStateAdvancedPage);
-  // Down (no row further down can take the focus) brings it back as well.
-  EXPECT_EQ(shown[6], 0u);
-  EXPECT_EQ(shown[7], 1u);
-  EXPECT_EQ(focus[7], static_cast<UINT64>(AdvancedRowSystemConfiguration));
-  // Page Down onto the focused row's page keeps the focus where it is.
-  EXPECT_EQ(shown[8], 0u);
-  EXPECT_EQ(shown[9], 1u);
-  EXPECT_EQ(focus[9], static_cast<UINT64>(AdvancedRowSystemConfiguration));
 }
 
 TEST_F(ListPagingTest, WithFullAccessTheFocusFollowsToTheNewPage) {
@@ -192,30 +156,6 @@ TEST_F(ListPagingTest, ScrollRectangleClicksTurnPagesAndNeverReachARow) {
     EXPECT_EQ(focus[i], static_cast<UINT64>(AdvancedRowSystemConfiguration)) << i;
     EXPECT_EQ(states[i], kStateAdvancedPage) << "no row activated, no state change " << i;
   }
-}
-
-TEST_F(ListPagingTest, ClickOnTheShownPageSelectsItsRowWithFullAccess) {
-  // A click in the scroll rectangle beside row 1 (on the shown page's
-  // segment) neither turns the page nor reaches the row; one below turns to
-  // page 1; then a click on the first page's top row hits that row.
-  const UINT32 x = 1024 * 3 / 4 - 10;
-  std::vector<UINT64> focus;
-  std::vector<UINT64> shown;
-  const UINT64& count = PowerManagementPageItemCount;
-  RunSteps(
-      {K(kDown), K(kDown), K(kRight), ClickAt(x, 130), ClickAt(x, 600), K(kUp), ClickAt(400, 60)},
-      [&](size_t) {
-        focus.push_back(SelectedIndex(kPower, count));
-        shown.push_back(Shown(kPower, count));
-      });
-  ASSERT_EQ(focus.size(), 7u);
-  EXPECT_EQ(focus[3], 0u) << "row 1 under the rectangle is not selected";
-  EXPECT_EQ(shown[3], 0u);
-  const UINT64 second = FirstRowOf(kPower, count, 1);
-  EXPECT_EQ(focus[4], second);
-  EXPECT_EQ(shown[4], 1u);
-  EXPECT_LT(focus[5], second) << "Up moves to the last row of the first page";
-  EXPECT_EQ(focus[6], 0u) << "the first page is shown again: its top row is hit";
 }
 
 } // namespace

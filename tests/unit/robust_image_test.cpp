@@ -36,6 +36,9 @@ protected:
   void SetUp() override {
     RefPlatTest::SetUp();
     ImageDisplay_ClearCache();
+    Blank();
+  }
+  static void Blank() {
     for (UINT32 y = 0; y < 64; ++y)
       for (UINT32 x = 0; x < 64; ++x) fake::SetPixel(x, y, 0x345678);
   }
@@ -67,8 +70,7 @@ TEST_F(RobustImageTest, PicturesCutShortAtAnyLengthDrawNothing) {
     EXPECT_EQ(Draw(whole, jpeg), EFI_SUCCESS);
     EXPECT_FALSE(Untouched());
     ImageDisplay_ClearCache();
-    for (UINT32 y = 0; y < 64; ++y)
-      for (UINT32 x = 0; x < 64; ++x) fake::SetPixel(x, y, 0x345678);
+    Blank();
   }
 }
 
@@ -88,8 +90,7 @@ TEST_F(RobustImageTest, JpegHuffmanTableWithTooManyCodesIsRefused) {
   const std::vector<UINT8> whole = Picture(true);
   ASSERT_EQ(Draw(whole, true), EFI_SUCCESS);
   ImageDisplay_ClearCache();
-  for (UINT32 y = 0; y < 64; ++y)
-    for (UINT32 x = 0; x < 64; ++x) fake::SetPixel(x, y, 0x345678);
+  Blank();
   // The first Huffman table segment: its sixteen code counts are raised so
   // they add up to 16 x 255, and the segment grows to hold that many values.
   size_t dht = 2;

@@ -13,13 +13,6 @@
 
 namespace {
 
-size_t CountLines(const std::vector<std::string>& Lines, const std::string& Prefix) {
-  size_t n = 0;
-  for (const std::string& l : Lines)
-    if (l == Prefix || l.rfind(Prefix + " ", 0) == 0) ++n;
-  return n;
-}
-
 class StartupTest : public SessionTest {
 protected:
   fake::Options FirmwareOptions() const override { return Opts; }
@@ -114,14 +107,6 @@ TEST_F(StartupTest, MissingDebugTraceIsIgnored) {
   EXPECT_EQ(fake::PixelAt(600, 700), 0xEBF1FAu);
 }
 
-TEST_F(StartupTest, FixedScreenRegionsAreDrawnInTheirColours) {
-  RunProduct();
-  // Page area and right column; the left band carries the picture.
-  EXPECT_EQ(fake::PixelAt(600, 700), 0xEBF1FAu);
-  EXPECT_EQ(fake::PixelAt(1000, 5), 0xD8E1F2u);
-  EXPECT_NE(fake::PixelAt(100, 5), 0xEBF1FAu);
-}
-
 // The restart pass repeats the mode choice and the layout but neither binds
 // again nor reads the settings again; only the first installation of the
 // trigger protocol restarts, because the notification closes its event and
@@ -132,7 +117,7 @@ TEST_F(StartupTest, RestartRebuildsTheScreenOnceWithoutReadingSettingsAgain) {
   RunProduct(3, [&](int Round) {
     if (Round == 0) {
       setUpLines = Trace.size();
-      EXPECT_EQ(CountLines(Trace, "op 16"), 1u);
+      EXPECT_EQ(TraceCount("op 16"), 1u);
       EXPECT_EQ(MainPageItems[0].Width, rowWidth);
       MainPageItems[0].Width = 0; // the layout must put it back
       fake::TriggerRestart();
