@@ -65,14 +65,6 @@ TEST_F(ExitPageTest, NoEscAndNDoNothing) {
   }
 }
 
-TEST_F(ExitPageTest, EscThenYesLeavesWithoutSavingWithAborted) {
-  const fake::RunResult run = RunMarked({kEsc, Char(u'y')});
-  EXPECT_TRUE(run.Reset);
-  ASSERT_FALSE(Trace.empty());
-  EXPECT_EQ(Trace.back(), "op 2 0x8000000000000015");
-  EXPECT_EQ(Find("op 28", Marks.at(1)), Trace.size()) << "nothing is stored";
-}
-
 TEST_F(ExitPageTest, AccessLevelFromThePlatformsAnswers) {
   struct Case {
     UINT64 Supervisor, Rights, Restricted, Level;
@@ -87,32 +79,6 @@ TEST_F(ExitPageTest, AccessLevelFromThePlatformsAnswers) {
     EXPECT_EQ(ExitPageItems[ExitRowLoadDefaults].GreyedOut, c.Level > 1 ? 1 : 0);
     Fresh();
   }
-}
-
-TEST_F(ExitPageTest, F9AtAccessLevel2DoesNothingAtAll) {
-  Settings["supervisor_access"] = 0;
-  Settings["bios_access_rights"] = 1;
-  std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> before;
-  std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> after;
-  Marks.clear();
-  Run({kF9, kDown, kDown, kDown, kDown, kRight, kDown, kDown}, [&](size_t Round) {
-    Marks.push_back(Trace.size());
-    if (Round == 0) before = fake::Framebuffer();
-    if (Round == 1) after = fake::Framebuffer();
-  });
-  EXPECT_EQ(AccessLevel, 2u);
-  EXPECT_EQ(Find("op 0"), Trace.size());
-  ASSERT_EQ(before.size(), after.size());
-  EXPECT_TRUE(std::equal(
-      before.begin(), before.end(), after.begin(),
-      [](const EFI_GRAPHICS_OUTPUT_BLT_PIXEL& A, const EFI_GRAPHICS_OUTPUT_BLT_PIXEL& B) {
-        return A.Red == B.Red && A.Green == B.Green && A.Blue == B.Blue;
-      }))
-      << "no question window was drawn";
-  EXPECT_EQ(Marks.at(1), Marks.at(0)) << "no operation at all";
-  // Inside the Exit page, Down from the first row skips the greyed row.
-  EXPECT_EQ(States.back(), kStateExitPage);
-  EXPECT_EQ(ExitPageItems[ExitRowDisableBattery].Selected, 1);
 }
 
 TEST_F(ExitPageTest, F9ThenYesLoadsTheDefaultsIntoEveryPage) {

@@ -61,10 +61,9 @@ TEST(FocusMovement, GreyedHiddenAndHeadingRowsAreSkipped) {
   EXPECT_EQ(Focus(items), 4u);
   SelectPrevious(items.data(), items.size());
   EXPECT_EQ(Focus(items), 0u);
-}
 
-TEST(FocusMovement, NothingMovesWithoutAFocusedRow) {
-  std::vector<SetupItem> items = {Row(ItemButton), Row(ItemButton)};
+  // Without a focused row nothing moves.
+  items[0].Selected = 0;
   SelectNext(items.data(), items.size());
   SelectPrevious(items.data(), items.size());
   EXPECT_EQ(Focus(items), items.size());

@@ -1,10 +1,9 @@
 // Turning the screen pages of a long item list: Page Up / Page Down and the
 // scroll rectangle change the page shown, the focus follows only onto a page
 // that can hold it, Up / Down and character keys bring the focused row's page
-// back, and the scroll bar's thumb shows where the page is.
+// back.
 #include <functional>
 
-#include "graphics/colours.h"
 #include "graphics/item_list.h"
 #include "session_support.h"
 
@@ -47,17 +46,6 @@ protected:
   static UINT64 Shown(const SetupItem* Items, UINT64 Count) {
     return Quorvex_Item_ShownPage(Items, Count, nullptr);
   }
-  static UINT64 Pages(const SetupItem* Items, UINT64 Count) {
-    UINT64 pages = 0;
-    Quorvex_Item_ShownPage(Items, Count, &pages);
-    return pages;
-  }
-  // The scroll bar's thumb colour at the middle of page Page's segment.
-  static UINT32 ThumbAt(UINT64 Page, UINT64 PageCount) {
-    const UINT64 track = ScreenHeight - 100;
-    const UINT64 y = 50 + track * Page / PageCount + track / PageCount / 2;
-    return fake::PixelAt(static_cast<UINT32>(3 * ScreenWidth / 4 - 8), static_cast<UINT32>(y));
-  }
   static UINT64 FirstRowOf(const SetupItem* Items, UINT64 Count, UINT64 Page) {
     UINT64 starts[kMaxItemPages];
     Quorvex_Item_Pages(Items, Count, nullptr, nullptr, starts);
@@ -71,45 +59,6 @@ protected:
 };
 
 SetupItem* const kPower = PowerManagementPageItems;
-
-TEST_F(ListPagingTest, GreyedPowerPageTurnsItsPagesWithoutAFocus) {
-  Restricted();
-  std::vector<UINT32> thumbTop;
-  std::vector<UINT32> thumbBottom;
-  std::vector<UINT64> shown;
-  std::vector<UINT32> states;
-  RunSteps(
-      {K(kDown), K(kDown), K(kRight), K(kPageDown), K(kPageDown), K(kUp), K(kPageDown), K(kPageUp)},
-      [&](size_t) {
-        const UINT64 count = PowerManagementPageItemCount;
-        shown.push_back(Shown(kPower, count));
-        thumbTop.push_back(ThumbAt(0, Pages(kPower, count)));
-        thumbBottom.push_back(ThumbAt(1, Pages(kPower, count)));
-        states.push_back(PageState);
-      });
-  const UINT64 count = PowerManagementPageItemCount;
-  ASSERT_EQ(AccessLevel, 2u);
-  ASSERT_EQ(Pages(kPower, count), 2u) << "the page needs two screens at 1024x768";
-  EXPECT_EQ(SelectedIndex(kPower, count), count) << "nothing greyed can hold the focus";
-  ASSERT_EQ(shown.size(), 8u);
-  // Into the page: page 0, thumb on the upper half.
-  EXPECT_EQ(shown[2], 0u);
-  EXPECT_EQ(thumbTop[2], kColourDarkText);
-  EXPECT_EQ(thumbBottom[2], kColourPageArea);
-  // Page Down shows the second screen (Turbo Boost ... USB 3.0), the thumb
-  // moves down; a second Page Down stays on the last page.
-  EXPECT_EQ(shown[3], 1u);
-  EXPECT_EQ(thumbTop[3], kColourPageArea);
-  EXPECT_EQ(thumbBottom[3], kColourDarkText);
-  EXPECT_EQ(shown[4], 1u);
-  // Up brings the page of the focus (none: the first) back.
-  EXPECT_EQ(shown[5], 0u);
-  EXPECT_EQ(shown[6], 1u);
-  EXPECT_EQ(shown[7], 0u) << "Page Up turns back";
-  for (size_t i = 2; i < states.size(); ++i) EXPECT_EQ(states[i], kStatePowerPage);
-  // The second page's first row is drawn at the top, greyed.
-  EXPECT_GT(FirstRowOf(kPower, count, 1), 0u);
-}
 
 TEST_F(ListPagingTest, WithFullAccessTheFocusFollowsToTheNewPage) {
   std::vector<UINT64> focus;

@@ -140,17 +140,4 @@ TEST_F(MainPageTest, ClockThatMustBeSetStartsAtTheMinimumYearAndStaysEditable) {
   EXPECT_EQ(MainPageItems[MainRowLanguage].GreyedOut, 1);
 }
 
-TEST_F(MainPageTest, ChosenLanguageIsShownAtOnceAndStoredOnSave) {
-  Settings["japanese_available"] = 0;
-  Settings["french_available"] = 1;
-  // Into the page, down to Language (two value rows, then the list), open it,
-  // Down, Enter; then save.
-  Run({kRight, kDown, kDown, kEnter, kDown, kEnter, kF10, kEnter});
-  EXPECT_EQ(Language, 2u);
-  EXPECT_EQ(MainLanguageOptions[1], TEXT(MainLanguageFrench));
-  EXPECT_EQ(MainLanguageOptions[2], nullptr);
-  EXPECT_TRUE(TraceHas("op 28 2"));
-  EXPECT_EQ(Trace.back(), "op 1");
-}
-
 } // namespace

@@ -30,31 +30,24 @@ protected:
 
 class ModeChoiceTest : public StartupTest {};
 
-TEST_F(ModeChoiceTest, NarrowestModeAtLeast1024WideWins) {
-  fake::Options o;
-  o.Modes = {{800, 600}, {1366, 768}, {1024, 768}, {1280, 1024}};
-  Restart(o);
-  fake::RunResult r = RunProduct();
-  EXPECT_TRUE(r.Stopped);
-  EXPECT_EQ(fake::CurrentMode(), 2u);
-  EXPECT_EQ(ScreenWidth, 1024u);
-  EXPECT_EQ(ScreenHeight, 768u);
-  EXPECT_EQ(TabWidth, 1024u / 4 - 3);
-}
-
-TEST_F(ModeChoiceTest, AmongEqualWidthsTheLowerNumberWinsWhateverItsHeight) {
-  fake::Options o;
-  o.Modes = {{1024, 600}, {1024, 768}};
-  Restart(o);
-  RunProduct();
-  EXPECT_EQ(fake::CurrentMode(), 0u);
-  EXPECT_EQ(ScreenHeight, 600u);
-
-  o.Modes = {{1280, 1024}, {1024, 768}, {1024, 600}};
-  Restart(o);
-  RunProduct();
-  EXPECT_EQ(fake::CurrentMode(), 1u);
-  EXPECT_EQ(ScreenHeight, 768u);
+// The narrowest mode at least 1024 wide wins; among equal widths the lower
+// mode number, whatever its height.
+TEST_F(ModeChoiceTest, NarrowestWideEnoughModeWinsAndTheLowerNumberOnATie) {
+  struct Case {
+    std::vector<fake::Mode> Modes;
+    UINT32 Chosen, Height;
+  };
+  for (const Case& c : {Case{{{800, 600}, {1366, 768}, {1024, 768}, {1280, 1024}}, 2, 768},
+                        Case{{{1024, 600}, {1024, 768}}, 0, 600},
+                        Case{{{1280, 1024}, {1024, 768}, {1024, 600}}, 1, 768}}) {
+    fake::Options o;
+    o.Modes = c.Modes;
+    Restart(o);
+    EXPECT_TRUE(RunProduct().Stopped);
+    EXPECT_EQ(fake::CurrentMode(), c.Chosen);
+    EXPECT_EQ(ScreenWidth, 1024u);
+    EXPECT_EQ(ScreenHeight, c.Height);
+  }
 }
 
 TEST_F(ModeChoiceTest, OnlyNarrowModesEndTheUtilityWithNothingDrawn) {
