@@ -1,6 +1,6 @@
 // The fake firmware has to behave like the real one where the utility and
 // the reference platform depend on it: lookups and their buffer-size
-// answers, notification on installation, pool accounting and Blt bounds.
+// answers, pool accounting and Blt bounds.
 #include "host/fake_firmware_fixture.h"
 
 namespace {
@@ -50,39 +50,6 @@ TEST_F(FakeFirmware, LocateHandleAnswersTheSizeItNeeds) {
   EXPECT_EQ(BootServices()->LocateHandleBuffer(ByProtocol, &kAbsolutePointerGuid, nullptr, &count,
                                                &buffer),
             EFI_OUT_OF_RESOURCES);
-}
-
-struct NotifyLog {
-  int Calls = 0;
-  EFI_TPL TplSeen = 0;
-};
-
-void EFIAPI CloseOnNotify(EFI_EVENT Event, void* Context) {
-  auto* log = static_cast<NotifyLog*>(Context);
-  ++log->Calls;
-  log->TplSeen = fake::CurrentTpl();
-  fake::BootServices()->CloseEvent(Event); // as the utility's restart notification does
-}
-
-TEST_F(FakeFirmware, InstallationSignalsRegisteredEventsAtOnce) {
-  NotifyLog log;
-  EFI_EVENT event = nullptr;
-  ASSERT_EQ(
-      BootServices()->CreateEvent(EVT_NOTIFY_SIGNAL, TPL_CALLBACK, CloseOnNotify, &log, &event),
-      EFI_SUCCESS);
-  void* registration = nullptr;
-  ASSERT_EQ(BootServices()->RegisterProtocolNotify(&kRestartTriggerGuid, event, &registration),
-            EFI_SUCCESS);
-  EXPECT_EQ(log.Calls, 0); // registering alone signals nothing
-
-  fake::TriggerRestart();
-  EXPECT_EQ(log.Calls, 1);
-  EXPECT_EQ(log.TplSeen, TPL_CALLBACK);
-  EXPECT_EQ(fake::CurrentTpl(), TPL_APPLICATION);
-  // The event closed itself: a second installation goes unnoticed.
-  fake::TriggerRestart();
-  EXPECT_EQ(log.Calls, 1);
-  EXPECT_EQ(fake::NotifyRegistrationCount(), 0u);
 }
 
 TEST_F(FakeFirmware, PoolCountsBlocksAndRefusesStrangers) {

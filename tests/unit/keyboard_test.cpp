@@ -155,10 +155,4 @@ TEST_F(KeyboardTest, ModeTwoWithoutInstancesGivesNoKeysAtAll) {
   EXPECT_EQ(fake::PendingInputs(), 1u) << "nor is the console";
 }
 
-TEST_F(KeyboardTest, NoInstanceAtStartLeavesTheConsoleAlone) {
-  Quorvex_KeyboardConIn_Replacement_Start();
-  EXPECT_EQ(SystemTable()->ConIn->ReadKeyStroke, firmwareRead_);
-  EXPECT_EQ(KeyCodeInterfaces, nullptr);
-}
-
 } // namespace

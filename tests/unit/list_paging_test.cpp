@@ -1,10 +1,9 @@
 // Turning the screen pages of a long item list: Page Up / Page Down and the
 // scroll rectangle change the page shown, the focus follows only onto a page
 // that can hold it, Up / Down and character keys bring the focused row's page
-// back, and the scroll bar's thumb shows where the page is.
+// back.
 #include <functional>
 
-#include "graphics/colours.h"
 #include "graphics/item_list.h"
 #include "session_support.h"
 
@@ -47,17 +46,6 @@ protected:
   static UINT64 Shown(const SetupItem* Items, UINT64 Count) {
     return Quorvex_Item_ShownPage(Items, Count, nullptr);
   }
-  static UINT64 Pages(const SetupItem* Items, UINT64 Count) {
-    UINT64 pages = 0;
-    Quorvex_Item_ShownPage(Items, Count, &pages);
-    return pages;
-  }
-  // The scroll bar's thumb colour at the middle of page Page's segment.
-  static UINT32 ThumbAt(UINT64 Page, UINT64 PageCount) {
-    const UINT64 track = ScreenHeight - 100;
-    const UINT64 y = 50 + track * Page / PageCount + track / PageCount / 2;
-    return fake::PixelAt(static_cast<UINT32>(3 * ScreenWidth / 4 - 8), static_cast<UINT32>(y));
-  }
   static UINT64 FirstRowOf(const SetupItem* Items, UINT64 Count, UINT64 Page) {
     UINT64 starts[kMaxItemPages];
     Quorvex_Item_Pages(Items, Count, nullptr, nullptr, starts);
@@ -71,81 +59,6 @@ protected:
 };
 
 SetupItem* const kPower = PowerManagementPageItems;
-const std::vector<Step> kIntoPowerSteps = {K(kDown), K(kDown), K(kRight)};
-
-TEST_F(ListPagingTest, GreyedPowerPageTurnsItsPagesWithoutAFocus) {
-  Restricted();
-  std::vector<UINT32> thumbTop;
-  std::vector<UINT32> thumbBottom;
-  std::vector<UINT64> shown;
-  std::vector<UINT32> states;
-  RunSteps(
-      {K(kDown), K(kDown), K(kRight), K(kPageDown), K(kPageDown), K(kUp), K(kPageDown), K(kPageUp)},
-      [&](size_t) {
-        const UINT64 count = PowerManagementPageItemCount;
-        shown.push_back(Shown(kPower, count));
-        thumbTop.push_back(ThumbAt(0, Pages(kPower, count)));
-        thumbBottom.push_back(ThumbAt(1, Pages(kPower, count)));
-        states.push_back(PageState);
-      });
-  const UINT64 count = PowerManagementPageItemCount;
-  ASSERT_EQ(AccessLevel, 2u);
-  ASSERT_EQ(Pages(kPower, count), 2u) << "the page needs two screens at 1024x768";
-  EXPECT_EQ(SelectedIndex(kPower, count), count) << "nothing greyed can hold the focus";
-  ASSERT_EQ(shown.size(), 8u);
-  // Into the page: page 0, thumb on the upper half.
-  EXPECT_EQ(shown[2], 0u);
-  EXPECT_EQ(thumbTop[2], kColourDarkText);
-  EXPECT_EQ(thumbBottom[2], kColourPageArea);
-  // Page Down shows the second screen (Turbo Boost ... USB 3.0), the thumb
-  // moves down; a second Page Down stays on the last page.
-  EXPECT_EQ(shown[3], 1u);
-  EXPECT_EQ(thumbTop[3], kColourPageArea);
-  EXPECT_EQ(thumbBottom[3], kColourDarkText);
-  EXPECT_EQ(shown[4], 1u);
-  // Up brings the page of the focus (none: the first) back.
-  EXPECT_EQ(shown[5], 0u);
-  EXPECT_EQ(shown[6], 1u);
-  EXPECT_EQ(shown[7], 0u) << "Page Up turns back";
-  for (size_t i = 2; i < states.size(); ++i) EXPECT_EQ(states[i], kStatePowerPage);
-  // The second page's first row is drawn at the top, greyed.
-  EXPECT_GT(FirstRowOf(kPower, count, 1), 0u);
-}
-
-TEST_F(ListPagingTest, RestrictedAdvancedShowsItsFirstPageAndKeepsTheFocus) {
-  Restricted();
-  std::vector<UINT64> shown;
-  std::vector<UINT64> focus;
-  std::vector<UINT32> states;
-  const UINT64& count = AdvancedPageItemCount;
-  RunSteps({K(kDown), K(kDown), K(kDown), K(kRight), K(kPageUp), K(kEnter), K(kPageUp), K(kDown),
-            K(kPageUp), K(kPageDown)},
-           [&](size_t) {
-             shown.push_back(Shown(AdvancedPageItems, count));
-             focus.push_back(SelectedIndex(AdvancedPageItems, count));
-             states.push_back(PageState);
-           });
-  ASSERT_EQ(shown.size(), 10u);
-  ASSERT_EQ(Pages(AdvancedPageItems, count), 2u);
-  // Only "System Configuration" can hold the focus: it is on the second page.
-  EXPECT_EQ(focus[3], static_cast<UINT64>(AdvancedRowSystemConfiguration));
-  EXPECT_EQ(shown[3], 1u);
-  // Page Up shows the first page; the focus stays.
-  EXPECT_EQ(shown[4], 0u);
-  EXPECT_EQ(focus[4], static_cast<UINT64>(AdvancedRowSystemConfiguration));
-  // Enter on a page that does not show the focus only brings its page back:
-  // the sub-page is not entered unseen.
-  EXPECT_EQ(shown[5], 1u);
-  EXPECT_EQ(states[5], kStateAdvancedPage);
-  // Down (no row further down can take the focus) brings it back as well.
-  EXPECT_EQ(shown[6], 0u);
-  EXPECT_EQ(shown[7], 1u);
-  EXPECT_EQ(focus[7], static_cast<UINT64>(AdvancedRowSystemConfiguration));
-  // Page Down onto the focused row's page keeps the focus where it is.
-  EXPECT_EQ(shown[8], 0u);
-  EXPECT_EQ(shown[9], 1u);
-  EXPECT_EQ(focus[9], static_cast<UINT64>(AdvancedRowSystemConfiguration));
-}
 
 TEST_F(ListPagingTest, WithFullAccessTheFocusFollowsToTheNewPage) {
   std::vector<UINT64> focus;
@@ -192,30 +105,6 @@ TEST_F(ListPagingTest, ScrollRectangleClicksTurnPagesAndNeverReachARow) {
     EXPECT_EQ(focus[i], static_cast<UINT64>(AdvancedRowSystemConfiguration)) << i;
     EXPECT_EQ(states[i], kStateAdvancedPage) << "no row activated, no state change " << i;
   }
-}
-
-TEST_F(ListPagingTest, ClickOnTheShownPageSelectsItsRowWithFullAccess) {
-  // A click in the scroll rectangle beside row 1 (on the shown page's
-  // segment) neither turns the page nor reaches the row; one below turns to
-  // page 1; then a click on the first page's top row hits that row.
-  const UINT32 x = 1024 * 3 / 4 - 10;
-  std::vector<UINT64> focus;
-  std::vector<UINT64> shown;
-  const UINT64& count = PowerManagementPageItemCount;
-  RunSteps(
-      {K(kDown), K(kDown), K(kRight), ClickAt(x, 130), ClickAt(x, 600), K(kUp), ClickAt(400, 60)},
-      [&](size_t) {
-        focus.push_back(SelectedIndex(kPower, count));
-        shown.push_back(Shown(kPower, count));
-      });
-  ASSERT_EQ(focus.size(), 7u);
-  EXPECT_EQ(focus[3], 0u) << "row 1 under the rectangle is not selected";
-  EXPECT_EQ(shown[3], 0u);
-  const UINT64 second = FirstRowOf(kPower, count, 1);
-  EXPECT_EQ(focus[4], second);
-  EXPECT_EQ(shown[4], 1u);
-  EXPECT_LT(focus[5], second) << "Up moves to the last row of the first page";
-  EXPECT_EQ(focus[6], 0u) << "the first page is shown again: its top row is hit";
 }
 
 } // namespace

@@ -60,9 +60,4 @@ TEST_F(MainLoopTest, HotKeyIsReportedAndThenDispatched) {
   EXPECT_EQ(TraceCount("op 11"), 1u);
 }
 
-TEST_F(MainLoopTest, KeysOtherThanTheHotKeyAreNotReported) {
-  Run({kDown, kUp, kF12});
-  EXPECT_EQ(TraceCount("op 11"), 1u) << "only F12, the default hot key";
-}
-
 } // namespace

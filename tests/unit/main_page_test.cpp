@@ -37,11 +37,6 @@ TEST(ClockEditorRules, DayMaximumFollowsMonthAndLeapYear) {
 }
 
 TEST(ClockEditorRules, DayAboveTheMaximumIsBroughtDown) {
-  ClockEditor feb1900 = Quorvex_ClockEditor_ForDate(Date(1900, 2, 29), 1900);
-  EXPECT_EQ(feb1900.Values[1], 28u);
-  ClockEditor feb2000 = Quorvex_ClockEditor_ForDate(Date(2000, 2, 29), 1900);
-  EXPECT_EQ(feb2000.Values[1], 29u);
-
   // 31 May; "-" on the month gives April, whose 30 days bound the day.
   ClockEditor editor = Quorvex_ClockEditor_ForDate(Date(2023, 5, 31), 2010);
   EXPECT_EQ(Quorvex_ClockEditor_Key(editor, K(0, u'-')), EditorOutcome::Changed);
@@ -107,25 +102,6 @@ TEST(ClockEditorRules, FocusMovesAndEndings) {
   EXPECT_EQ(Quorvex_ClockEditor_Key(editor, K(SCAN_ESC)), EditorOutcome::Abort);
 }
 
-TEST(LanguageList, FollowsTheOfferedLanguages) {
-  const CHAR16* options[4] = {};
-  EXPECT_EQ(Quorvex_BuildLanguageOptions(options, 0, 1), 2u);
-  EXPECT_EQ(options[1], TEXT(MainLanguageFrench));
-  EXPECT_EQ(options[2], nullptr);
-  UINT64 language = 9;
-  ASSERT_TRUE(Quorvex_IndexToLanguage(1, 0, 1, &language));
-  EXPECT_EQ(language, 2u) << "French only: the second row is French";
-  EXPECT_EQ(Quorvex_LanguageToIndex(2, 0, 1), 1u);
-  EXPECT_FALSE(Quorvex_IndexToLanguage(2, 1, 0, &language)) << "no third row";
-
-  EXPECT_EQ(Quorvex_BuildLanguageOptions(options, 1, 1), 3u);
-  ASSERT_TRUE(Quorvex_IndexToLanguage(2, 1, 1, &language));
-  EXPECT_EQ(language, 2u);
-  EXPECT_EQ(Quorvex_LanguageToIndex(2, 1, 1), 2u);
-  EXPECT_EQ(Quorvex_LanguageToIndex(1, 1, 1), 1u);
-  EXPECT_EQ(Quorvex_LanguageToIndex(2, 0, 0), 0u) << "never past the only row";
-}
-
 class MainPageTest : public SessionTest {};
 
 TEST_F(MainPageTest, CancelLeavesTheClockAndAcceptSetsIt) {
@@ -146,29 +122,6 @@ TEST_F(MainPageTest, CancelLeavesTheClockAndAcceptSetsIt) {
   EXPECT_EQ(std::u16string(MainTimeValue).substr(0, 2), u"10");
 }
 
-TEST_F(MainPageTest, DateEditorStopsAtTheMinimumYear) {
-  Settings["minimum_year"] = 2025; // the fake clock starts in 2025
-  Run({kRight, kDown, kEnter, kTab, kTab, Char(u'-'), Char(u'+'), Char(u'+'), Char(u'-'), kEnter});
-  EXPECT_EQ(fake::Clock().Year, 2026);
-}
-
-TEST_F(MainPageTest, ClockIsRedrawnOnlyWhenItChanged) {
-  fake::BltStats first;
-  fake::BltStats second;
-  fake::BltStats third;
-  Run({kPageUp, kPageDown, kPageUp}, [&](size_t Round) {
-    if (Round == 1) first = fake::Blt();
-    if (Round == 2) {
-      second = fake::Blt();
-      fake::AdvanceClock(1);
-    }
-    if (Round == 3) third = fake::Blt();
-  });
-  EXPECT_EQ(second.PixelsWritten, first.PixelsWritten) << "the same second twice: no redraw";
-  EXPECT_GT(third.PixelsWritten, second.PixelsWritten);
-  EXPECT_EQ(std::u16string(MainTimeValue), u"09:00:01");
-}
-
 TEST_F(MainPageTest, ClockThatMustBeSetStartsAtTheMinimumYearAndStaysEditable) {
   Settings["clock_must_be_set"] = 1;
   Settings["minimum_year"] = 2012;
@@ -185,46 +138,6 @@ TEST_F(MainPageTest, ClockThatMustBeSetStartsAtTheMinimumYearAndStaysEditable) {
   EXPECT_EQ(MainPageItems[MainRowSystemTime].GreyedOut, 0);
   EXPECT_EQ(MainPageItems[MainRowSystemDate].GreyedOut, 0);
   EXPECT_EQ(MainPageItems[MainRowLanguage].GreyedOut, 1);
-}
-
-TEST_F(MainPageTest, MostRestrictedLevelLeavesNothingToFocus) {
-  Settings["supervisor_access"] = 0;
-  Settings["bios_access_rights"] = 2;
-  const EFI_TIME start = fake::Clock();
-  Run({kRight, kDown, kEnter, Char(u'+'), kEnter});
-  EXPECT_EQ(SelectedIndex(MainPageItems, MainPageItemCount), MainPageItemCount);
-  EXPECT_EQ(fake::Clock().Hour, start.Hour) << "no editor could open";
-}
-
-TEST_F(MainPageTest, ChosenLanguageIsShownAtOnceAndStoredOnSave) {
-  Settings["japanese_available"] = 0;
-  Settings["french_available"] = 1;
-  // Into the page, down to Language (two value rows, then the list), open it,
-  // Down, Enter; then save.
-  Run({kRight, kDown, kDown, kEnter, kDown, kEnter, kF10, kEnter});
-  EXPECT_EQ(Language, 2u);
-  EXPECT_EQ(MainLanguageOptions[1], TEXT(MainLanguageFrench));
-  EXPECT_EQ(MainLanguageOptions[2], nullptr);
-  EXPECT_TRUE(TraceHas("op 28 2"));
-  EXPECT_EQ(Trace.back(), "op 1");
-}
-
-TEST_F(MainPageTest, EscInTheLanguageListKeepsTheLanguage) {
-  Run({kRight, kDown, kDown, kEnter, kDown, kEsc});
-  EXPECT_EQ(Language, 0u);
-  EXPECT_EQ(MainPageItems[MainRowLanguage].Data, 0u);
-  EXPECT_EQ(States.back(), kStateMainPage) << "Esc closed the list, not the utility";
-  EXPECT_FALSE(TraceHas("op 2 0x8000000000000015"));
-}
-
-TEST_F(MainPageTest, InformationRowsComeFromTheServiceAndOddCanBeAbsent) {
-  Settings["odd_present"] = 0;
-  Run({kRight, kDown, kDown});
-  EXPECT_EQ(MainPageItems[MainRowOdd].Hidden, 1);
-  EXPECT_FALSE(TraceHas("op 20")) << "an absent row is not read";
-  ASSERT_NE(MainPageItems[MainRowCpuType].Data, 0u);
-  EXPECT_EQ(MainPageItems[MainRowLanguage].Selected, 1)
-      << "Down from System Date jumps over the information rows";
 }
 
 } // namespace

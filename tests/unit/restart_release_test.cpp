@@ -54,13 +54,11 @@ protected:
   std::vector<std::string> ShapesAfterRestartIn(const std::vector<Key>& Keys) {
     Fresh();
     std::vector<std::string> shapes;
-    UINT32 stateBeforeRestart = 0;
     RunUntilIdle(QuorvexPlatform_EntryPoint, static_cast<int>(Keys.size()) + 4, [&](int Round) {
       const size_t round = static_cast<size_t>(Round);
       if (round < Keys.size()) {
         fake::PushKey(Keys[round].Scan, Keys[round].Char);
       } else if (round == Keys.size()) {
-        stateBeforeRestart = PageState;
         EXPECT_TRUE(Quorvex_ModalWindowOpen() || ActionBusy != 0) << "no window open";
         fake::TriggerRestart();
       } else if (round == Keys.size() + 2) {
@@ -70,7 +68,6 @@ protected:
         EXPECT_EQ(Quorvex_Restart_RegisteredCount(), 0u);
       }
     });
-    (void)stateBeforeRestart;
     return shapes;
   }
 };

@@ -99,18 +99,6 @@ TEST_F(SchemaRangesSession, EveryOfferedValueIsInsideTheStoresRange) {
   StoreExtremes(false);
 }
 
-TEST_F(SchemaRangesSession, PlusStopsAtWhatTheStoreAccepts) {
-  // "+" from just below the largest time the store accepts, more times than
-  // there is room: the saved time is one the store kept.
-  const UINT64 top = Info("backlight_lighting_time").Max;
-  Settings["backlight_time_maximum"] = Info("backlight_time_maximum").Max;
-  Settings["backlight_lighting_time"] = top - 1;
-  Run(Join({{kDown, kDown, kRight}, Repeat(kDown, 10), Repeat(Char(u'+'), 3), {kF10, kEnter}}));
-  EXPECT_TRUE(TraceHas("op 143 " + std::to_string(top)));
-  EXPECT_FALSE(TraceHas("op 143 " + std::to_string(top + 1)));
-  EXPECT_TRUE(Store_SetByName("backlight_lighting_time", top));
-}
-
 TEST_F(SchemaRangesSession, AHotKeyOfZeroFromTheServiceIsIgnored) {
   // A service answering 0 (outside the schema) must not turn every typed
   // character into the hot key.

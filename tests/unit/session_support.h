@@ -147,12 +147,16 @@ protected:
     };
   }
 
-  void TearDown() override {
-    // Frees what the graphics modules and the platform's picture cache hold
-    // while their firmware still lives.
+  // Frees what the graphics modules and the platform's picture cache hold
+  // while their firmware still lives.
+  static void ReleaseFirmwareState() {
     Quorvex_Graphics_Reset();
     ImageDisplay_ClearCache();
     Quorvex_Mouse_RemoveWrappers();
+  }
+
+  void TearDown() override {
+    ReleaseFirmwareState();
     // Later tests see the tables and globals as the program starts.
     session::RestoreUtility();
     SetupDataTraceSink = nullptr;
@@ -165,9 +169,7 @@ protected:
   // A new firmware and a utility at its power-on state, for a second session
   // in the same test. The trace is emptied; the settings stay.
   void Fresh() {
-    Quorvex_Graphics_Reset();
-    ImageDisplay_ClearCache();
-    Quorvex_Mouse_RemoveWrappers();
+    ReleaseFirmwareState();
     fake::Reset(FirmwareOptions());
     session::RestoreUtility();
     Trace.clear();

@@ -71,13 +71,6 @@ TEST_F(WrappersTest, GettersPassStorageOfTheSettingsWidth) {
   EXPECT_EQ(byte.Guard[0], 0xEE);
 
   gCalls.clear();
-  UINT16 year = 0;
-  gWrite = {0xDA, 0x07};
-  SetupData_Get_minimum_year(&year);
-  EXPECT_EQ(Only().Op, 14u);
-  EXPECT_EQ(year, 2010);
-
-  gCalls.clear();
   UINT64 order = 0;
   gWrite = {0x21, 0x43, 0, 0, 0, 0, 0, 0};
   SetupData_Get_boot_order(&order);
@@ -117,19 +110,6 @@ TEST_F(WrappersTest, ThirtyTwoBitAnswersAreSignExtended) {
   gAnswer = 0xFFFFFFFF00000002ull; // only the low 32 bits are the answer
   EXPECT_EQ(SetupData_ReadValue_key_source_mode(), 2);
   EXPECT_EQ(Only().Op, 193u);
-}
-
-TEST_F(WrappersTest, OperationsPassTheirArgumentsThrough) {
-  SetupData_leave_without_saving(EFI_ABORTED);
-  EXPECT_EQ(Only().Op, 2u);
-  EXPECT_EQ(gCalls.back().Argument1, 0x8000000000000015ull);
-
-  gCalls.clear();
-  gAnswer = 7;
-  EXPECT_EQ(SetupData_read_cursor_hide_seconds(4, 5), 7u);
-  EXPECT_EQ(Only().Op, 15u);
-  EXPECT_EQ(gCalls.back().Argument1, 4u);
-  EXPECT_EQ(gCalls.back().Argument2, 5u);
 }
 
 } // namespace
