@@ -1,6 +1,7 @@
 // Choice of the screen mode: the narrowest mode at least 1024 pixels wide;
 // among equally wide modes the lowest-numbered one; the height plays no part.
 #include "core/startup.h"
+#include "graphics/screen_log.h"
 
 namespace {
 constexpr UINT32 kNoMode = 0xFFFFFFFFu;
@@ -36,5 +37,7 @@ EFI_STATUS ChooseGraphicsMode() {
   ScreenHeight = bestHeight;
   TabWidth = ScreenWidth / 4 - 3;
   GraphicsOutput->SetMode(GraphicsOutput, bestIndex);
+  // A mode set clears the screen behind the drawing code's back.
+  Quorvex_ScreenLog_TouchAll();
   return EFI_SUCCESS;
 }

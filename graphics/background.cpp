@@ -11,6 +11,7 @@
 #include "graphics/graphics_internal.h"
 #include "graphics/text_draw.h"
 #include "graphics/cursor.h"
+#include "graphics/retained_region.h"
 #include "setup_data/access_level.h"
 #include "platform/lib.h"
 #include "setup_data/text_table.h"
@@ -31,6 +32,7 @@ EFI_STATUS DrawBandJpeg() {
   if (!ImageDisplay || !ImageDisplay->Operations || !ImageDisplay->Operations->DrawJpeg ||
       !kLeftBandPicture.Data)
     return EFI_NOT_FOUND;
+  Quorvex_ScreenLog_NotePicture(kLeftBandPicture, kBandPictureX, 0);
   return ImageDisplay->Operations->DrawJpeg(
       kLeftBandPicture.Data, static_cast<UINT32>(kLeftBandPicture.Size), kBandPictureX, 0);
 }
@@ -78,7 +80,12 @@ bool DrawStretchedBand() {
   QUORVEX_POOL_ARRAY(UINT16, columns, band);
   if (!source || !destination || !columns) return false;
 
-  Quorvex_DoubleBuffer_Start(4, 0, band, height);
+  // The picture is composed at its own size from the left edge and read
+  // back before it is stretched: the frame covers that as well as the band
+  // flushed from x 4.
+  const UINT64 composed = kBandPictureX + kBandSourceWidth;
+  Quorvex_DoubleBuffer_StartFramed(0, 0, composed > band + 4 ? composed : band + 4, height, 4, 0,
+                                   band, height);
   if (Quorvex_DoubleBuffer_Active()) {
     // The off-screen frame starts undefined: give the columns the picture
     // does not cover a defined colour (they are never flushed to the band).
@@ -141,10 +148,25 @@ void Quorvex_ItemHelp_DrawBody(const CHAR16* HelpText) {
                      SaturatingSub(height, 2 * lineHeight));
 }
 
+namespace {
+
+// The item help box outside the Main page: redrawn only where its text
+// changed. Its region reaches the screen's right edge, where a glyph at the
+// end of a line may still land.
+constinit RetainedRegion ItemHelpRegion = {};
+
+void DrawItemHelpStep(void* Context, UINT64) {
+  Quorvex_ItemHelp_DrawBody(static_cast<const CHAR16*>(Context));
+}
+
+} // namespace
+
 void Quorvex_ItemHelp_Draw(const CHAR16* HelpText) {
-  CursorHiddenOver hidden(3 * ScreenWidth / 4 + 10, 10, SaturatingSub(ScreenWidth / 4, 20),
-                          3 * ScreenHeight / 5);
-  Quorvex_ItemHelp_DrawBody(HelpText);
+  const UINT64 x = 3 * ScreenWidth / 4 + 10;
+  CursorHiddenOver hidden(x, 10, SaturatingSub(ScreenWidth / 4, 20), 3 * ScreenHeight / 5);
+  Quorvex_Retained_Redraw(&ItemHelpRegion,
+                          {x, 10, SaturatingSub(ScreenWidth, x), 3 * ScreenHeight / 5}, 1,
+                          DrawItemHelpStep, const_cast<CHAR16*>(HelpText));
 }
 
 ScreenRect Quorvex_HelpBar_ButtonRect(UINT64 Index) {
@@ -250,6 +272,7 @@ void Quorvex_Grayout_Forget() {
 
 void Quorvex_BackGround_Reset() {
   Quorvex_Grayout_Forget();
+  Quorvex_Retained_Forget(&ItemHelpRegion);
   SavedWidth = 0;
   SavedHeight = 0;
 }

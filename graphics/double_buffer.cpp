@@ -1,46 +1,44 @@
 // Off-screen composition. While buffering is on, the GOP instance's Blt entry
 // points at BufferedBlt, which performs the four Blt operations against a
-// full-screen pool array; Flush copies the rectangle recorded at Start to the
-// screen with the firmware's own Blt.
+// pool frame covering the rectangle given to Start (or a larger frame given
+// to StartFramed); Flush copies the rectangle to the screen with the
+// firmware's own Blt.
 //
-// Clipping follows the firmware-compatible rules the drawing code relies on:
-// copies between the caller's array and the frame skip the columns at or past
-// the right edge; fills and frame-to-frame copies address the frame as one
-// row-major array, so a rectangle running past the right edge continues on
-// the next row. Every access is bounds-checked against the array: whatever
-// would fall outside it (rows past the bottom) is simply not done.
+// Positions are screen positions, and the clipping rules the drawing code
+// relies on are those of a frame the size of the screen: copies between the
+// caller's array and the frame skip the columns at or past the right edge;
+// fills and frame-to-frame copies address the screen as one row-major array,
+// so a rectangle running past the right edge continues on the next row;
+// nothing lies past the bottom. Pixels outside the frame's rectangle are
+// simply not kept: they could never reach the screen, and a read there
+// leaves the caller's array as it was.
+//
+// The same routine also records instead of drawing (graphics/draw_record).
 #include "graphics/double_buffer.h"
 
-#include "platform/bindings.h"
+#include "graphics/draw_record.h"
 #include "graphics/draw_util.h"
 #include "graphics/graphics_internal.h"
+#include "graphics/screen_log.h"
+#include "platform/bindings.h"
 #include "platform/lib.h"
 
 namespace {
 
-constinit EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT FirmwareBlt = nullptr;
-constinit EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Frame = nullptr;
-constinit UINT64 FrameWidth = 0;
-constinit UINT64 FrameHeight = 0;
-constinit UINT64 FlushX = 0;
-constinit UINT64 FlushY = 0;
-constinit UINT64 FlushWidth = 0;
-constinit UINT64 FlushHeight = 0;
+struct FrameState {
+  EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT FirmwareBlt;
+  EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Pixels;
+  // Screen size the frame was made for, and the frame's rectangle on it.
+  UINT64 ScreenW, ScreenH;
+  UINT64 X, Y, Width, Height;
+  // The flush rectangle.
+  UINT64 FlushX, FlushY, FlushWidth, FlushHeight;
+  bool Recording;
+};
+constinit FrameState F = {};
 
-UINT64 FramePixels() {
-  return FrameWidth * FrameHeight;
-}
-
-// Linear index of (X, Y) in the frame; false when it lies at or past the end
-// of the array (or the arithmetic overflows).
-bool LinearIndex(UINT64 X, UINT64 Y, UINT64* Index) {
-  UINT64 row;
-  UINT64 index;
-  if (__builtin_mul_overflow(Y, FrameWidth, &row)) return false;
-  if (__builtin_add_overflow(row, X, &index)) return false;
-  if (index >= FramePixels()) return false;
-  *Index = index;
-  return true;
+UINT64 ScreenPixels() {
+  return F.ScreenW * F.ScreenH;
 }
 
 // Row stride of the caller's array in pixels: Delta ÷ 4, where a Delta of 0
@@ -51,9 +49,50 @@ UINT64 CallerStride(UINTN Width, UINTN Delta) {
 
 // Columns of a row that lie left of the right edge when it starts at X.
 UINT64 VisibleColumns(UINT64 X, UINT64 Width) {
-  if (X >= FrameWidth) return 0;
-  const UINT64 room = FrameWidth - X;
+  if (X >= F.ScreenW) return 0;
+  const UINT64 room = F.ScreenW - X;
   return Width < room ? Width : room;
+}
+
+// Rows of a rectangle starting at row Y that lie above the bottom.
+UINT64 VisibleRows(UINT64 Y, UINT64 Height) {
+  if (Y >= F.ScreenH) return 0;
+  const UINT64 room = F.ScreenH - Y;
+  return Height < room ? Height : room;
+}
+
+// The part of the row span [X, X + Count) on screen row Y that the frame
+// keeps: its first column and length (0 when none).
+UINT64 KeptSpan(UINT64 Y, UINT64 X, UINT64 Count, UINT64* First) {
+  if (Y < F.Y || Y - F.Y >= F.Height) return 0;
+  const UINT64 start = X > F.X ? X : F.X;
+  const UINT64 end = X + Count < F.X + F.Width ? X + Count : F.X + F.Width;
+  if (start >= end) return 0;
+  *First = start;
+  return end - start;
+}
+
+EFI_GRAPHICS_OUTPUT_BLT_PIXEL* FrameAt(UINT64 X, UINT64 Y) {
+  return F.Pixels + (Y - F.Y) * F.Width + (X - F.X);
+}
+
+// Calls Piece(y, x, count) for the screen-row pieces of the linear run of
+// Count pixels starting at (X, Y), stopping at the screen's end.
+template <typename Fn> void ForLinearRun(UINT64 X, UINT64 Y, UINT64 Count, Fn&& Piece) {
+  UINT64 row;
+  UINT64 index;
+  if (__builtin_mul_overflow(Y, F.ScreenW, &row) || __builtin_add_overflow(row, X, &index)) return;
+  const UINT64 total = ScreenPixels();
+  if (index >= total) return;
+  UINT64 left = Count < total - index ? Count : total - index;
+  while (left > 0) {
+    const UINT64 y = index / F.ScreenW;
+    const UINT64 x = index % F.ScreenW;
+    const UINT64 piece = left < F.ScreenW - x ? left : F.ScreenW - x;
+    Piece(y, x, piece);
+    index += piece;
+    left -= piece;
+  }
 }
 
 void Fill(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Colour, UINTN X, UINTN Y, UINTN Width,
@@ -61,65 +100,124 @@ void Fill(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Colour, UINTN X, UINTN Y, UINTN W
   if (Width == 0) return;
   UINT32 word;
   MemCopy(&word, Colour, sizeof word);
-  const UINT64 total = FramePixels();
   for (UINT64 j = 0; j < Height; ++j) {
     UINT64 row;
-    UINT64 start;
-    if (__builtin_add_overflow(Y, j, &row) || !LinearIndex(X, row, &start)) break;
-    const UINT64 run = Width < total - start ? Width : total - start;
-    MemFill32(Frame + start, word, run);
+    if (__builtin_add_overflow(Y, j, &row) || row >= F.ScreenH) break;
+    ForLinearRun(X, row, Width, [&](UINT64 y, UINT64 x, UINT64 n) {
+      UINT64 first = 0;
+      const UINT64 kept = KeptSpan(y, x, n, &first);
+      if (kept) MemFill32(FrameAt(first, y), word, kept);
+    });
   }
 }
 
 void FrameToCaller(EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Caller, UINTN SourceX, UINTN SourceY, UINTN Width,
                    UINTN Height, UINTN Delta) {
   const UINT64 columns = VisibleColumns(SourceX, Width);
-  if (columns == 0) return;
+  const UINT64 rows = VisibleRows(SourceY, Height);
   const UINT64 stride = CallerStride(Width, Delta);
-  for (UINT64 j = 0; j < Height; ++j) {
-    if (SourceY >= FrameHeight || j >= FrameHeight - SourceY) break;
-    MemCopy(Caller + j * stride, Frame + (SourceY + j) * FrameWidth + SourceX,
-            columns * sizeof *Caller);
+  for (UINT64 j = 0; j < rows && columns > 0; ++j) {
+    UINT64 first = 0;
+    const UINT64 kept = KeptSpan(SourceY + j, SourceX, columns, &first);
+    if (kept)
+      MemCopy(Caller + j * stride + (first - SourceX), FrameAt(first, SourceY + j),
+              kept * sizeof *Caller);
   }
 }
 
 void CallerToFrame(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Caller, UINTN DestinationX,
                    UINTN DestinationY, UINTN Width, UINTN Height, UINTN Delta) {
   const UINT64 columns = VisibleColumns(DestinationX, Width);
-  if (columns == 0) return;
+  const UINT64 rows = VisibleRows(DestinationY, Height);
   const UINT64 stride = CallerStride(Width, Delta);
-  for (UINT64 j = 0; j < Height; ++j) {
-    if (DestinationY >= FrameHeight || j >= FrameHeight - DestinationY) break;
-    MemCopy(Frame + (DestinationY + j) * FrameWidth + DestinationX, Caller + j * stride,
-            columns * sizeof *Caller);
+  for (UINT64 j = 0; j < rows && columns > 0; ++j) {
+    UINT64 first = 0;
+    const UINT64 kept = KeptSpan(DestinationY + j, DestinationX, columns, &first);
+    if (kept)
+      MemCopy(FrameAt(first, DestinationY + j), Caller + j * stride + (first - DestinationX),
+              kept * sizeof *Caller);
   }
 }
 
 // Frame to frame, rows in increasing order and, within a row, pixels in
 // increasing order: a destination that overlaps the source further right
-// repeats the source's first pixels, exactly as a pixel-by-pixel copy would.
+// repeats the source's first pixels, exactly as a pixel-by-pixel copy
+// would. A pixel whose source the frame does not keep is left as it is.
 void FrameToFrame(UINTN SourceX, UINTN SourceY, UINTN DestinationX, UINTN DestinationY, UINTN Width,
                   UINTN Height) {
   if (Width == 0) return;
-  const UINT64 total = FramePixels();
+  const UINT64 total = ScreenPixels();
   for (UINT64 j = 0; j < Height; ++j) {
-    UINT64 sourceRow;
-    UINT64 destinationRow;
     UINT64 s;
     UINT64 d;
-    if (__builtin_add_overflow(SourceY, j, &sourceRow) ||
-        __builtin_add_overflow(DestinationY, j, &destinationRow))
-      break;
-    if (!LinearIndex(SourceX, sourceRow, &s) || !LinearIndex(DestinationX, destinationRow, &d))
+    if (__builtin_add_overflow(SourceY, j, &s) || __builtin_add_overflow(DestinationY, j, &d) ||
+        __builtin_mul_overflow(s, F.ScreenW, &s) || __builtin_mul_overflow(d, F.ScreenW, &d) ||
+        __builtin_add_overflow(s, SourceX, &s) || __builtin_add_overflow(d, DestinationX, &d) ||
+        s >= total || d >= total)
       break;
     UINT64 n = Width;
     if (n > total - s) n = total - s;
     if (n > total - d) n = total - d;
-    if (d > s && d < s + n) {
-      for (UINT64 k = 0; k < n; ++k) Frame[d + k] = Frame[s + k];
-    } else {
-      MemMove(Frame + d, Frame + s, n * sizeof *Frame);
+    for (UINT64 k = 0; k < n; ++k) {
+      UINT64 first = 0;
+      const UINT64 sy = (s + k) / F.ScreenW;
+      const UINT64 sx = (s + k) % F.ScreenW;
+      const UINT64 dy = (d + k) / F.ScreenW;
+      const UINT64 dx = (d + k) % F.ScreenW;
+      if (KeptSpan(sy, sx, 1, &first) && KeptSpan(dy, dx, 1, &first))
+        *FrameAt(dx, dy) = *FrameAt(sx, sy);
     }
+  }
+}
+
+// The bounding box of a linear run per row over Height rows (a run that
+// continues on the next row covers whole rows), as a recorded area.
+void RecordLinearArea(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
+  if (Width == 0 || Height == 0 || Y >= F.ScreenH) return;
+  const UINT64 rows = VisibleRows(Y, Height);
+  if (X < F.ScreenW && Width <= F.ScreenW - X) {
+    Quorvex_DrawRecord_Area(X, Y, Width, rows);
+    return;
+  }
+  // Running past the edge: whole rows down to where the last run ends.
+  UINT64 extra = Width / (F.ScreenW ? F.ScreenW : 1) + X / (F.ScreenW ? F.ScreenW : 1) + 1;
+  if (extra > F.ScreenH) extra = F.ScreenH;
+  Quorvex_DrawRecord_Area(0, Y, F.ScreenW, VisibleRows(Y, rows + extra));
+}
+
+void Record(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* BltBuffer, EFI_GRAPHICS_OUTPUT_BLT_OPERATION Op,
+            UINTN SourceX, UINTN SourceY, UINTN DestinationX, UINTN DestinationY, UINTN Width,
+            UINTN Height, UINTN Delta) {
+  const UINT64 call[7] = {
+      static_cast<UINT64>(Op), SourceX, SourceY, DestinationX, DestinationY, Width, Height};
+  Quorvex_DrawRecord_Words(call, sizeof call);
+  switch (Op) {
+  case EfiBltVideoFill:
+    Quorvex_DrawRecord_Words(BltBuffer, sizeof *BltBuffer);
+    RecordLinearArea(DestinationX, DestinationY, Width, Height);
+    break;
+  case EfiBltVideoToBltBuffer: {
+    // Nothing is drawn to read back: the caller gets black, as a fresh
+    // frame would give it somewhere nothing was drawn yet.
+    const UINT64 columns = VisibleColumns(SourceX, Width);
+    const UINT64 rows = VisibleRows(SourceY, Height);
+    const UINT64 stride = CallerStride(Width, Delta);
+    auto* caller = const_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(BltBuffer);
+    for (UINT64 j = 0; j < rows && columns > 0; ++j) MemFill32(caller + j * stride, 0, columns);
+    break;
+  }
+  case EfiBltBufferToVideo: {
+    const UINT64 columns = VisibleColumns(DestinationX, Width);
+    const UINT64 rows = VisibleRows(DestinationY, Height);
+    const UINT64 stride = CallerStride(Width, Delta);
+    for (UINT64 j = 0; j < rows && columns > 0; ++j)
+      Quorvex_DrawRecord_Words(BltBuffer + j * stride, columns * sizeof *BltBuffer);
+    if (columns > 0) Quorvex_DrawRecord_Area(DestinationX, DestinationY, columns, rows);
+    break;
+  }
+  default:
+    RecordLinearArea(DestinationX, DestinationY, Width, Height);
+    break;
   }
 }
 
@@ -129,12 +227,17 @@ EFI_STATUS EFIAPI BufferedBlt(EFI_GRAPHICS_OUTPUT_PROTOCOL* This,
                               UINTN SourceY, UINTN DestinationX, UINTN DestinationY, UINTN Width,
                               UINTN Height, UINTN Delta) {
   const bool handled = Operation <= EfiBltVideoToVideo;
-  if (!handled || !Frame) {
-    if (!FirmwareBlt) return EFI_UNSUPPORTED;
-    return FirmwareBlt(This, BltBuffer, Operation, SourceX, SourceY, DestinationX, DestinationY,
-                       Width, Height, Delta);
+  if (!handled || (!F.Pixels && !F.Recording)) {
+    if (!F.FirmwareBlt) return EFI_UNSUPPORTED;
+    return F.FirmwareBlt(This, BltBuffer, Operation, SourceX, SourceY, DestinationX, DestinationY,
+                         Width, Height, Delta);
   }
   if (!BltBuffer && Operation != EfiBltVideoToVideo) return EFI_INVALID_PARAMETER;
+  if (F.Recording) {
+    Record(BltBuffer, Operation, SourceX, SourceY, DestinationX, DestinationY, Width, Height,
+           Delta);
+    return EFI_SUCCESS;
+  }
   switch (Operation) {
   case EfiBltVideoFill:
     Fill(BltBuffer, DestinationX, DestinationY, Width, Height);
@@ -154,70 +257,259 @@ EFI_STATUS EFIAPI BufferedBlt(EFI_GRAPHICS_OUTPUT_PROTOCOL* This,
 }
 
 void FreeFrame() {
-  if (Frame) Quorvex_FreePool(Frame);
-  Frame = nullptr;
-  FrameWidth = 0;
-  FrameHeight = 0;
+  if (F.Pixels) Quorvex_FreePool(F.Pixels);
+  F.Pixels = nullptr;
+  F.X = F.Y = F.Width = F.Height = 0;
+}
+
+// Cuts (X, Y, Width, Height) to the screen; an empty result is a frame of
+// no pixels.
+ScreenRect OnScreen(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
+  if (X >= ScreenWidth || Y >= ScreenHeight) return {0, 0, 0, 0};
+  return {X, Y, Width < ScreenWidth - X ? Width : ScreenWidth - X,
+          Height < ScreenHeight - Y ? Height : ScreenHeight - Y};
+}
+
+// Writes the rows [Top, Top + Rows) of the frame's columns [Left, Left +
+// Columns) to the same place on the screen.
+void WriteToScreen(UINT64 Left, UINT64 Top, UINT64 Columns, UINT64 Rows) {
+  if (Columns == 0 || Rows == 0) return;
+  F.FirmwareBlt(GraphicsOutput, FrameAt(Left, Top), EfiBltBufferToVideo, 0, 0, Left, Top, Columns,
+                Rows, F.Width * sizeof *F.Pixels);
+}
+
+// The flush rectangle cut to the frame (the firmware is never asked to read
+// past it).
+bool FlushArea(ScreenRect* Area) {
+  ScreenRect area = {F.FlushX, F.FlushY, F.FlushWidth, F.FlushHeight};
+  if (area.X >= F.ScreenW || area.Y >= F.ScreenH) return false;
+  area.Width = VisibleColumns(area.X, area.Width);
+  area.Height = VisibleRows(area.Y, area.Height);
+  if (!Quorvex_Rect_Clip(&area, {F.X, F.Y, F.Width, F.Height})) return false;
+  *Area = area;
+  return true;
+}
+
+// Index of the first pixel at or after From where A and B differ (Count
+// when none), four pixels per comparison.
+UINT64 FirstDifference(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* A,
+                       const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* B, UINT64 From, UINT64 Count) {
+  UINT64 i = From;
+  for (; i + 4 <= Count; i += 4) {
+    UINT64 a[2];
+    UINT64 b[2];
+    __builtin_memcpy(a, A + i, sizeof a);
+    __builtin_memcpy(b, B + i, sizeof b);
+    if (((a[0] ^ b[0]) | (a[1] ^ b[1])) != 0) break;
+  }
+  for (; i < Count; ++i) {
+    UINT32 a;
+    UINT32 b;
+    __builtin_memcpy(&a, A + i, sizeof a);
+    __builtin_memcpy(&b, B + i, sizeof b);
+    if (a != b) return i;
+  }
+  return Count;
+}
+
+// Index of the first pixel at or after From where A and B agree (Count when
+// none).
+UINT64 FirstSame(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* A, const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* B,
+                 UINT64 From, UINT64 Count) {
+  for (UINT64 i = From; i < Count; ++i) {
+    UINT32 a;
+    UINT32 b;
+    __builtin_memcpy(&a, A + i, sizeof a);
+    __builtin_memcpy(&b, B + i, sizeof b);
+    if (a == b) return i;
+  }
+  return Count;
+}
+
+struct PixelRun {
+  UINT64 Start, End;
+};
+
+// Changed stretches of one row; unchanged gaps shorter than kGap stay
+// inside a run (one write costs more than a few equal pixels). Runs past
+// kMaxRuns are joined into the last one.
+constexpr UINT64 kMaxRuns = 16;
+constexpr UINT64 kGap = 8;
+struct ChangedRuns {
+  PixelRun Run[kMaxRuns];
+  UINT64 Count;
+  bool More;
+};
+
+void FindChangedRuns(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Drawn,
+                     const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Shown, UINT64 Count, ChangedRuns* Runs) {
+  Runs->Count = 0;
+  Runs->More = false;
+  UINT64 start = FirstDifference(Drawn, Shown, 0, Count);
+  while (start < Count) {
+    UINT64 end = FirstSame(Drawn, Shown, start + 1, Count);
+    for (;;) {
+      const UINT64 next = end < Count ? FirstDifference(Drawn, Shown, end, Count) : Count;
+      if (next >= Count || next - end >= kGap) break;
+      end = FirstSame(Drawn, Shown, next + 1, Count);
+    }
+    if (Runs->Count == kMaxRuns) {
+      Runs->Run[kMaxRuns - 1].End = end;
+      Runs->More = true;
+    } else {
+      Runs->Run[Runs->Count++] = {start, end};
+    }
+    start = end < Count ? FirstDifference(Drawn, Shown, end, Count) : Count;
+  }
 }
 
 } // namespace
 
-EFI_STATUS Quorvex_DoubleBuffer_Start(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
-  if (!GraphicsOutput) return EFI_INVALID_PARAMETER;
+EFI_STATUS Quorvex_DoubleBuffer_StartFramed(UINT64 FrameX, UINT64 FrameY, UINT64 FrameWidth,
+                                            UINT64 FrameHeight, UINT64 X, UINT64 Y, UINT64 Width,
+                                            UINT64 Height) {
+  if (!GraphicsOutput || F.Recording) return EFI_INVALID_PARAMETER;
   // A Start while buffering is already on keeps the real firmware routine
   // (recording our own routine would make Flush and Stop lose the screen).
-  if (GraphicsOutput->Blt != BufferedBlt) FirmwareBlt = GraphicsOutput->Blt;
-  if (Frame && (FrameWidth != ScreenWidth || FrameHeight != ScreenHeight)) {
-    if (GraphicsOutput->Blt == BufferedBlt) GraphicsOutput->Blt = FirmwareBlt;
+  if (GraphicsOutput->Blt != BufferedBlt) F.FirmwareBlt = GraphicsOutput->Blt;
+  const ScreenRect frame = OnScreen(FrameX, FrameY, FrameWidth, FrameHeight);
+  const bool same = F.Pixels && F.ScreenW == ScreenWidth && F.ScreenH == ScreenHeight &&
+                    F.X == frame.X && F.Y == frame.Y && F.Width == frame.Width &&
+                    F.Height == frame.Height;
+  if (!same) {
+    if (GraphicsOutput->Blt == BufferedBlt) GraphicsOutput->Blt = F.FirmwareBlt;
     FreeFrame();
-  }
-  if (!Frame) {
     if (!DrawableExtent(ScreenWidth, ScreenHeight)) return EFI_INVALID_PARAMETER;
-    Frame = static_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(
-        Quorvex_AllocatePool(ScreenWidth * ScreenHeight * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL)));
-    if (!Frame) return EFI_OUT_OF_RESOURCES;
-    FrameWidth = ScreenWidth;
-    FrameHeight = ScreenHeight;
+    const UINT64 pixels = frame.Width * frame.Height;
+    F.Pixels = static_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(
+        Quorvex_AllocatePool((pixels ? pixels : 1) * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL)));
+    if (!F.Pixels) return EFI_OUT_OF_RESOURCES;
+    F.ScreenW = ScreenWidth;
+    F.ScreenH = ScreenHeight;
+    F.X = frame.X;
+    F.Y = frame.Y;
+    F.Width = frame.Width;
+    F.Height = frame.Height;
   }
-  FlushX = X;
-  FlushY = Y;
-  FlushWidth = Width;
-  FlushHeight = Height;
+  F.FlushX = X;
+  F.FlushY = Y;
+  F.FlushWidth = Width;
+  F.FlushHeight = Height;
   GraphicsOutput->Blt = BufferedBlt;
   return EFI_SUCCESS;
 }
 
+EFI_STATUS Quorvex_DoubleBuffer_Start(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
+  return Quorvex_DoubleBuffer_StartFramed(X, Y, Width, Height, X, Y, Width, Height);
+}
+
 void Quorvex_DoubleBuffer_Flush() {
-  if (!GraphicsOutput || !FirmwareBlt) return;
-  GraphicsOutput->Blt = FirmwareBlt;
-  if (!Frame) return;
-  // The rectangle is cut to the frame so the firmware never reads past it.
-  if (FlushX < FrameWidth && FlushY < FrameHeight) {
-    const UINT64 width = VisibleColumns(FlushX, FlushWidth);
-    const UINT64 rows = FrameHeight - FlushY;
-    const UINT64 height = FlushHeight < rows ? FlushHeight : rows;
-    if (width > 0 && height > 0)
-      FirmwareBlt(GraphicsOutput, Frame, EfiBltBufferToVideo, FlushX, FlushY, FlushX, FlushY, width,
-                  height, FrameWidth * sizeof *Frame);
+  if (!GraphicsOutput || !F.FirmwareBlt || F.Recording) return;
+  GraphicsOutput->Blt = F.FirmwareBlt;
+  ScreenRect area;
+  if (F.Pixels && FlushArea(&area)) {
+    WriteToScreen(area.X, area.Y, area.Width, area.Height);
+    Quorvex_ScreenLog_Touch(area.X, area.Y, area.Width, area.Height);
   }
   GraphicsOutput->Blt = BufferedBlt;
 }
 
+void Quorvex_DoubleBuffer_FlushChanged() {
+  if (!GraphicsOutput || !F.FirmwareBlt || F.Recording || !F.Pixels) return;
+  ScreenRect area;
+  if (!FlushArea(&area)) return;
+  GraphicsOutput->Blt = F.FirmwareBlt;
+  QUORVEX_POOL_ARRAY(EFI_GRAPHICS_OUTPUT_BLT_PIXEL, shown, area.Width);
+  // Rows of equal changed columns are written as one rectangle; a change
+  // of columns (or an unchanged row) closes it.
+  UINT64 openLeft = 0;
+  UINT64 openColumns = 0;
+  UINT64 openTop = 0;
+  UINT64 openRows = 0;
+  ScreenRect written = {0, 0, 0, 0};
+  auto write = [&](UINT64 Left, UINT64 Top, UINT64 Columns, UINT64 Rows) {
+    WriteToScreen(Left, Top, Columns, Rows);
+    written = Quorvex_Rect_Union(written, {Left, Top, Columns, Rows});
+  };
+  auto close = [&]() {
+    write(openLeft, openTop, openColumns, openRows);
+    openRows = 0;
+  };
+  for (UINT64 y = area.Y; y < area.Y + area.Height; ++y) {
+    const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* row = FrameAt(area.X, y);
+    const bool read =
+        shown && !EFI_ERROR(F.FirmwareBlt(GraphicsOutput, shown.get(), EfiBltVideoToBltBuffer,
+                                          area.X, y, 0, 0, area.Width, 1, 0));
+    // A row that cannot be read back is written whole.
+    ChangedRuns runs = {};
+    if (read) {
+      FindChangedRuns(row, shown.get(), area.Width, &runs);
+    } else {
+      runs = {{{0, area.Width}}, 1, false};
+    }
+    // Only a row of one run may continue the open rectangle.
+    const bool single = runs.Count == 1 && !runs.More;
+    if (openRows && !(single && openLeft == area.X + runs.Run[0].Start &&
+                      openColumns == runs.Run[0].End - runs.Run[0].Start)) {
+      close();
+    }
+    if (single) {
+      if (openRows) {
+        ++openRows;
+      } else {
+        openLeft = area.X + runs.Run[0].Start;
+        openColumns = runs.Run[0].End - runs.Run[0].Start;
+        openTop = y;
+        openRows = 1;
+      }
+      continue;
+    }
+    for (UINT64 i = 0; i < runs.Count; ++i)
+      write(area.X + runs.Run[i].Start, y, runs.Run[i].End - runs.Run[i].Start, 1);
+  }
+  if (openRows) close();
+  Quorvex_ScreenLog_Touch(written.X, written.Y, written.Width, written.Height);
+  GraphicsOutput->Blt = BufferedBlt;
+}
+
 void Quorvex_DoubleBuffer_Stop() {
-  if (!GraphicsOutput) return;
-  if (FirmwareBlt) GraphicsOutput->Blt = FirmwareBlt;
-  FirmwareBlt = nullptr;
+  if (!GraphicsOutput || F.Recording) return;
+  if (F.FirmwareBlt) GraphicsOutput->Blt = F.FirmwareBlt;
+  F.FirmwareBlt = nullptr;
   FreeFrame();
+}
+
+bool Quorvex_DoubleBuffer_Reaches(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
+  if (!Quorvex_DoubleBuffer_Active()) return true;
+  if (X >= F.ScreenW || Y >= F.ScreenH) return false;
+  const ScreenRect r = {X, Y, VisibleColumns(X, Width), VisibleRows(Y, Height)};
+  return Quorvex_Rect_Intersects(r, {F.X, F.Y, F.Width, F.Height});
 }
 
 bool Quorvex_DoubleBuffer_Active() {
-  return GraphicsOutput && GraphicsOutput->Blt == BufferedBlt && Frame;
+  return GraphicsOutput && GraphicsOutput->Blt == BufferedBlt && F.Pixels;
+}
+
+bool Quorvex_DoubleBuffer_StartRecording() {
+  if (!GraphicsOutput || GraphicsOutput->Blt == BufferedBlt || F.Recording) return false;
+  F.FirmwareBlt = GraphicsOutput->Blt;
+  F.ScreenW = ScreenWidth;
+  F.ScreenH = ScreenHeight;
+  F.Recording = true;
+  GraphicsOutput->Blt = BufferedBlt;
+  return true;
+}
+
+void Quorvex_DoubleBuffer_StopRecording() {
+  if (!F.Recording) return;
+  F.Recording = false;
+  if (GraphicsOutput) GraphicsOutput->Blt = F.FirmwareBlt;
+  F.FirmwareBlt = nullptr;
 }
 
 void Quorvex_DoubleBuffer_Reset() {
-  if (GraphicsOutput && GraphicsOutput->Blt == BufferedBlt && FirmwareBlt)
-    GraphicsOutput->Blt = FirmwareBlt;
-  FirmwareBlt = nullptr;
+  if (GraphicsOutput && GraphicsOutput->Blt == BufferedBlt && F.FirmwareBlt)
+    GraphicsOutput->Blt = F.FirmwareBlt;
   FreeFrame();
-  FlushX = FlushY = FlushWidth = FlushHeight = 0;
+  F = {};
 }

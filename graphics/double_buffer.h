@@ -1,5 +1,6 @@
 // Off-screen composition: while buffered, the GOP instance's Blt draws into a
-// full-screen pool buffer; Flush copies the recorded rectangle to the screen.
+// pool frame that covers the rectangle given to Start; Flush copies that
+// rectangle to the screen.
 #pragma once
 
 #include "platform/efi.h"
@@ -9,3 +10,22 @@ void Quorvex_DoubleBuffer_Flush();
 void Quorvex_DoubleBuffer_Stop();
 // True while the buffered Blt is installed.
 bool Quorvex_DoubleBuffer_Active();
+
+// False when buffering is on and nothing drawn at (X, Y, Width, Height)
+// with a Blt that is cut at the right edge could land in the frame: drawing
+// there may be skipped.
+bool Quorvex_DoubleBuffer_Reaches(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height);
+
+// Start with a frame larger than the flushed rectangle, for drawing code
+// that composes outside the rectangle and reads that back.
+EFI_STATUS Quorvex_DoubleBuffer_StartFramed(UINT64 FrameX, UINT64 FrameY, UINT64 FrameWidth,
+                                            UINT64 FrameHeight, UINT64 X, UINT64 Y, UINT64 Width,
+                                            UINT64 Height);
+// Flush that writes only the pixels that differ from the screen (read back
+// row by row), in as few rectangles as the changes allow.
+void Quorvex_DoubleBuffer_FlushChanged();
+
+// The buffered Blt without a frame, recording instead of drawing (used by
+// graphics/draw_record.cpp only).
+bool Quorvex_DoubleBuffer_StartRecording();
+void Quorvex_DoubleBuffer_StopRecording();

@@ -12,6 +12,11 @@
 // width × height × 4 can never overflow.
 constexpr UINT64 kMaxDrawExtent = 1u << 15;
 
+// Notes a write that goes straight to the screen in the screen log
+// (graphics/screen_log.h); buffered and recorded drawing is not noted.
+void Quorvex_ScreenLog_NoteBlt(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height);
+void Quorvex_ScreenLog_NotePicture(const Picture& Image, UINT64 X, UINT64 Y);
+
 // Rows of a rectangle starting at row Y that lie above the screen's bottom.
 inline UINTN RowsAboveBottom(UINTN Y, UINTN Height) {
   if (ScreenHeight == 0) return Height; // no mode chosen yet: nothing to cut against
@@ -39,6 +44,8 @@ inline EFI_STATUS Quorvex_Blt(EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Buffer,
     rows = source < destination ? source : destination;
   }
   if (rows == 0 && Height != 0) return EFI_SUCCESS;
+  if (Operation != EfiBltVideoToBltBuffer)
+    Quorvex_ScreenLog_NoteBlt(DestinationX, DestinationY, Width, rows);
   // A Delta of 0 means rows of Width pixels; it stays so with fewer rows.
   return GraphicsOutput->Blt(GraphicsOutput, Buffer, Operation, SourceX, SourceY, DestinationX,
                              DestinationY, Width, rows, Delta);
@@ -52,12 +59,9 @@ inline EFI_STATUS Quorvex_FillRect(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Heig
 
 // Draws a stored PNG with its top-left corner at (X, Y) through the image
 // protocol. Nothing happens without the protocol.
-inline EFI_STATUS Quorvex_DrawPicture(const Picture& Image, UINT64 X, UINT64 Y) {
-  if (!ImageDisplay || !ImageDisplay->Operations || !ImageDisplay->Operations->DrawPng ||
-      !Image.Data)
-    return EFI_NOT_FOUND;
-  return ImageDisplay->Operations->DrawPng(Image.Data, Image.Size, X, Y);
-}
+EFI_STATUS Quorvex_DrawPicture(const Picture& Image, UINT64 X, UINT64 Y);
+// The size a PNG's header chunk names; false for anything else.
+bool Quorvex_PngExtent(const Picture& Image, UINT64* Width, UINT64* Height);
 
 // A rectangle on the screen. Drawers and click handlers of a window take
 // their rectangles from the same geometry routine.

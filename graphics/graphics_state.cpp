@@ -4,6 +4,7 @@
 #include "graphics/graphics_internal.h"
 #include "graphics/modal_scope.h"
 #include "graphics/item_list.h"
+#include "graphics/screen_log.h"
 
 void Quorvex_Graphics_Reset() {
   Quorvex_DoubleBuffer_Reset();
@@ -11,4 +12,6 @@ void Quorvex_Graphics_Reset() {
   Quorvex_Windows_Reset();
   Quorvex_ModalScope_Reset();
   Quorvex_Item_ShowFocusedPage();
+  Quorvex_Item_ListForget();
+  Quorvex_ScreenLog_Reset();
 }

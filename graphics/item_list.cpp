@@ -12,6 +12,7 @@
 #include "graphics/graphics_internal.h"
 #include "graphics/text_draw.h"
 #include "graphics/cursor.h"
+#include "graphics/retained_region.h"
 #include "setup_data/text_table.h"
 
 namespace {
@@ -252,6 +253,104 @@ UINT64 Quorvex_Item_Top(const SetupItem* Items, UINT64 Count, UINT64 Index) {
   return y;
 }
 
+namespace {
+
+// The drawing steps of one list redraw, in drawing order: each is recorded
+// and drawn by the retained region (graphics/retained_region.h).
+enum class ListStep : UINT8 { HelpBar, Background, ScrollBar, Row, OpenList, Help };
+
+struct ListStepEntry {
+  ListStep Kind;
+  UINT64 Row;
+  UINT64 Top;
+};
+
+struct ListDrawing {
+  SetupItem* Items;
+  UINT64 Count;
+  UINT8 Focused;
+  UINT64 ScrollSize;
+  UINT64 ScrollPosition;
+  UINT64 X;
+  const CHAR16* Help;
+  ListStepEntry Steps[kMaxRetainedSteps];
+  UINT64 StepCount;
+  bool Overflow;
+};
+
+constinit RetainedRegion gListRegion = {};
+
+// Calls Visit(step) for the steps of one redraw, in drawing order.
+template <typename F> void VisitSteps(ListDrawing* D, bool MainPage, bool ScrollBar, F Visit) {
+  if (MainPage) Visit(ListStepEntry{ListStep::HelpBar, 0, 0});
+  Visit(ListStepEntry{ListStep::Background, 0, 0});
+  if (ScrollBar) Visit(ListStepEntry{ListStep::ScrollBar, 0, 0});
+  if (D->Items) {
+    UINT64 first = 0;
+    UINT64 end = 0;
+    Quorvex_Item_Pages(D->Items, D->Count, &first, &end, nullptr);
+    UINT64 open = D->Count;
+    UINT64 openTop = 0;
+    bool helpKept = false;
+    WalkRows(D->Items, first, end, [&](UINT64 Row, UINT64 Top) {
+      const SetupItem& item = D->Items[Row];
+      if (item.Selected != 0 && D->Focused != 0 && !helpKept) {
+        D->Help = item.Help;
+        helpKept = true;
+      }
+      Visit(ListStepEntry{ListStep::Row, Row, Top});
+      if (item.Kind == ItemDropDown && ItemListOpen(item) && !item.GreyedOut && open == D->Count) {
+        open = Row;
+        openTop = Top;
+      }
+      return true;
+    });
+    if (open < D->Count) Visit(ListStepEntry{ListStep::OpenList, open, openTop});
+  }
+  // On the Main page the help column lies in the region: its text goes into
+  // the same frame, so the column reaches the screen once.
+  if (MainPage && D->Focused) Visit(ListStepEntry{ListStep::Help, 0, 0});
+}
+
+void DrawStep(const ListDrawing& d, const ListStepEntry& step);
+
+void DrawStep(const ListDrawing& d, const ListStepEntry& step) {
+  switch (step.Kind) {
+  case ListStep::HelpBar:
+    Quorvex_HelpBar_DrawBody();
+    break;
+  case ListStep::Background:
+    Quorvex_BackGround_Page();
+    break;
+  case ListStep::ScrollBar:
+    Quorvex_Draw_Page_ScrollBar(d.ScrollSize, d.ScrollPosition);
+    break;
+  case ListStep::Row: {
+    const SetupItem& item = d.Items[step.Row];
+    DrawRow(item, d.X, step.Top, item.Selected != 0 && d.Focused != 0);
+    break;
+  }
+  case ListStep::OpenList: {
+    const SetupItem& item = d.Items[step.Row];
+    const CHAR16* options[kMaxShownOptions + 1];
+    ResolveOptions(item.Options, options);
+    Quorvex_ItemSelected_Label_DropDownList_Control(d.X, step.Top, item.Width, item.Height,
+                                                    TextOf(item.Label), options, item.Data);
+    break;
+  }
+  case ListStep::Help:
+    Quorvex_ItemHelp_DrawBody(d.Help ? TextOf(d.Help) : u"");
+    break;
+  }
+}
+
+void DrawListStep(void* Context, UINT64 Index) {
+  const ListDrawing& d = *static_cast<const ListDrawing*>(Context);
+  DrawStep(d, d.Steps[Index]);
+}
+
+} // namespace
+
 void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused, UINT8 ScrollBar,
                             UINT64 ScrollSize, UINT64 ScrollPosition) {
   const UINT64 width = ScreenWidth;
@@ -259,53 +358,43 @@ void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused, UINT8
   const bool mainPage = PageState == kStateMainTab || PageState == kStateMainPage;
   // The Main page's redraw takes the right column along (its help bar).
   const UINT64 regionWidth = mainPage ? 3 * width / 4 : width / 2;
-  const CHAR16* help = nullptr;
-  {
-    // Taken down before the buffer starts and put back after it stopped,
-    // so the cursor is never captured into the off-screen frame.
-    CursorHiddenOver hidden(width / 4, 0, regionWidth, height);
-    Quorvex_DoubleBuffer_Start(width / 4, 0, regionWidth, height);
-    if (mainPage) Quorvex_HelpBar_DrawBody();
-    Quorvex_BackGround_Page();
-    if (ScrollBar) Quorvex_Draw_Page_ScrollBar(ScrollSize, ScrollPosition);
 
-    UINT64 first = 0;
-    UINT64 end = 0;
-    if (Items) Quorvex_Item_Pages(Items, Count, &first, &end, nullptr);
-    const UINT64 x = width / 4 + kListIndent;
-    UINT64 open = Count;
-    UINT64 openTop = 0;
-    bool helpKept = false;
-    if (Items) {
-      WalkRows(Items, first, end, [&](UINT64 Row, UINT64 Top) {
-        const SetupItem& item = Items[Row];
-        const bool selected = item.Selected != 0 && Focused != 0;
-        if (selected && !helpKept) {
-          help = item.Help;
-          helpKept = true;
-        }
-        DrawRow(item, x, Top, selected);
-        if (item.Kind == ItemDropDown && ItemListOpen(item) && !item.GreyedOut && open == Count) {
-          open = Row;
-          openTop = Top;
-        }
-        return true;
-      });
+  ListDrawing d = {};
+  d.Items = Items;
+  d.Count = Count;
+  d.Focused = Focused;
+  d.ScrollSize = ScrollSize;
+  d.ScrollPosition = ScrollPosition;
+  d.X = width / 4 + kListIndent;
+  VisitSteps(&d, mainPage, ScrollBar != 0, [&](const ListStepEntry& Step) {
+    if (d.StepCount < kMaxRetainedSteps) {
+      d.Steps[d.StepCount++] = Step;
+    } else {
+      d.Overflow = true;
     }
-    if (open < Count) {
-      const SetupItem& item = Items[open];
-      const CHAR16* options[kMaxShownOptions + 1];
-      ResolveOptions(item.Options, options);
-      Quorvex_ItemSelected_Label_DropDownList_Control(x, openTop, item.Width, item.Height,
-                                                      TextOf(item.Label), options, item.Data);
+  });
+  {
+    // Taken down before any drawing and put back after it, so the cursor is
+    // never captured into the off-screen frame.
+    CursorHiddenOver hidden(width / 4, 0, regionWidth, height);
+    const ScreenRect region = {width / 4, 0, regionWidth, height};
+    if (d.Overflow) {
+      // More steps than the records hold: drawn whole, not retained.
+      Quorvex_Retained_Forget(&gListRegion);
+      Quorvex_DoubleBuffer_Start(region.X, region.Y, region.Width, region.Height);
+      VisitSteps(&d, mainPage, ScrollBar != 0,
+                 [&](const ListStepEntry& Step) { DrawStep(d, Step); });
+      Quorvex_DoubleBuffer_Flush();
+      Quorvex_DoubleBuffer_Stop();
+    } else {
+      Quorvex_Retained_Redraw(&gListRegion, region, d.StepCount, DrawListStep, &d);
     }
-    // On the Main page the help column lies in the buffered region: its text
-    // goes into the same frame, so the column reaches the screen once.
-    if (mainPage && Focused) Quorvex_ItemHelp_DrawBody(help ? TextOf(help) : u"");
-    Quorvex_DoubleBuffer_Flush();
-    Quorvex_DoubleBuffer_Stop();
   }
-  if (Focused && !mainPage) Quorvex_ItemHelp_Draw(help ? TextOf(help) : u"");
+  if (Focused && !mainPage) Quorvex_ItemHelp_Draw(d.Help ? TextOf(d.Help) : u"");
+}
+
+void Quorvex_Item_ListForget() {
+  Quorvex_Retained_Forget(&gListRegion);
 }
 
 void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused) {

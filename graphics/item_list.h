@@ -29,6 +29,8 @@ UINT64 Quorvex_Item_Pages(const SetupItem* Items, UINT64 Count, UINT64* First, U
 // One array at a time has a chosen page.
 void Quorvex_Item_ShowPage(const SetupItem* Items, UINT64 Page);
 void Quorvex_Item_ShowFocusedPage();
+// Forgets what the list last drew: the next redraw draws the whole region.
+void Quorvex_Item_ListForget();
 // True while the array has a chosen page.
 bool Quorvex_Item_PageChosen(const SetupItem* Items);
 // Number of the list page shown and, in PageCount, how many pages the list

@@ -11,6 +11,7 @@
 
 #include "platform/bindings.h"
 #include "graphics/double_buffer.h"
+#include "graphics/draw_record.h"
 #include "graphics/draw_util.h"
 #include "graphics/graphics_internal.h"
 #include "graphics/line_break.h"
@@ -55,6 +56,49 @@ const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* OpaqueBlendTable(EFI_GRAPHICS_OUTPUT_BLT_PI
   return t.Pixel;
 }
 
+// While recording, a glyph is its coverage map, colours and place: exactly
+// what decides the pixels it would blend.
+void RecordGlyph(const UINT8* Coverage, UINT32 Width, UINT32 Height, UINT32 Pitch, UINT64 X,
+                 UINT64 Y, EFI_GRAPHICS_OUTPUT_BLT_PIXEL Foreground,
+                 EFI_GRAPHICS_OUTPUT_BLT_PIXEL Background) {
+  const UINT64 words[5] = {X, Y, (static_cast<UINT64>(Width) << 32) | Height, PixelWord(Foreground),
+                           PixelWord(Background)};
+  Quorvex_DrawRecord_Words(words, sizeof words);
+  for (UINT32 r = 0; r < Height; ++r)
+    Quorvex_DrawRecord_Words(Coverage + static_cast<UINTN>(r) * Pitch, Width);
+  // Cut as the Blt of the cell would be: columns at the right edge, rows
+  // at the bottom.
+  if (X >= ScreenWidth || Y >= ScreenHeight) return;
+  Quorvex_DrawRecord_Area(X, Y, Width < ScreenWidth - X ? Width : ScreenWidth - X,
+                          Height < ScreenHeight - Y ? Height : ScreenHeight - Y);
+}
+
+// While recording, a string is its text, colours, box and font: the same
+// font draws the same text in the same box the same way. Its glyphs stay
+// inside the box's rows (a line is drawn only when it fits) but a glyph
+// may reach past the right edge by its advance, so the recorded area has
+// a margin there.
+void RecordString(const CHAR16* Text, EFI_GRAPHICS_OUTPUT_BLT_PIXEL Foreground,
+                  EFI_GRAPHICS_OUTPUT_BLT_PIXEL Background, UINT64 X, UINT64 Y, UINT64 Width,
+                  UINT64 Height) {
+  UINTN length = 0;
+  while (Text[length] != 0) ++length;
+  const UINT64 words[7] = {reinterpret_cast<UINT64>(GlyphFont),
+                           GlyphLineHeight,
+                           PixelWord(Foreground),
+                           PixelWord(Background),
+                           Width,
+                           Height,
+                           static_cast<UINT64>(length)};
+  Quorvex_DrawRecord_Words(words, sizeof words);
+  Quorvex_DrawRecord_Words(Text, length * sizeof *Text);
+  if (X >= ScreenWidth || Y >= ScreenHeight) return;
+  const UINT64 margin = 2 * GlyphLineHeight;
+  const UINT64 room = ScreenWidth - X;
+  const UINT64 width = Width < room && margin < room - Width ? Width + margin : room;
+  Quorvex_DrawRecord_Area(X, Y, width, Height < ScreenHeight - Y ? Height : ScreenHeight - Y);
+}
+
 } // namespace
 
 EFI_STATUS Quorvex_FillLikeCopy(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height, UINT32 Word) {
@@ -87,6 +131,14 @@ EFI_STATUS Quorvex_Font_Draw(CHAR16 Character, UINT64 X, UINT64 Y,
   if (width == 0 || height == 0) return EFI_SUCCESS;
   // A map whose rows are shorter than the glyph would be read past its end.
   if (!coverage || pitch < width || !DrawableExtent(width, height)) return EFI_DEVICE_ERROR;
+
+  if (Quorvex_DrawRecord_Active()) {
+    RecordGlyph(coverage, width, height, pitch, X, Y, Foreground, Background);
+    return EFI_SUCCESS;
+  }
+  // A glyph that would only land outside the off-screen frame changes
+  // nothing.
+  if (!Quorvex_DoubleBuffer_Reaches(X, Y, width, height)) return EFI_SUCCESS;
 
   const UINTN count = static_cast<UINTN>(width) * height;
   EFI_GRAPHICS_OUTPUT_BLT_PIXEL* cell = GlyphScratch;
@@ -144,6 +196,10 @@ EFI_STATUS Quorvex_DrawString(const CHAR16* Text, EFI_GRAPHICS_OUTPUT_BLT_PIXEL 
   if (!GraphicsOutput) return EFI_NOT_FOUND;
   if (Background.Reserved == 0) Quorvex_FillLikeCopy(X, Y, Width, Height, PixelWord(Background));
   if (!Text) return EFI_ABORTED;
+  if (Quorvex_DrawRecord_Active()) {
+    RecordString(Text, Foreground, Background, X, Y, Width, Height);
+    return EFI_SUCCESS;
+  }
 
   const UINT64 lineHeight = GlyphLineHeight;
   UINT64 line = 0;

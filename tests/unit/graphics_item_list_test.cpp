@@ -3,6 +3,7 @@
 // page scroll bar.
 #include <vector>
 
+#include "graphics/draw_util.h"
 #include "graphics/item_list.h"
 #include "graphics_test_support.h"
 
@@ -154,7 +155,8 @@ TEST_F(ItemListTest, OnTheMainPageTheHelpBarIsRedrawnWithTheList) {
   Quorvex_Draw_Item_List(items.data(), 1, 0);
   EXPECT_EQ(At(3 * ScreenWidth / 4, 5), 0xFF00FFu);
   for (UINT32 state : {kStateMainTab, kStateMainPage}) {
-    Paint(3 * ScreenWidth / 4, 0, ScreenWidth / 4, ScreenHeight, 0xFF00FF);
+    // Drawn over through the GOP, as anything else on the screen is.
+    Quorvex_FillRect(3 * ScreenWidth / 4, 0, ScreenWidth / 4, ScreenHeight, 0xFF00FF);
     PageState = state;
     Quorvex_Draw_Item_List(items.data(), 1, 0);
     EXPECT_EQ(At(3 * ScreenWidth / 4, 5), kColourRightColumn) << state;

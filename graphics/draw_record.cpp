@@ -1,0 +1,92 @@
+#include "graphics/draw_record.h"
+
+#include "graphics/double_buffer.h"
+#include "platform/lib.h"
+
+namespace {
+
+constinit DrawRecord* Active = nullptr;
+
+// One 64-bit multiply-xor step per word: the hash only has to tell two
+// drawings of one region apart, not resist an adversary.
+constexpr UINT64 kMix = 0x9E3779B97F4A7C15ull;
+
+inline UINT64 Mix(UINT64 Hash, UINT64 Word) {
+  Hash ^= Word + kMix + (Hash << 6) + (Hash >> 2);
+  return Hash * 0xFF51AFD7ED558CCDull;
+}
+
+} // namespace
+
+bool Quorvex_DrawRecord_Begin(DrawRecord* Record) {
+  if (!Record || Active) return false;
+  *Record = {kMix, {0, 0, 0, 0}, true};
+  Active = Record;
+  if (!Quorvex_DoubleBuffer_StartRecording()) {
+    Active = nullptr;
+    return false;
+  }
+  return true;
+}
+
+void Quorvex_DrawRecord_End() {
+  if (!Active) return;
+  Quorvex_DoubleBuffer_StopRecording();
+  Active = nullptr;
+}
+
+bool Quorvex_DrawRecord_Active() {
+  return Active != nullptr;
+}
+
+void Quorvex_DrawRecord_Words(const void* Data, UINT64 Bytes) {
+  if (!Active) return;
+  const UINT8* bytes = static_cast<const UINT8*>(Data);
+  UINT64 hash = Active->Hash;
+  UINT64 i = 0;
+  for (; i + 8 <= Bytes; i += 8) {
+    UINT64 word;
+    MemCopy(&word, bytes + i, 8);
+    hash = Mix(hash, word);
+  }
+  if (i < Bytes) {
+    UINT64 word = 0;
+    MemCopy(&word, bytes + i, Bytes - i);
+    hash = Mix(hash, word ^ (Bytes - i) << 56);
+  }
+  Active->Hash = Mix(hash, Bytes);
+}
+
+void Quorvex_DrawRecord_Area(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
+  if (!Active || Width == 0 || Height == 0) return;
+  const ScreenRect area = {X, Y, Width, Height};
+  const UINT64 words[4] = {X, Y, Width, Height};
+  Quorvex_DrawRecord_Words(words, sizeof words);
+  Active->Box = Active->Empty ? area : Quorvex_Rect_Union(Active->Box, area);
+  Active->Empty = false;
+}
+
+bool Quorvex_Rect_Intersects(const ScreenRect& A, const ScreenRect& B) {
+  return A.Width != 0 && A.Height != 0 && B.Width != 0 && B.Height != 0 && A.X < B.X + B.Width &&
+         B.X < A.X + A.Width && A.Y < B.Y + B.Height && B.Y < A.Y + A.Height;
+}
+
+ScreenRect Quorvex_Rect_Union(const ScreenRect& A, const ScreenRect& B) {
+  if (A.Width == 0 || A.Height == 0) return B;
+  if (B.Width == 0 || B.Height == 0) return A;
+  const UINT64 x0 = A.X < B.X ? A.X : B.X;
+  const UINT64 y0 = A.Y < B.Y ? A.Y : B.Y;
+  const UINT64 x1 = A.X + A.Width > B.X + B.Width ? A.X + A.Width : B.X + B.Width;
+  const UINT64 y1 = A.Y + A.Height > B.Y + B.Height ? A.Y + A.Height : B.Y + B.Height;
+  return {x0, y0, x1 - x0, y1 - y0};
+}
+
+bool Quorvex_Rect_Clip(ScreenRect* A, const ScreenRect& B) {
+  if (!Quorvex_Rect_Intersects(*A, B)) return false;
+  const UINT64 x0 = A->X > B.X ? A->X : B.X;
+  const UINT64 y0 = A->Y > B.Y ? A->Y : B.Y;
+  const UINT64 x1 = A->X + A->Width < B.X + B.Width ? A->X + A->Width : B.X + B.Width;
+  const UINT64 y1 = A->Y + A->Height < B.Y + B.Height ? A->Y + A->Height : B.Y + B.Height;
+  *A = {x0, y0, x1 - x0, y1 - y0};
+  return true;
+}

@@ -1,0 +1,35 @@
+// Recording instead of drawing: while a record is active, every Blt that
+// would change pixels (and every glyph the text drawer would blend) only
+// feeds a hash and grows a bounding box. Two records of the same drawing
+// code are equal exactly when the code would put the same pixels into the
+// same place, which is how the retained item list finds what changed
+// without drawing it.
+#pragma once
+
+#include "graphics/draw_util.h"
+#include "platform/efi.h"
+
+struct DrawRecord {
+  UINT64 Hash;
+  // Bounding box of everything the recorded code would write; Empty when it
+  // wrote nothing.
+  ScreenRect Box;
+  bool Empty;
+};
+
+// Starts recording into Record (cleared first). Drawing code runs unchanged
+// but reaches no frame and no screen until Quorvex_DrawRecord_End.
+// Recording requires the GOP and no buffering in force; false otherwise.
+bool Quorvex_DrawRecord_Begin(DrawRecord* Record);
+void Quorvex_DrawRecord_End();
+bool Quorvex_DrawRecord_Active();
+
+// What the recording Blt and the text drawer feed in.
+void Quorvex_DrawRecord_Words(const void* Data, UINT64 Bytes);
+void Quorvex_DrawRecord_Area(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height);
+
+// Rectangle arithmetic shared by the recorder and its users.
+bool Quorvex_Rect_Intersects(const ScreenRect& A, const ScreenRect& B);
+ScreenRect Quorvex_Rect_Union(const ScreenRect& A, const ScreenRect& B);
+// A cut to B; false (and A unchanged) when they do not meet.
+bool Quorvex_Rect_Clip(ScreenRect* A, const ScreenRect& B);

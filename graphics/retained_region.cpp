@@ -1,0 +1,148 @@
+#include "graphics/retained_region.h"
+
+#include "graphics/double_buffer.h"
+#include "graphics/screen_log.h"
+#include "platform/bindings.h"
+
+namespace {
+
+constexpr UINT64 kMaxDamage = 8;
+
+struct Damage {
+  ScreenRect Rects[kMaxDamage];
+  UINT64 Count;
+};
+
+UINT64 Area(const ScreenRect& R) {
+  return R.Width * R.Height;
+}
+
+// Adds R, merging it with every rectangle it meets (and, when there is no
+// room left, with the one whose union grows least), so the rectangles never
+// overlap and no pixel is composed twice.
+void AddDamage(Damage* D, ScreenRect R) {
+  if (R.Width == 0 || R.Height == 0) return;
+  for (bool merged = true; merged;) {
+    merged = false;
+    for (UINT64 i = 0; i < D->Count; ++i) {
+      if (Quorvex_Rect_Intersects(D->Rects[i], R)) {
+        R = Quorvex_Rect_Union(D->Rects[i], R);
+        D->Rects[i] = D->Rects[--D->Count];
+        merged = true;
+        break;
+      }
+    }
+  }
+  if (D->Count < kMaxDamage) {
+    D->Rects[D->Count++] = R;
+    return;
+  }
+  UINT64 best = 0;
+  UINT64 bestGrowth = ~0ull;
+  for (UINT64 i = 0; i < D->Count; ++i) {
+    const UINT64 growth = Area(Quorvex_Rect_Union(D->Rects[i], R)) - Area(D->Rects[i]);
+    if (growth < bestGrowth) {
+      best = i;
+      bestGrowth = growth;
+    }
+  }
+  const ScreenRect merged = Quorvex_Rect_Union(D->Rects[best], R);
+  D->Rects[best] = D->Rects[--D->Count];
+  AddDamage(D, merged);
+}
+
+bool SameRecord(const DrawRecord& A, const DrawRecord& B) {
+  if (A.Empty != B.Empty || A.Hash != B.Hash) return false;
+  return A.Empty || (A.Box.X == B.Box.X && A.Box.Y == B.Box.Y && A.Box.Width == B.Box.Width &&
+                     A.Box.Height == B.Box.Height);
+}
+
+void AddBox(Damage* D, const DrawRecord& R) {
+  if (!R.Empty) AddDamage(D, R.Box);
+}
+
+// Composes Rect from the steps that reach into it; a rectangle that was
+// not on the screen as recorded is written whole, any other only where it
+// changed.
+void Compose(const ScreenRect& Rect, const DrawRecord* Steps, UINT64 Count, RetainedStepFn Draw,
+             void* Context, bool Whole) {
+  if (EFI_ERROR(Quorvex_DoubleBuffer_Start(Rect.X, Rect.Y, Rect.Width, Rect.Height))) {
+    // No frame: the steps draw straight to the screen, as without buffering.
+    for (UINT64 i = 0; i < Count; ++i) Draw(Context, i);
+    return;
+  }
+  for (UINT64 i = 0; i < Count; ++i)
+    if (!Steps[i].Empty && Quorvex_Rect_Intersects(Steps[i].Box, Rect)) Draw(Context, i);
+  if (Whole) {
+    Quorvex_DoubleBuffer_Flush();
+  } else {
+    Quorvex_DoubleBuffer_FlushChanged();
+  }
+  Quorvex_DoubleBuffer_Stop();
+}
+
+} // namespace
+
+void Quorvex_Retained_Redraw(RetainedRegion* Retained, const ScreenRect& Region, UINT64 Count,
+                             RetainedStepFn Draw, void* Context) {
+  DrawRecord steps[kMaxRetainedSteps];
+  bool recorded = Count <= kMaxRetainedSteps;
+  for (UINT64 i = 0; i < Count && recorded; ++i) {
+    recorded = Quorvex_DrawRecord_Begin(&steps[i]);
+    if (!recorded) break;
+    Draw(Context, i);
+    Quorvex_DrawRecord_End();
+    if (!steps[i].Empty && !Quorvex_Rect_Clip(&steps[i].Box, Region)) steps[i].Empty = true;
+  }
+  Quorvex_ScreenLog_Watch(&Retained->Watch, Region);
+  ScreenRect touched[kMaxDamage];
+  const UINT64 touchedCount = Quorvex_ScreenLog_Take(&Retained->Watch, touched, kMaxDamage);
+  // What this redraw writes itself is known: only others' writes count.
+  Quorvex_ScreenLog_Mute(&Retained->Watch, true);
+
+  const bool same = Retained->Valid && Retained->ScreenW == ScreenWidth &&
+                    Retained->ScreenH == ScreenHeight && Retained->Region.X == Region.X &&
+                    Retained->Region.Y == Region.Y && Retained->Region.Width == Region.Width &&
+                    Retained->Region.Height == Region.Height;
+  if (!recorded || !same) {
+    // Nothing to compare with: everything is drawn, and written where it
+    // differs from the screen unless the screen is unknown.
+    ScreenRect region = Region;
+    if (recorded) {
+      Compose(region, steps, Count, Draw, Context, !Retained->Valid);
+    } else {
+      Retained->Valid = false;
+      if (EFI_ERROR(Quorvex_DoubleBuffer_Start(region.X, region.Y, region.Width, region.Height))) {
+        for (UINT64 i = 0; i < Count; ++i) Draw(Context, i);
+      } else {
+        for (UINT64 i = 0; i < Count; ++i) Draw(Context, i);
+        Quorvex_DoubleBuffer_Flush();
+        Quorvex_DoubleBuffer_Stop();
+      }
+    }
+  } else {
+    Damage damage = {};
+    for (UINT64 i = 0; i < touchedCount; ++i) AddDamage(&damage, touched[i]);
+    const UINT64 longer = Count > Retained->Count ? Count : Retained->Count;
+    for (UINT64 i = 0; i < longer; ++i) {
+      if (i < Count && i < Retained->Count && SameRecord(steps[i], Retained->Steps[i])) continue;
+      if (i < Retained->Count) AddBox(&damage, Retained->Steps[i]);
+      if (i < Count) AddBox(&damage, steps[i]);
+    }
+    for (UINT64 d = 0; d < damage.Count; ++d)
+      Compose(damage.Rects[d], steps, Count, Draw, Context, false);
+  }
+  Quorvex_ScreenLog_Mute(&Retained->Watch, false);
+  if (!recorded || !Retained->Watch.Registered) return;
+  Retained->Valid = true;
+  Retained->Region = Region;
+  Retained->ScreenW = ScreenWidth;
+  Retained->ScreenH = ScreenHeight;
+  Retained->Count = Count;
+  for (UINT64 i = 0; i < Count; ++i) Retained->Steps[i] = steps[i];
+}
+
+void Quorvex_Retained_Forget(RetainedRegion* Retained) {
+  Retained->Valid = false;
+  Retained->Count = 0;
+}
