@@ -24,6 +24,9 @@ constexpr UINT64 kBandPictureX = 3;
 constexpr UINT64 kBandSourceWidth = 256;
 constexpr UINT64 kBandSourceRows = 768;
 
+// The grey-out dims the screen through a buffer of about this many pixels.
+constexpr UINT64 kDimBandPixels = 16384;
+
 constinit EFI_GRAPHICS_OUTPUT_BLT_PIXEL* SavedScreen = nullptr;
 constinit UINT64 SavedWidth = 0;
 constinit UINT64 SavedHeight = 0;
@@ -233,7 +236,10 @@ void Quorvex_Grayout_All_Screen() {
     SavedHeight = height;
     fresh = true;
   }
-  QUORVEX_POOL_ARRAY(UINT32, dimmed, count);
+  // The dimmed screen goes out in bands of rows through a small buffer,
+  // so that only the saved screen is held at full size.
+  const UINT64 bandRows = width < kDimBandPixels ? kDimBandPixels / width : 1;
+  QUORVEX_POOL_ARRAY(UINT32, dimmed, width * (bandRows < height ? bandRows : height));
   if (!dimmed) {
     // Nothing is dimmed, so nothing may be restored later either.
     if (fresh) {
@@ -248,12 +254,14 @@ void Quorvex_Grayout_All_Screen() {
   // shift and mask per pixel.
   const UINT32* saved = reinterpret_cast<const UINT32*>(SavedScreen);
   UINT32* out = dimmed.get();
-  for (UINT64 i = 0; i < count; ++i) {
-    const UINT32 p = saved[i];
-    out[i] = ((p >> 1) & 0x007F7F7Fu) | (p & 0xFF000000u);
+  for (UINT64 top = 0; top < height; top += bandRows) {
+    const UINT64 rows = height - top < bandRows ? height - top : bandRows;
+    const UINT32* from = saved + top * width;
+    for (UINT64 i = 0; i < rows * width; ++i)
+      out[i] = ((from[i] >> 1) & 0x007F7F7Fu) | (from[i] & 0xFF000000u);
+    Quorvex_Blt(reinterpret_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(out), EfiBltBufferToVideo, 0, 0, 0,
+                top, width, rows, delta);
   }
-  Quorvex_Blt(reinterpret_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(out), EfiBltBufferToVideo, 0, 0, 0,
-              0, width, height, delta);
 }
 
 void Quorvex_Restore_All_Screen() {

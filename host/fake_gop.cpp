@@ -2,6 +2,7 @@
 // framebuffer of the current mode, and Blt with the four operations, checked
 // against the screen the way the firmware checks them (a rectangle that does
 // not fit is refused with EFI_INVALID_PARAMETER and nothing is drawn).
+#include <algorithm>
 #include <cstring>
 
 #include "host/fake_internal.h"
@@ -29,9 +30,11 @@ void SelectMode(UINT32 Number) {
   s.GopInfo.PixelFormat = PixelBlueGreenRedReserved8BitPerColor;
   s.GopInfo.PixelInformation = {0, 0, 0, 0};
   s.GopInfo.PixelsPerScanLine = mode.Width;
-  // A mode change clears the screen to black.
-  s.Framebuffer.assign(static_cast<size_t>(mode.Width) * mode.Height,
-                       EFI_GRAPHICS_OUTPUT_BLT_PIXEL{0, 0, 0, 0});
+  // A mode change clears the screen to black (one memset, as a frame
+  // buffer clear would be done).
+  s.Framebuffer.resize(static_cast<size_t>(mode.Width) * mode.Height);
+  std::memset(s.Framebuffer.data(), 0,
+              s.Framebuffer.size() * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
   s.GopMode.FrameBufferBase = reinterpret_cast<EFI_PHYSICAL_ADDRESS>(s.Framebuffer.data());
   s.GopMode.FrameBufferSize = s.Framebuffer.size() * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL);
   ++s.FramebufferGeneration;
@@ -84,44 +87,52 @@ EFI_STATUS EFIAPI Blt(EFI_GRAPHICS_OUTPUT_PROTOCOL* This, EFI_GRAPHICS_OUTPUT_BL
            Height <= screenHeight - Y;
   };
   if (Delta == 0) Delta = Width * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL);
-  auto screen = [&](UINTN X, UINTN Y) -> EFI_GRAPHICS_OUTPUT_BLT_PIXEL& {
-    return s.Framebuffer[Y * screenWidth + X];
+  auto screen = [&](UINTN X, UINTN Y) -> EFI_GRAPHICS_OUTPUT_BLT_PIXEL* {
+    return &s.Framebuffer[Y * screenWidth + X];
   };
-  auto buffer = [&](UINTN X, UINTN Y) -> EFI_GRAPHICS_OUTPUT_BLT_PIXEL& {
-    return *reinterpret_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(
+  auto buffer = [&](UINTN X, UINTN Y) -> EFI_GRAPHICS_OUTPUT_BLT_PIXEL* {
+    return reinterpret_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(
         reinterpret_cast<UINT8*>(BltBuffer) + Y * Delta +
         X * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
   };
+  // Whole rows at a time, as a frame buffer Blt copies them. memmove: a
+  // caller may hand over a buffer that overlaps the screen itself.
+  const size_t rowBytes = Width * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL);
 
   switch (BltOperation) {
   case EfiBltVideoFill: {
     if (!fits(DestinationX, DestinationY)) return Reject();
-    const EFI_GRAPHICS_OUTPUT_BLT_PIXEL colour = BltBuffer[0];
-    for (UINTN y = 0; y < Height; ++y)
-      for (UINTN x = 0; x < Width; ++x) screen(DestinationX + x, DestinationY + y) = colour;
+    // The first row is filled, the others are copies of it.
+    EFI_GRAPHICS_OUTPUT_BLT_PIXEL* first = screen(DestinationX, DestinationY);
+    std::fill_n(first, Width, BltBuffer[0]);
+    for (UINTN y = 1; y < Height; ++y)
+      std::memcpy(screen(DestinationX, DestinationY + y), first, rowBytes);
     break;
   }
   case EfiBltVideoToBltBuffer:
     if (!fits(SourceX, SourceY)) return Reject();
     for (UINTN y = 0; y < Height; ++y)
-      for (UINTN x = 0; x < Width; ++x)
-        buffer(DestinationX + x, DestinationY + y) = screen(SourceX + x, SourceY + y);
+      std::memmove(buffer(DestinationX, DestinationY + y), screen(SourceX, SourceY + y), rowBytes);
     break;
   case EfiBltBufferToVideo:
     if (!fits(DestinationX, DestinationY)) return Reject();
     for (UINTN y = 0; y < Height; ++y)
-      for (UINTN x = 0; x < Width; ++x)
-        screen(DestinationX + x, DestinationY + y) = buffer(SourceX + x, SourceY + y);
+      std::memmove(screen(DestinationX, DestinationY + y), buffer(SourceX, SourceY + y), rowBytes);
     break;
   case EfiBltVideoToVideo: {
     if (!fits(SourceX, SourceY) || !fits(DestinationX, DestinationY)) return Reject();
-    // Overlapping rectangles copy as if through a separate buffer.
-    std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> rows(Width * Height);
-    for (UINTN y = 0; y < Height; ++y)
-      std::memcpy(&rows[y * Width], &screen(SourceX, SourceY + y), Width * sizeof rows[0]);
-    for (UINTN y = 0; y < Height; ++y)
-      std::memcpy(&screen(DestinationX, DestinationY + y), &rows[y * Width],
-                  Width * sizeof rows[0]);
+    // Overlapping rectangles copy as if through a separate buffer: moving
+    // down, the rows are copied from the bottom up, so that no source row is
+    // overwritten before it is read; memmove handles the overlap in a row.
+    if (DestinationY > SourceY) {
+      for (UINTN y = Height; y-- > 0;)
+        std::memmove(screen(DestinationX, DestinationY + y), screen(SourceX, SourceY + y),
+                     rowBytes);
+    } else {
+      for (UINTN y = 0; y < Height; ++y)
+        std::memmove(screen(DestinationX, DestinationY + y), screen(SourceX, SourceY + y),
+                     rowBytes);
+    }
     break;
   }
   default:

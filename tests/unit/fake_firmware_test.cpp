@@ -3,6 +3,8 @@
 // answers, pool accounting and Blt bounds.
 #include "host/fake_firmware_fixture.h"
 
+#include <vector>
+
 namespace {
 
 constexpr EFI_GUID kTestGuid = {0x11111111, 0x2222, 0x3333, {4, 5, 6, 7, 8, 9, 10, 11}};
@@ -96,6 +98,83 @@ TEST_F(FakeFirmware, BltRectanglesOutsideTheScreenAreRefusedAndDrawNothing) {
   // The last column and row are inside.
   EXPECT_EQ(gop->Blt(gop, white, EfiBltVideoFill, 0, 0, w - 1, h - 1, 1, 1, 0), EFI_SUCCESS);
   EXPECT_EQ(fake::PixelAt(w - 1, h - 1), 0xFFFFFFu);
+}
+
+TEST_F(FakeFirmware, BltMovesExactlyTheRectangles) {
+  // Every operation against a pixel-by-pixel model of the screen: offsets,
+  // a buffer wider than the rectangle (Delta), fills, and copies between
+  // overlapping rectangles in every direction (as if through a buffer).
+  EFI_GRAPHICS_OUTPUT_BLT_PIXEL* const none = nullptr;
+  EFI_GRAPHICS_OUTPUT_PROTOCOL* gop = fake::Gop();
+  const UINT32 w = fake::ScreenWidth(), h = fake::ScreenHeight();
+  std::vector<UINT32> model(static_cast<size_t>(w) * h);
+  for (UINT32 y = 0; y < h; ++y)
+    for (UINT32 x = 0; x < w; ++x) {
+      model[y * w + x] = (x * 7 + y * 131) & 0xFFFFFF;
+      fake::SetPixel(x, y, model[y * w + x]);
+    }
+  auto expectScreen = [&](const char* Step) {
+    const auto& screen = fake::Framebuffer();
+    size_t differing = 0, first = 0;
+    for (size_t i = 0; i < model.size(); ++i) {
+      const UINT32 rgb =
+          (UINT32(screen[i].Red) << 16) | (UINT32(screen[i].Green) << 8) | screen[i].Blue;
+      if (rgb != model[i] && differing++ == 0) first = i;
+    }
+    EXPECT_EQ(differing, 0u) << Step << ", first at " << first % w << "," << first / w;
+  };
+  auto pixel = [](UINT32 Rgb) {
+    return EFI_GRAPHICS_OUTPUT_BLT_PIXEL{static_cast<UINT8>(Rgb), static_cast<UINT8>(Rgb >> 8),
+                                         static_cast<UINT8>(Rgb >> 16), 0};
+  };
+
+  EFI_GRAPHICS_OUTPUT_BLT_PIXEL colour = pixel(0x123456);
+  ASSERT_EQ(gop->Blt(gop, &colour, EfiBltVideoFill, 0, 0, 3, 5, 17, 4, 0), EFI_SUCCESS);
+  for (UINT32 y = 5; y < 9; ++y)
+    for (UINT32 x = 3; x < 20; ++x) model[y * w + x] = 0x123456;
+  expectScreen("fill");
+
+  // A 10 x 6 buffer; its 4 x 3 part at (2, 1) goes to (w - 4, h - 3).
+  std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> buffer(60);
+  for (UINT32 i = 0; i < 60; ++i) buffer[i] = pixel(0x010203 * i);
+  ASSERT_EQ(gop->Blt(gop, buffer.data(), EfiBltBufferToVideo, 2, 1, w - 4, h - 3, 4, 3,
+                     10 * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL)),
+            EFI_SUCCESS);
+  for (UINT32 y = 0; y < 3; ++y)
+    for (UINT32 x = 0; x < 4; ++x)
+      model[(h - 3 + y) * w + w - 4 + x] = 0x010203 * ((1 + y) * 10 + 2 + x);
+  expectScreen("buffer to video");
+
+  // Screen (1, 2) 5 x 4 read into the buffer at (3, 1); the rest stays.
+  const std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> before = buffer;
+  ASSERT_EQ(gop->Blt(gop, buffer.data(), EfiBltVideoToBltBuffer, 1, 2, 3, 1, 5, 4,
+                     10 * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL)),
+            EFI_SUCCESS);
+  for (UINT32 y = 0; y < 6; ++y)
+    for (UINT32 x = 0; x < 10; ++x) {
+      const bool inside = x >= 3 && x < 8 && y >= 1 && y < 5;
+      const EFI_GRAPHICS_OUTPUT_BLT_PIXEL p = buffer[y * 10 + x];
+      const UINT32 rgb = (UINT32(p.Red) << 16) | (UINT32(p.Green) << 8) | p.Blue;
+      const EFI_GRAPHICS_OUTPUT_BLT_PIXEL q = before[y * 10 + x];
+      EXPECT_EQ(rgb, inside ? model[(y + 1) * w + x - 2]
+                            : (UINT32(q.Red) << 16) | (UINT32(q.Green) << 8) | q.Blue)
+          << x << "," << y;
+    }
+
+  struct Move {
+    UINT32 Sx, Sy, Dx, Dy, Width, Height;
+  };
+  for (const Move m :
+       {Move{10, 10, 13, 12, 40, 30}, Move{13, 12, 10, 10, 40, 30}, Move{20, 40, 25, 40, 30, 5},
+        Move{25, 40, 20, 40, 30, 5}, Move{0, 0, 0, 1, w, h - 1}, Move{0, 1, 0, 0, w, h - 1}}) {
+    ASSERT_EQ(gop->Blt(gop, none, EfiBltVideoToVideo, m.Sx, m.Sy, m.Dx, m.Dy, m.Width, m.Height, 0),
+              EFI_SUCCESS);
+    const std::vector<UINT32> old = model;
+    for (UINT32 y = 0; y < m.Height; ++y)
+      for (UINT32 x = 0; x < m.Width; ++x)
+        model[(m.Dy + y) * w + m.Dx + x] = old[(m.Sy + y) * w + m.Sx + x];
+    expectScreen("video to video");
+  }
 }
 
 } // namespace

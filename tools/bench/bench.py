@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
 """`make bench`: what the scripted interactions of interactions.sim cost.
 
-Builds an optimised simulator without sanitizers (build/bench), then runs the
-script twice with QUORVEX_SIM_BENCH set, which makes the simulator mark every
+Builds an optimised simulator without sanitizers (build/bench, linked
+statically; --dynamic builds the ordinary shared-library one in
+build/bench-dynamic instead), then runs the script twice with QUORVEX_SIM_BENCH set, which makes the simulator mark every
 point where the utility waits for input:
   - natively, with a screenshot at every mark: pixels written to the screen
     per input (the fake GOP's count), pixels that really changed (the
@@ -11,7 +12,8 @@ point where the utility waits for input:
     dump holds exactly one input's cost. The fake firmware's own pool
     bookkeeping (AllocatePool, FreePool, AllocatePages, FreePages, whole
     calls) is subtracted; its fill of new blocks is off in this mode anyway.
-Prints one table. --json FILE also writes the figures for comparisons.
+Start-up also shows the dynamic loader's own share (its relocations and
+symbol look-ups; the UEFI image has no loader). Prints one table. --json FILE also writes the figures for comparisons.
 """
 import argparse
 import glob
@@ -32,12 +34,32 @@ POOL_BOOKKEEPING = re.compile(
     r"^fake::detail::.*::(AllocatePool|FreePool|AllocatePages|FreePages)\(")
 
 
-def build(build_dir):
-    if not os.path.exists(os.path.join(build_dir, "build.ninja")):
-        subprocess.run(["cmake", "-S", ROOT, "-B", build_dir, "-G", "Ninja",
-                        "-DCMAKE_BUILD_TYPE=Release", "-DQUORVEX_SANITIZE=OFF",
-                        "-DCMAKE_CXX_FLAGS_RELEASE=-O2 -g1", "-DCMAKE_C_FLAGS_RELEASE=-O2 -g1"],
+# An optimised simulator without sanitizers. Like the UEFI image (one static
+# image: nothing to load, relocate or bind), it is linked statically and
+# without the window library (SDL2 and the ~50 shared libraries it pulls in),
+# so that start-up is not dominated by the dynamic loader; the loader's share
+# is still reported apart.
+BENCH_CONFIG = ["-DCMAKE_BUILD_TYPE=Release", "-DQUORVEX_SANITIZE=OFF",
+                "-DCMAKE_CXX_FLAGS_RELEASE=-O2 -g1", "-DCMAKE_C_FLAGS_RELEASE=-O2 -g1",
+                "-DCMAKE_DISABLE_FIND_PACKAGE_SDL2=ON", "-DCMAKE_EXE_LINKER_FLAGS=-static"]
+
+
+def build(build_dir, config=None):
+    config = BENCH_CONFIG if config is None else config
+    stamp = os.path.join(build_dir, "bench-config.txt")
+    wanted = "\n".join(config) + "\n"
+    have = None
+    if os.path.exists(stamp):
+        with open(stamp, encoding="utf-8") as f:
+            have = f.read()
+    if have != wanted or not os.path.exists(os.path.join(build_dir, "build.ninja")):
+        # A tree configured otherwise is configured afresh.
+        if os.path.exists(os.path.join(build_dir, "CMakeCache.txt")):
+            os.remove(os.path.join(build_dir, "CMakeCache.txt"))
+        subprocess.run(["cmake", "-S", ROOT, "-B", build_dir, "-G", "Ninja"] + config,
                        check=True, stdout=subprocess.DEVNULL)
+        with open(stamp, "w", encoding="utf-8") as f:
+            f.write(wanted)
     subprocess.run(["cmake", "--build", build_dir, "--target", "quorvex-sim"], check=True,
                    stdout=subprocess.DEVNULL)
     return os.path.join(build_dir, "quorvex-sim")
@@ -106,12 +128,21 @@ def native_run(sim, lines, work, args):
     return marks
 
 
+def is_loader(function, obj):
+    """The dynamic loader's work: its own object, or glibc's _dl_ functions
+    (which a static binary carries for its own start-up relocations)."""
+    return "/ld-linux" in obj or function.startswith("_dl_")
+
+
 def parse_callgrind(path, names):
-    """Total Ir of one dump and the inclusive Ir of the pool bookkeeping.
-    names maps compressed ids to names across the dumps of one run."""
-    total, excluded = 0, 0
+    """Total Ir of one dump, the inclusive Ir of the pool bookkeeping and the
+    self Ir of the dynamic loader. names maps compressed ids to names across
+    the dumps of one run (functions and objects apart)."""
+    total, excluded, loader = 0, 0, 0
     current, target, in_call = None, None, False
-    name_re = re.compile(r"^(c?fn)=\((\d+)\)(?: (.*))?$")
+    current_loader = False
+    obj = ""
+    name_re = re.compile(r"^(c?fn|c?ob)=\((\d+)\)(?: (.*))?$")
     with open(path, encoding="utf-8", errors="replace") as f:
         for line in f:
             if in_call:
@@ -124,18 +155,26 @@ def parse_callgrind(path, names):
             m = name_re.match(line.rstrip("\n"))
             if m:
                 kind, ident, name = m.groups()
+                key = ident if kind.endswith("fn") else "ob" + ident
                 if name:
-                    names[ident] = name
+                    names[key] = name
                 if kind == "fn":
                     current = ident
-                else:
+                    current_loader = is_loader(names.get(ident, ""), obj)
+                elif kind == "ob":
+                    obj = names.get(key, "")
+                elif kind == "cfn":
                     target = ident
                 continue
             if line.startswith("calls="):
                 in_call = True
             elif line.startswith("summary:"):
                 total = int(line.split()[1])
-    return total, excluded
+            elif current_loader and line[:1] in "0123456789+-*":
+                cost = line.split()
+                if len(cost) > 1:
+                    loader += int(cost[1])
+    return total, excluded, loader
 
 
 def callgrind_run(sim, lines, work, args):
@@ -151,11 +190,12 @@ def callgrind_run(sim, lines, work, args):
     marks = read_marks(os.path.join(work, "cg.marks"))
     if len(parts) != len(marks):
         sys.exit(f"bench: {len(parts)} callgrind dumps for {len(marks)} measuring points")
-    names, costs = {}, []
+    names, costs, loader = {}, [], []
     for part in parts:
-        total, excluded = parse_callgrind(part, names)
+        total, excluded, loaded = parse_callgrind(part, names)
         costs.append(total - excluded)
-    return costs
+        loader.append(loaded)
+    return costs, loader
 
 
 def main():
@@ -164,28 +204,39 @@ def main():
     parser.add_argument("--script", default=os.path.join(HERE, "interactions.sim"))
     parser.add_argument("--json", help="also write the figures here")
     parser.add_argument("--keep", help="keep the work files in this directory")
+    parser.add_argument("--dynamic", action="store_true",
+                        help="link as the ordinary simulator (shared libraries, window "
+                        "library) in BUILD_DIR-dynamic, to see what the loader costs")
     args = parser.parse_args()
     if shutil.which("valgrind") is None:
         sys.exit("bench: valgrind is not installed")
-    sim = build(args.build_dir)
+    if args.dynamic:
+        sim = build(args.build_dir + "-dynamic", BENCH_CONFIG[:4])
+    else:
+        sim = build(args.build_dir)
     lines, names = read_script(args.script)
     work = args.keep or tempfile.mkdtemp(prefix="quorvex-bench-")
     os.makedirs(work, exist_ok=True)
     try:
         marks = native_run(sim, lines, work, [])
-        costs = callgrind_run(sim, lines, work, [])
+        costs, loader = callgrind_run(sim, lines, work, [])
     finally:
         if not args.keep:
             shutil.rmtree(work, ignore_errors=True)
     # Mark 0 closes start-up; mark i closes input i.
     rows = [("start-up to first key read", 0)]
+    if loader and loader[0]:
+        rows.append(("  of which the dynamic loader", None))
     rows += [(name, i + 1) for i, name in enumerate(names) if name]
     figures = {}
     print(f"{'interaction':32} {'instructions':>14} {'px written':>11} {'px changed':>11}"
           f" {'pool peak':>11}")
     for name, i in rows:
-        mark = marks[i] if i < len(marks) else {}
-        cost = costs[i] if i < len(costs) else None
+        if i is None:
+            mark, cost = {}, loader[0]
+        else:
+            mark = marks[i] if i < len(marks) else {}
+            cost = costs[i] if i < len(costs) else None
         row = {"instructions": cost, "written": mark.get("pixels"),
                "changed": mark.get("changed"), "peak": mark.get("peak")}
         figures[name] = row
