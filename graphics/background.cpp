@@ -177,8 +177,7 @@ ScreenRect Quorvex_HelpBar_ButtonRect(UINT64 Index) {
   return {3 * ScreenWidth / 4 + 10, top + 20 + 60 * Index, SaturatingSub(ScreenWidth / 4, 20), 50};
 }
 
-void Quorvex_HelpBar_DrawBody() {
-  Quorvex_FillRect(3 * ScreenWidth / 4, 0, ScreenWidth / 4, ScreenHeight, kColourRightColumn);
+void Quorvex_HelpBar_DrawPart(UINT64 Part) {
   struct HelpButton {
     const CHAR16* Caption;
     const CHAR16* Key;
@@ -189,7 +188,10 @@ void Quorvex_HelpBar_DrawBody() {
       {TEXT(CommonHelpBarSaveAndExit), u"[F10]"},
       {TEXT(CommonHelpBarClose), u"[ESC]"},
   };
-  for (UINT64 i = 0; i < kHelpBarButtons; ++i) {
+  if (Part == 0) {
+    Quorvex_FillRect(3 * ScreenWidth / 4, 0, ScreenWidth / 4, ScreenHeight, kColourRightColumn);
+  } else if (Part <= kHelpBarButtons) {
+    const UINT64 i = Part - 1;
     const ScreenRect r = Quorvex_HelpBar_ButtonRect(i);
     // Loading the defaults is refused at restricted access: its button is
     // shown greyed.
@@ -200,8 +202,15 @@ void Quorvex_HelpBar_DrawBody() {
       Quorvex_Help_Button_Control(r.X, r.Y, r.Width, r.Height, TextOf(kButtons[i].Caption),
                                   kButtons[i].Key);
     }
+  } else if (Part == kHelpBarButtons + 1) {
+    Quorvex_ItemHelp_DrawBody(u"");
   }
-  Quorvex_ItemHelp_DrawBody(u"");
+}
+
+static_assert(kHelpBarParts == kHelpBarButtons + 2, "fill, buttons, item help box");
+
+void Quorvex_HelpBar_DrawBody() {
+  for (UINT64 part = 0; part < kHelpBarParts; ++part) Quorvex_HelpBar_DrawPart(part);
 }
 
 void Quorvex_HelpBar_Draw() {

@@ -194,9 +194,12 @@ void Record(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* BltBuffer, EFI_GRAPHICS_OUTPUT_
   switch (Op) {
   case EfiBltVideoFill:
     Quorvex_DrawRecord_Words(BltBuffer, sizeof *BltBuffer);
+    if (DestinationX < F.ScreenW && Width <= F.ScreenW - DestinationX)
+      Quorvex_DrawRecord_Fill(DestinationX, DestinationY, Width, VisibleRows(DestinationY, Height));
     RecordLinearArea(DestinationX, DestinationY, Width, Height);
     break;
   case EfiBltVideoToBltBuffer: {
+    Quorvex_DrawRecord_Read();
     // Nothing is drawn to read back: the caller gets black, as a fresh
     // frame would give it somewhere nothing was drawn yet.
     const UINT64 columns = VisibleColumns(SourceX, Width);
@@ -290,76 +293,73 @@ bool FlushArea(ScreenRect* Area) {
   return true;
 }
 
-// Index of the first pixel at or after From where A and B differ (Count
-// when none), four pixels per comparison.
-UINT64 FirstDifference(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* A,
-                       const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* B, UINT64 From, UINT64 Count) {
-  UINT64 i = From;
-  for (; i + 4 <= Count; i += 4) {
-    UINT64 a[2];
-    UINT64 b[2];
-    __builtin_memcpy(a, A + i, sizeof a);
-    __builtin_memcpy(b, B + i, sizeof b);
-    if (((a[0] ^ b[0]) | (a[1] ^ b[1])) != 0) break;
-  }
-  for (; i < Count; ++i) {
-    UINT32 a;
-    UINT32 b;
-    __builtin_memcpy(&a, A + i, sizeof a);
-    __builtin_memcpy(&b, B + i, sizeof b);
-    if (a != b) return i;
-  }
-  return Count;
-}
-
-// Index of the first pixel at or after From where A and B agree (Count when
-// none).
-UINT64 FirstSame(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* A, const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* B,
-                 UINT64 From, UINT64 Count) {
-  for (UINT64 i = From; i < Count; ++i) {
-    UINT32 a;
-    UINT32 b;
-    __builtin_memcpy(&a, A + i, sizeof a);
-    __builtin_memcpy(&b, B + i, sizeof b);
-    if (a == b) return i;
-  }
-  return Count;
-}
-
 struct PixelRun {
   UINT64 Start, End;
 };
 
-// Changed stretches of one row; unchanged gaps shorter than kGap stay
-// inside a run (one write costs more than a few equal pixels). Runs past
-// kMaxRuns are joined into the last one.
+// Changed stretches of one row, found eight pixels at a time: a stretch
+// runs over consecutive blocks of eight that hold a change, and is cut to
+// its first and last changed pixel. Stretches past kMaxRuns are joined
+// into the last one.
 constexpr UINT64 kMaxRuns = 16;
-constexpr UINT64 kGap = 8;
+constexpr UINT64 kBlock = 8;
 struct ChangedRuns {
   PixelRun Run[kMaxRuns];
   UINT64 Count;
   bool More;
 };
 
+inline bool PixelDiffers(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* A,
+                         const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* B, UINT64 I) {
+  UINT32 a;
+  UINT32 b;
+  __builtin_memcpy(&a, A + I, sizeof a);
+  __builtin_memcpy(&b, B + I, sizeof b);
+  return a != b;
+}
+
+// True when any pixel of [From, From + Count) differs (Count <= kBlock).
+inline bool BlockDiffers(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* A,
+                         const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* B, UINT64 From, UINT64 Count) {
+  if (Count == kBlock) {
+    UINT64 a[4];
+    UINT64 b[4];
+    __builtin_memcpy(a, A + From, sizeof a);
+    __builtin_memcpy(b, B + From, sizeof b);
+    return ((a[0] ^ b[0]) | (a[1] ^ b[1]) | (a[2] ^ b[2]) | (a[3] ^ b[3])) != 0;
+  }
+  for (UINT64 i = From; i < From + Count; ++i)
+    if (PixelDiffers(A, B, i)) return true;
+  return false;
+}
+
 void FindChangedRuns(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Drawn,
                      const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Shown, UINT64 Count, ChangedRuns* Runs) {
   Runs->Count = 0;
   Runs->More = false;
-  UINT64 start = FirstDifference(Drawn, Shown, 0, Count);
-  while (start < Count) {
-    UINT64 end = FirstSame(Drawn, Shown, start + 1, Count);
-    for (;;) {
-      const UINT64 next = end < Count ? FirstDifference(Drawn, Shown, end, Count) : Count;
-      if (next >= Count || next - end >= kGap) break;
-      end = FirstSame(Drawn, Shown, next + 1, Count);
+  UINT64 block = 0;
+  while (block < Count) {
+    const UINT64 size = Count - block < kBlock ? Count - block : kBlock;
+    if (!BlockDiffers(Drawn, Shown, block, size)) {
+      block += size;
+      continue;
     }
+    UINT64 start = block;
+    while (!PixelDiffers(Drawn, Shown, start)) ++start;
+    UINT64 end = block + size;
+    while (end < Count) {
+      const UINT64 next = Count - end < kBlock ? Count - end : kBlock;
+      if (!BlockDiffers(Drawn, Shown, end, next)) break;
+      end += next;
+    }
+    block = end;
+    while (!PixelDiffers(Drawn, Shown, end - 1)) --end;
     if (Runs->Count == kMaxRuns) {
       Runs->Run[kMaxRuns - 1].End = end;
       Runs->More = true;
     } else {
       Runs->Run[Runs->Count++] = {start, end};
     }
-    start = end < Count ? FirstDifference(Drawn, Shown, end, Count) : Count;
   }
 }
 
@@ -412,6 +412,14 @@ void Quorvex_DoubleBuffer_Flush() {
     Quorvex_ScreenLog_Touch(area.X, area.Y, area.Width, area.Height);
   }
   GraphicsOutput->Blt = BufferedBlt;
+}
+
+void Quorvex_DoubleBuffer_LoadScreen() {
+  if (!GraphicsOutput || !F.FirmwareBlt || F.Recording || !F.Pixels || F.Width == 0 ||
+      F.Height == 0)
+    return;
+  F.FirmwareBlt(GraphicsOutput, F.Pixels, EfiBltVideoToBltBuffer, F.X, F.Y, 0, 0, F.Width,
+                F.Height, F.Width * sizeof *F.Pixels);
 }
 
 void Quorvex_DoubleBuffer_FlushChanged() {

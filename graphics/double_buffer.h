@@ -21,6 +21,9 @@ bool Quorvex_DoubleBuffer_Reaches(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Heigh
 EFI_STATUS Quorvex_DoubleBuffer_StartFramed(UINT64 FrameX, UINT64 FrameY, UINT64 FrameWidth,
                                             UINT64 FrameHeight, UINT64 X, UINT64 Y, UINT64 Width,
                                             UINT64 Height);
+// Fills the frame with what the screen shows there, so that pixels no
+// drawing reaches flush as they were.
+void Quorvex_DoubleBuffer_LoadScreen();
 // Flush that writes only the pixels that differ from the screen (read back
 // row by row), in as few rectangles as the changes allow.
 void Quorvex_DoubleBuffer_FlushChanged();

@@ -20,7 +20,7 @@ inline UINT64 Mix(UINT64 Hash, UINT64 Word) {
 
 bool Quorvex_DrawRecord_Begin(DrawRecord* Record) {
   if (!Record || Active) return false;
-  *Record = {kMix, {0, 0, 0, 0}, true};
+  *Record = {kMix, {0, 0, 0, 0}, true, {0, 0, 0, 0}, false, false};
   Active = Record;
   if (!Quorvex_DoubleBuffer_StartRecording()) {
     Active = nullptr;
@@ -39,14 +39,13 @@ bool Quorvex_DrawRecord_Active() {
   return Active != nullptr;
 }
 
-void Quorvex_DrawRecord_Words(const void* Data, UINT64 Bytes) {
-  if (!Active) return;
+UINT64 Quorvex_DrawRecord_HashOf(const void* Data, UINT64 Bytes, UINT64 Seed) {
   const UINT8* bytes = static_cast<const UINT8*>(Data);
-  UINT64 hash = Active->Hash;
+  UINT64 hash = Seed;
   UINT64 i = 0;
   for (; i + 8 <= Bytes; i += 8) {
     UINT64 word;
-    MemCopy(&word, bytes + i, 8);
+    __builtin_memcpy(&word, bytes + i, 8);
     hash = Mix(hash, word);
   }
   if (i < Bytes) {
@@ -54,7 +53,11 @@ void Quorvex_DrawRecord_Words(const void* Data, UINT64 Bytes) {
     MemCopy(&word, bytes + i, Bytes - i);
     hash = Mix(hash, word ^ (Bytes - i) << 56);
   }
-  Active->Hash = Mix(hash, Bytes);
+  return Mix(hash, Bytes);
+}
+
+void Quorvex_DrawRecord_Words(const void* Data, UINT64 Bytes) {
+  if (Active) Active->Hash = Quorvex_DrawRecord_HashOf(Data, Bytes, Active->Hash);
 }
 
 void Quorvex_DrawRecord_Area(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
@@ -64,6 +67,23 @@ void Quorvex_DrawRecord_Area(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
   Quorvex_DrawRecord_Words(words, sizeof words);
   Active->Box = Active->Empty ? area : Quorvex_Rect_Union(Active->Box, area);
   Active->Empty = false;
+  Active->Accessed = true;
+}
+
+void Quorvex_DrawRecord_Read() {
+  if (Active) Active->Accessed = true;
+}
+
+void Quorvex_DrawRecord_Fill(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
+  if (!Active || Active->Accessed || Width == 0 || Height == 0) return;
+  Active->Cover = {X, Y, Width, Height};
+  Active->Covers = true;
+}
+
+bool Quorvex_Rect_Contains(const ScreenRect& Outer, const ScreenRect& Inner) {
+  return Inner.X >= Outer.X && Inner.Y >= Outer.Y &&
+         Inner.X + Inner.Width <= Outer.X + Outer.Width &&
+         Inner.Y + Inner.Height <= Outer.Y + Outer.Height;
 }
 
 bool Quorvex_Rect_Intersects(const ScreenRect& A, const ScreenRect& B) {

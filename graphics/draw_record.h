@@ -15,6 +15,11 @@ struct DrawRecord {
   // wrote nothing.
   ScreenRect Box;
   bool Empty;
+  // A one-colour fill that is the recorded code's first access to the
+  // screen: whatever was drawn there before cannot show through it.
+  ScreenRect Cover;
+  bool Covers;
+  bool Accessed;
 };
 
 // Starts recording into Record (cleared first). Drawing code runs unchanged
@@ -24,12 +29,20 @@ bool Quorvex_DrawRecord_Begin(DrawRecord* Record);
 void Quorvex_DrawRecord_End();
 bool Quorvex_DrawRecord_Active();
 
+// A hash of Bytes at Data, continuing Seed (the one the records use).
+UINT64 Quorvex_DrawRecord_HashOf(const void* Data, UINT64 Bytes, UINT64 Seed);
+
 // What the recording Blt and the text drawer feed in.
 void Quorvex_DrawRecord_Words(const void* Data, UINT64 Bytes);
 void Quorvex_DrawRecord_Area(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height);
+// A read of the screen, and a one-colour fill lying on the screen (before
+// its area is recorded).
+void Quorvex_DrawRecord_Read();
+void Quorvex_DrawRecord_Fill(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height);
 
 // Rectangle arithmetic shared by the recorder and its users.
 bool Quorvex_Rect_Intersects(const ScreenRect& A, const ScreenRect& B);
 ScreenRect Quorvex_Rect_Union(const ScreenRect& A, const ScreenRect& B);
+bool Quorvex_Rect_Contains(const ScreenRect& Outer, const ScreenRect& Inner);
 // A cut to B; false (and A unchanged) when they do not meet.
 bool Quorvex_Rect_Clip(ScreenRect* A, const ScreenRect& B);

@@ -26,9 +26,14 @@ EFI_STATUS Quorvex_Draw_Plain_Button(UINT64 X, UINT64 Y, UINT64 Width, UINT64 He
 // taking the cursor down, for callers that already did (the item list draws
 // them inside its own buffered region).
 void Quorvex_HelpBar_DrawBody();
+// The help bar's body in parts, drawn in order by Quorvex_HelpBar_DrawBody:
+// the column's fill, each button, the empty item help box.
+constexpr UINT64 kHelpBarParts = 6;
+void Quorvex_HelpBar_DrawPart(UINT64 Part);
 void Quorvex_ItemHelp_DrawBody(const CHAR16* HelpText);
 
 // Power-on state of each module (see graphics/graphics_state.h).
 void Quorvex_DoubleBuffer_Reset();
 void Quorvex_BackGround_Reset();
 void Quorvex_Windows_Reset();
+void Quorvex_TextDraw_Reset();

@@ -282,7 +282,9 @@ constinit RetainedRegion gListRegion = {};
 
 // Calls Visit(step) for the steps of one redraw, in drawing order.
 template <typename F> void VisitSteps(ListDrawing* D, bool MainPage, bool ScrollBar, F Visit) {
-  if (MainPage) Visit(ListStepEntry{ListStep::HelpBar, 0, 0});
+  if (MainPage)
+    for (UINT64 part = 0; part < kHelpBarParts; ++part)
+      Visit(ListStepEntry{ListStep::HelpBar, part, 0});
   Visit(ListStepEntry{ListStep::Background, 0, 0});
   if (ScrollBar) Visit(ListStepEntry{ListStep::ScrollBar, 0, 0});
   if (D->Items) {
@@ -317,7 +319,7 @@ void DrawStep(const ListDrawing& d, const ListStepEntry& step);
 void DrawStep(const ListDrawing& d, const ListStepEntry& step) {
   switch (step.Kind) {
   case ListStep::HelpBar:
-    Quorvex_HelpBar_DrawBody();
+    Quorvex_HelpBar_DrawPart(step.Row);
     break;
   case ListStep::Background:
     Quorvex_BackGround_Page();

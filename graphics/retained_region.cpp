@@ -61,6 +61,16 @@ void AddBox(Damage* D, const DrawRecord& R) {
   if (!R.Empty) AddDamage(D, R.Box);
 }
 
+// True when step Index shows in Rect: it writes there and no later step
+// starts with a one-colour fill over all it writes there.
+bool Reaches(const DrawRecord* Steps, UINT64 Count, UINT64 Index, const ScreenRect& Rect) {
+  ScreenRect part = Steps[Index].Box;
+  if (Steps[Index].Empty || !Quorvex_Rect_Clip(&part, Rect)) return false;
+  for (UINT64 j = Index + 1; j < Count; ++j)
+    if (Steps[j].Covers && Quorvex_Rect_Contains(Steps[j].Cover, part)) return false;
+  return true;
+}
+
 // Composes Rect from the steps that reach into it; a rectangle that was
 // not on the screen as recorded is written whole, any other only where it
 // changed.
@@ -71,8 +81,10 @@ void Compose(const ScreenRect& Rect, const DrawRecord* Steps, UINT64 Count, Reta
     for (UINT64 i = 0; i < Count; ++i) Draw(Context, i);
     return;
   }
+  // Pixels that no step draws keep what the screen shows.
+  Quorvex_DoubleBuffer_LoadScreen();
   for (UINT64 i = 0; i < Count; ++i)
-    if (!Steps[i].Empty && Quorvex_Rect_Intersects(Steps[i].Box, Rect)) Draw(Context, i);
+    if (Reaches(Steps, Count, i, Rect)) Draw(Context, i);
   if (Whole) {
     Quorvex_DoubleBuffer_Flush();
   } else {

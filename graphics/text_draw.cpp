@@ -73,11 +73,23 @@ void RecordGlyph(const UINT8* Coverage, UINT32 Width, UINT32 Height, UINT32 Pitc
                           Height < ScreenHeight - Y ? Height : ScreenHeight - Y);
 }
 
-// While recording, a string is its text, colours, box and font: the same
-// font draws the same text in the same box the same way. Its glyphs stay
-// inside the box's rows (a line is drawn only when it fits) but a glyph
-// may reach past the right edge by its advance, so the recorded area has
-// a margin there.
+// The extents of the strings recorded lately, by the hash of everything
+// that decides them: a redraw records the same strings again and again.
+struct StringExtent {
+  bool Valid;
+  UINT64 Key;
+  UINT64 Right;
+  UINT64 Bottom;
+};
+constexpr UINT64 kExtentCacheSlots = 256;
+constinit StringExtent ExtentCache[kExtentCacheSlots] = {};
+
+void LayOutExtent(const CHAR16* Text, UINT64 Width, UINT64 Height, UINT64* Right, UINT64* Bottom);
+
+// While recording, a string is its text, colours, box and font (the same
+// font draws the same text in the same box the same way), and its area is
+// where the layout puts its glyphs: a glyph's cell is as wide as its
+// advance and as high as a line.
 void RecordString(const CHAR16* Text, EFI_GRAPHICS_OUTPUT_BLT_PIXEL Foreground,
                   EFI_GRAPHICS_OUTPUT_BLT_PIXEL Background, UINT64 X, UINT64 Y, UINT64 Width,
                   UINT64 Height) {
@@ -90,13 +102,40 @@ void RecordString(const CHAR16* Text, EFI_GRAPHICS_OUTPUT_BLT_PIXEL Foreground,
                            Width,
                            Height,
                            static_cast<UINT64>(length)};
-  Quorvex_DrawRecord_Words(words, sizeof words);
-  Quorvex_DrawRecord_Words(Text, length * sizeof *Text);
-  if (X >= ScreenWidth || Y >= ScreenHeight) return;
-  const UINT64 margin = 2 * GlyphLineHeight;
-  const UINT64 room = ScreenWidth - X;
-  const UINT64 width = Width < room && margin < room - Width ? Width + margin : room;
-  Quorvex_DrawRecord_Area(X, Y, width, Height < ScreenHeight - Y ? Height : ScreenHeight - Y);
+  const UINT64 key = Quorvex_DrawRecord_HashOf(Text, length * sizeof *Text,
+                                               Quorvex_DrawRecord_HashOf(words, sizeof words, 0));
+  Quorvex_DrawRecord_Words(&key, sizeof key);
+  StringExtent& cached = ExtentCache[key % kExtentCacheSlots];
+  if (!cached.Valid || cached.Key != key) {
+    cached = {true, key, 0, 0};
+    LayOutExtent(Text, Width, Height, &cached.Right, &cached.Bottom);
+  }
+  const UINT64 right = cached.Right;
+  const UINT64 bottom = cached.Bottom;
+  if (right == 0 || X >= ScreenWidth || Y >= ScreenHeight) return;
+  Quorvex_DrawRecord_Area(X, Y, right < ScreenWidth - X ? right : ScreenWidth - X,
+                          bottom < ScreenHeight - Y ? bottom : ScreenHeight - Y);
+}
+
+// Right and bottom edge of the glyphs DrawString would draw, relative to
+// the box.
+void LayOutExtent(const CHAR16* Text, UINT64 Width, UINT64 Height, UINT64* Right, UINT64* Bottom) {
+  const UINT64 lineHeight = GlyphLineHeight;
+  UINT64 line = 0;
+  UINT64 right = 0;
+  UINT64 bottom = 0;
+  TextLayoutCursor cursor;
+  TextLayoutStep step;
+  Quorvex_TextLayout_Start(&cursor, Text, Width);
+  while (Quorvex_TextLayout_Next(&cursor, &step)) {
+    line += lineHeight * step.Breaks;
+    if (step.IsMark || step.Glyph == 0) continue;
+    if (line + lineHeight > Height) break;
+    if (step.Pen + step.Advance > right) right = step.Pen + step.Advance;
+    bottom = line + lineHeight;
+  }
+  *Right = right;
+  *Bottom = bottom;
 }
 
 } // namespace
@@ -280,4 +319,8 @@ UINT64 Quorvex_TextWidth(const CHAR16* Text) {
   UINT64 width = 0;
   for (UINTN i = 0; Text[i] != 0; ++i) width += Quorvex_TextLayout_Advance(Text[i]);
   return width;
+}
+
+void Quorvex_TextDraw_Reset() {
+  for (StringExtent& e : ExtentCache) e = {};
 }
