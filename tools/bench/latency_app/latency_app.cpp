@@ -4,6 +4,11 @@
 // with the other of two colours and waits for the next key. Whatever the
 // setup utility takes beyond this on the same firmware is its own cost.
 //
+// It waits the way the utility's main loop does, asking ConIn for a key
+// again and again, so that both take the same path from the keyboard to
+// the program; sleeping in WaitForEvent would add the firmware's timer tick
+// to this side only.
+//
 // It never returns: the benchmark stops the machine. It is laid out on an
 // ESP of its own (build/uefi/latency_esp), never next to the utility.
 #include "platform/efi.h"
@@ -30,9 +35,9 @@ constexpr UINT32 kWantedHeight = 768;
 
 void ChooseMode(EFI_BOOT_SERVICES* bs, EFI_GRAPHICS_OUTPUT_PROTOCOL* gop) {
   for (UINT32 mode = 0; mode < gop->Mode->MaxMode; ++mode) {
-    UINTN info_size = 0;
+    UINTN infoSize = 0;
     EFI_GRAPHICS_OUTPUT_MODE_INFORMATION* info = nullptr;
-    if (EFI_ERROR(gop->QueryMode(gop, mode, &info_size, &info)) || info == nullptr) continue;
+    if (EFI_ERROR(gop->QueryMode(gop, mode, &infoSize, &info)) || info == nullptr) continue;
     const bool wanted =
         info->HorizontalResolution == kWantedWidth && info->VerticalResolution == kWantedHeight;
     bs->FreePool(info);
@@ -50,16 +55,16 @@ EFI_STATUS Fill(EFI_GRAPHICS_OUTPUT_PROTOCOL* gop, EFI_GRAPHICS_OUTPUT_BLT_PIXEL
 
 } // namespace
 
-extern "C" EFI_STATUS EFIAPI LatencyAppMain(EFI_HANDLE, EFI_SYSTEM_TABLE* system_table) {
-  EFI_BOOT_SERVICES* bs = system_table->BootServices;
-  EFI_SIMPLE_TEXT_INPUT_PROTOCOL* con_in = system_table->ConIn;
+extern "C" EFI_STATUS EFIAPI LatencyAppMain(EFI_HANDLE, EFI_SYSTEM_TABLE* systemTable) {
+  EFI_BOOT_SERVICES* bs = systemTable->BootServices;
+  EFI_SIMPLE_TEXT_INPUT_PROTOCOL* conIn = systemTable->ConIn;
   // The boot manager arms a five-minute watchdog for every boot option.
   bs->SetWatchdogTimer(0, 0, 0, nullptr);
 
   EFI_GRAPHICS_OUTPUT_PROTOCOL* gop = nullptr;
   EFI_STATUS status = bs->LocateProtocol(&kGraphicsOutputGuid, nullptr, (void**)&gop);
   if (EFI_ERROR(status) || gop == nullptr || gop->Mode == nullptr || gop->Mode->Info == nullptr ||
-      con_in == nullptr) {
+      conIn == nullptr) {
     return EFI_UNSUPPORTED;
   }
   ChooseMode(bs, gop);
@@ -71,17 +76,14 @@ extern "C" EFI_STATUS EFIAPI LatencyAppMain(EFI_HANDLE, EFI_SYSTEM_TABLE* system
 
   // Keys pressed while the firmware was booting are not part of a measurement.
   EFI_INPUT_KEY key;
-  while (!EFI_ERROR(con_in->ReadKeyStroke(con_in, &key))) {
+  while (!EFI_ERROR(conIn->ReadKeyStroke(conIn, &key))) {
   }
   Fill(gop, kBlack, 0, 0, width, height);
   unsigned shown = 0;
   Fill(gop, kSquareColours[shown], x, y, size, size);
 
   for (;;) {
-    UINTN index = 0;
-    EFI_EVENT wait = con_in->WaitForKey;
-    bs->WaitForEvent(1, &wait, &index);
-    if (EFI_ERROR(con_in->ReadKeyStroke(con_in, &key))) continue; // nothing left to read
+    if (EFI_ERROR(conIn->ReadKeyStroke(conIn, &key))) continue;
     shown ^= 1;
     Fill(gop, kSquareColours[shown], x, y, size, size);
   }
