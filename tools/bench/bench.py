@@ -183,8 +183,8 @@ def main():
     parser.add_argument("--keep", help="keep the work files in this directory")
     parser.add_argument("--no-qemu", action="store_true",
                         help="leave out the key latency in QEMU")
-    parser.add_argument("--qemu-reps", type=int, default=10,
-                        help="keys per machine for the QEMU latency (default 10)")
+    parser.add_argument("--qemu-reps", type=int, default=20,
+                        help="keys per machine for the QEMU latency (default 20)")
     args = parser.parse_args()
     if shutil.which("valgrind") is None:
         sys.exit("bench: valgrind is not installed")
