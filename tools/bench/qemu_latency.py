@@ -21,9 +21,10 @@ only flips the colour of a square on every key. Then, taking turns, for
     run stops (a lost key is not a fast key).
 
 The utility's keys are tab moves: Down from the Main tab to Security, Up
-back. The first Down and Up on each machine are not counted (QEMU
-translates the guest code they run for the first time). Its clock row redraws itself every second and is left out of every
-comparison, for both machines alike.
+back. The utility's clock row redraws itself every second and is left out
+of every comparison, for both machines alike. The first Down and Up on each
+machine are not counted (QEMU translates the guest code they run for the
+first time).
 
 Prints both subjects' times, their medians and the ratios utility /
 application, to the first change (the usual figure) and to the last.
