@@ -14,8 +14,10 @@
 #   make test                  unit, scenario, fuzz (briefly), image and end-to-end tests
 #   make fuzz [FUZZ_SECONDS=N] every libFuzzer target for N seconds (default 60)
 #   make power-cuts [POWER_CUTS=N]  QEMU killed N times during a save (default 10)
-#   make bench                 instructions, screen traffic and pool peak per
-#                              interaction (optimised build in build/bench, callgrind)
+#   make bench [NO_QEMU=1]     instructions, screen traffic and pool peak per
+#                              interaction (optimised build in build/bench, callgrind),
+#                              and a tab move's key latency in QEMU against a trivial
+#                              UEFI application (not with NO_QEMU)
 #
 # Every command first installs the Debian packages it needs (scripts/deps).
 
@@ -115,9 +117,10 @@ power-cuts: esp
 	@$(ROOT)/scripts/deps run
 	@QUORVEX_ESP=$(ESP_DIR) python3 $(ROOT)/tests/e2e/power_cut.py --cuts $(POWER_CUTS)
 
-bench:
+# The QEMU key latency needs the ESPs; NO_QEMU=1 leaves it out.
+bench: $(if $(NO_QEMU),,esp)
 	@$(ROOT)/scripts/deps bench
-	@python3 $(ROOT)/tools/bench/bench.py
+	@python3 $(ROOT)/tools/bench/bench.py $(if $(NO_QEMU),--no-qemu)
 
 clean:
 	rm -rf $(ROOT)/build

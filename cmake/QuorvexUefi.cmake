@@ -88,6 +88,25 @@ if(TARGET QuorvexSetup AND TARGET QuorvexPlatform)
     VERBATIM)
 endif()
 
+# The key-latency benchmark's yardstick: a trivial application on an ESP of
+# its own, so that it never changes how the utility's ESP boots.
+set(QUORVEX_LATENCY_ESP_DIR ${CMAKE_BINARY_DIR}/latency_esp
+    CACHE PATH "EFI system partition directory of the latency benchmark's application")
+add_library(quorvex_latency_app_objects OBJECT
+            ${QUORVEX_SOURCE_DIR}/tools/bench/latency_app/latency_app.cpp)
+target_link_libraries(quorvex_latency_app_objects PUBLIC quorvex_uefi_flags)
+add_executable(LatencyApp)
+target_link_libraries(LatencyApp PRIVATE quorvex_latency_app_objects)
+set_target_properties(LatencyApp PROPERTIES LINK_FLAGS "/entry:LatencyAppMain")
+list(APPEND images LatencyApp)
+add_custom_target(latency_esp ALL
+  COMMAND ${CMAKE_COMMAND} -E make_directory ${QUORVEX_LATENCY_ESP_DIR}/EFI/BOOT
+  COMMAND ${CMAKE_COMMAND} -E copy_if_different $<TARGET_FILE:LatencyApp>
+          ${QUORVEX_LATENCY_ESP_DIR}/EFI/BOOT/BOOTX64.EFI
+  DEPENDS LatencyApp
+  COMMENT "Laying out ${QUORVEX_LATENCY_ESP_DIR}"
+  VERBATIM)
+
 # Image checks: no global constructors in any object, no imports, the right
 # subsystem; prints the sizes.
 find_program(QUORVEX_PYTHON NAMES python3 REQUIRED)
@@ -96,6 +115,8 @@ find_program(QUORVEX_LLVM_READOBJ NAMES llvm-readobj-14 llvm-readobj REQUIRED)
 foreach(image IN LISTS images)
   if(image STREQUAL QuorvexSetup)
     set(objects quorvex_utility_objects quorvex_platform_lib_setup)
+  elseif(image STREQUAL LatencyApp)
+    set(objects quorvex_latency_app_objects)
   else()
     set(objects quorvex_reference_objects quorvex_platform_lib_reference)
   endif()

@@ -4,8 +4,8 @@
 Fails when an object carries C++ global constructors (.CRT$XC* sections; no
 C runtime runs them in a UEFI image, so such a global would stay unset), when
 the image has a .CRT section, imports anything, is not an x86-64 EFI
-application, or lacks base relocations. Prints the image size and its
-sections.
+application, or lacks base relocations while its objects hold absolute
+addresses. Prints the image size and its sections.
 """
 import argparse
 import os
@@ -22,6 +22,19 @@ def sections(objdump, path):
         m = re.match(r"\s*\d+\s+(\S+)\s+([0-9a-fA-F]+)\s", line)
         if m:
             found.append((m.group(1), int(m.group(2), 16)))
+    return found
+
+
+def absolute_addresses(objdump, objects):
+    """The objects that hold an absolute address, which the loader must fix
+    up when the image does not sit at its preferred base. An image without
+    any (a small application using only RIP-relative code) needs no .reloc."""
+    found = []
+    for obj in objects:
+        out = subprocess.run([objdump, "-r", obj], check=True, capture_output=True,
+                             text=True).stdout
+        if re.search(r"\bIMAGE_REL_AMD64_(ADDR64|ADDR32)\b", out):
+            found.append(obj)
     return found
 
 
@@ -45,7 +58,7 @@ def main():
     names = [n for n, _ in image_sections]
     if ".CRT" in names:
         problems.append("image has a .CRT section (global constructors or destructors)")
-    if ".reloc" not in names:
+    if ".reloc" not in names and absolute_addresses(args.objdump, objects):
         problems.append("image has no base relocations (.reloc)")
 
     headers = subprocess.run([args.readobj, "--file-headers", "--coff-imports", args.image],

@@ -13,7 +13,10 @@ point where the utility waits for input:
     bookkeeping (AllocatePool, FreePool, AllocatePages, FreePages, whole
     calls) is subtracted; its fill of new blocks is off in this mode anyway.
 Start-up also shows the dynamic loader's own share (its relocations and
-symbol look-ups; the UEFI image has no loader). Prints one table. --json FILE also writes the figures for comparisons.
+symbol look-ups; the UEFI image has no loader).
+Then, unless --no-qemu, the key latency in QEMU of a tab move against a
+trivial UEFI application (qemu_latency.py; needs QEMU, OVMF and make esp).
+Prints one table. --json FILE also writes the figures for comparisons.
 """
 import argparse
 import glob
@@ -28,7 +31,9 @@ import tempfile
 HERE = os.path.dirname(os.path.abspath(__file__))
 ROOT = os.path.dirname(os.path.dirname(HERE))
 sys.path.insert(0, os.path.join(ROOT, "scripts"))
+sys.path.insert(0, HERE)
 import pngread  # noqa: E402
+import qemu_latency  # noqa: E402
 
 POOL_BOOKKEEPING = re.compile(
     r"^fake::detail::.*::(AllocatePool|FreePool|AllocatePages|FreePages)\(")
@@ -198,6 +203,19 @@ def callgrind_run(sim, lines, work, args):
     return costs, loader
 
 
+def latency_in_qemu(reps):
+    """The QEMU latency figures (None when not measured), the lines that
+    report them, and whether the measurement ran and failed."""
+    reason = qemu_latency.unavailable()
+    if reason is not None:
+        return None, [f"QEMU latency ratio: not measured ({reason})"], False
+    try:
+        figures = qemu_latency.summary(*qemu_latency.run(reps))
+    except (qemu_latency.LatencyError, qemu_latency.MachineError, AssertionError) as e:
+        return None, [f"QEMU latency ratio: not measured (failed: {e})"], True
+    return figures, qemu_latency.ratio_lines(figures), False
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--build-dir", default=os.path.join(ROOT, "build", "bench"))
@@ -207,6 +225,10 @@ def main():
     parser.add_argument("--dynamic", action="store_true",
                         help="link as the ordinary simulator (shared libraries, window "
                         "library) in BUILD_DIR-dynamic, to see what the loader costs")
+    parser.add_argument("--no-qemu", action="store_true",
+                        help="leave out the key latency in QEMU")
+    parser.add_argument("--qemu-reps", type=int, default=20,
+                        help="keys per machine for the QEMU latency (default 20)")
     args = parser.parse_args()
     if shutil.which("valgrind") is None:
         sys.exit("bench: valgrind is not installed")
@@ -247,10 +269,17 @@ def main():
               f"{cell(row['changed'], 11)} {cell(row['peak'], 11)}")
     print("instructions: callgrind, whole process, fake pool bookkeeping left out; "
           "pool peak in bytes while the input was handled")
-    print("QEMU latency ratio: not measured")
+    failed = False
+    if args.no_qemu:
+        print("QEMU latency ratio: not measured (--no-qemu)")
+    else:
+        figures["qemu latency"], lines, failed = latency_in_qemu(args.qemu_reps)
+        print("\n".join(lines))
     if args.json:
         with open(args.json, "w", encoding="utf-8") as f:
             json.dump(figures, f, indent=1)
+    if failed:
+        sys.exit(1)
 
 
 if __name__ == "__main__":
