@@ -76,6 +76,15 @@ EFI_GRAPHICS_OUTPUT_BLT_PIXEL* FrameAt(UINT64 X, UINT64 Y) {
   return F.Pixels + (Y - F.Y) * F.Width + (X - F.X);
 }
 
+// The part of the rectangle (X, Y, Columns, Rows) that the frame keeps, as
+// the first column, first row and size; false when none.
+bool KeptRect(UINT64 X, UINT64 Y, UINT64 Columns, UINT64 Rows, ScreenRect* Kept) {
+  ScreenRect r = {X, Y, Columns, Rows};
+  if (!Quorvex_Rect_Clip(&r, {F.X, F.Y, F.Width, F.Height})) return false;
+  *Kept = r;
+  return true;
+}
+
 // Calls Piece(y, x, count) for the screen-row pieces of the linear run of
 // Count pixels starting at (X, Y), stopping at the screen's end.
 template <typename Fn> void ForLinearRun(UINT64 X, UINT64 Y, UINT64 Count, Fn&& Piece) {
@@ -100,6 +109,14 @@ void Fill(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Colour, UINTN X, UINTN Y, UINTN W
   if (Width == 0) return;
   UINT32 word;
   MemCopy(&word, Colour, sizeof word);
+  if (X < F.ScreenW && Width <= F.ScreenW - X) {
+    // Within the width no row continues on the next one.
+    ScreenRect k;
+    if (!KeptRect(X, Y, Width, VisibleRows(Y, Height), &k)) return;
+    EFI_GRAPHICS_OUTPUT_BLT_PIXEL* to = FrameAt(k.X, k.Y);
+    for (UINT64 j = 0; j < k.Height; ++j, to += F.Width) MemFill32(to, word, k.Width);
+    return;
+  }
   for (UINT64 j = 0; j < Height; ++j) {
     UINT64 row;
     if (__builtin_add_overflow(Y, j, &row) || row >= F.ScreenH) break;
@@ -113,30 +130,28 @@ void Fill(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Colour, UINTN X, UINTN Y, UINTN W
 
 void FrameToCaller(EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Caller, UINTN SourceX, UINTN SourceY, UINTN Width,
                    UINTN Height, UINTN Delta) {
-  const UINT64 columns = VisibleColumns(SourceX, Width);
-  const UINT64 rows = VisibleRows(SourceY, Height);
+  ScreenRect k;
+  if (!KeptRect(SourceX, SourceY, VisibleColumns(SourceX, Width), VisibleRows(SourceY, Height), &k))
+    return;
   const UINT64 stride = CallerStride(Width, Delta);
-  for (UINT64 j = 0; j < rows && columns > 0; ++j) {
-    UINT64 first = 0;
-    const UINT64 kept = KeptSpan(SourceY + j, SourceX, columns, &first);
-    if (kept)
-      MemCopy(Caller + j * stride + (first - SourceX), FrameAt(first, SourceY + j),
-              kept * sizeof *Caller);
-  }
+  EFI_GRAPHICS_OUTPUT_BLT_PIXEL* to = Caller + (k.Y - SourceY) * stride + (k.X - SourceX);
+  const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* from = FrameAt(k.X, k.Y);
+  for (UINT64 j = 0; j < k.Height; ++j, to += stride, from += F.Width)
+    __builtin_memcpy(to, from, k.Width * sizeof *from);
 }
 
 void CallerToFrame(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Caller, UINTN DestinationX,
                    UINTN DestinationY, UINTN Width, UINTN Height, UINTN Delta) {
-  const UINT64 columns = VisibleColumns(DestinationX, Width);
-  const UINT64 rows = VisibleRows(DestinationY, Height);
+  ScreenRect k;
+  if (!KeptRect(DestinationX, DestinationY, VisibleColumns(DestinationX, Width),
+                VisibleRows(DestinationY, Height), &k))
+    return;
   const UINT64 stride = CallerStride(Width, Delta);
-  for (UINT64 j = 0; j < rows && columns > 0; ++j) {
-    UINT64 first = 0;
-    const UINT64 kept = KeptSpan(DestinationY + j, DestinationX, columns, &first);
-    if (kept)
-      MemCopy(FrameAt(first, DestinationY + j), Caller + j * stride + (first - DestinationX),
-              kept * sizeof *Caller);
-  }
+  const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* from =
+      Caller + (k.Y - DestinationY) * stride + (k.X - DestinationX);
+  EFI_GRAPHICS_OUTPUT_BLT_PIXEL* to = FrameAt(k.X, k.Y);
+  for (UINT64 j = 0; j < k.Height; ++j, from += stride, to += F.Width)
+    __builtin_memcpy(to, from, k.Width * sizeof *from);
 }
 
 // Frame to frame, rows in increasing order and, within a row, pixels in
@@ -321,13 +336,7 @@ inline bool PixelDiffers(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* A,
 // True when any pixel of [From, From + Count) differs (Count <= kBlock).
 inline bool BlockDiffers(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* A,
                          const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* B, UINT64 From, UINT64 Count) {
-  if (Count == kBlock) {
-    UINT64 a[4];
-    UINT64 b[4];
-    __builtin_memcpy(a, A + From, sizeof a);
-    __builtin_memcpy(b, B + From, sizeof b);
-    return ((a[0] ^ b[0]) | (a[1] ^ b[1]) | (a[2] ^ b[2]) | (a[3] ^ b[3])) != 0;
-  }
+  if (Count == kBlock) return __builtin_memcmp(A + From, B + From, kBlock * sizeof *A) != 0;
   for (UINT64 i = From; i < From + Count; ++i)
     if (PixelDiffers(A, B, i)) return true;
   return false;
@@ -418,8 +427,8 @@ void Quorvex_DoubleBuffer_LoadScreen() {
   if (!GraphicsOutput || !F.FirmwareBlt || F.Recording || !F.Pixels || F.Width == 0 ||
       F.Height == 0)
     return;
-  F.FirmwareBlt(GraphicsOutput, F.Pixels, EfiBltVideoToBltBuffer, F.X, F.Y, 0, 0, F.Width,
-                F.Height, F.Width * sizeof *F.Pixels);
+  F.FirmwareBlt(GraphicsOutput, F.Pixels, EfiBltVideoToBltBuffer, F.X, F.Y, 0, 0, F.Width, F.Height,
+                F.Width * sizeof *F.Pixels);
 }
 
 void Quorvex_DoubleBuffer_FlushChanged() {

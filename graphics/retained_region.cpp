@@ -81,8 +81,12 @@ void Compose(const ScreenRect& Rect, const DrawRecord* Steps, UINT64 Count, Reta
     for (UINT64 i = 0; i < Count; ++i) Draw(Context, i);
     return;
   }
-  // Pixels that no step draws keep what the screen shows.
-  Quorvex_DoubleBuffer_LoadScreen();
+  // Pixels that no step draws keep what the screen shows (unless one step
+  // fills the whole rectangle first).
+  bool covered = false;
+  for (UINT64 i = 0; i < Count && !covered; ++i)
+    covered = Steps[i].Covers && Quorvex_Rect_Contains(Steps[i].Cover, Rect);
+  if (!covered) Quorvex_DoubleBuffer_LoadScreen();
   for (UINT64 i = 0; i < Count; ++i)
     if (Reaches(Steps, Count, i, Rect)) Draw(Context, i);
   if (Whole) {
@@ -117,11 +121,11 @@ void Quorvex_Retained_Redraw(RetainedRegion* Retained, const ScreenRect& Region,
                     Retained->Region.Y == Region.Y && Retained->Region.Width == Region.Width &&
                     Retained->Region.Height == Region.Height;
   if (!recorded || !same) {
-    // Nothing to compare with: everything is drawn, and written where it
-    // differs from the screen unless the screen is unknown.
+    // Nothing to compare with: everything is drawn and written (a search
+    // for the changes over the whole region costs more than it saves).
     ScreenRect region = Region;
     if (recorded) {
-      Compose(region, steps, Count, Draw, Context, !Retained->Valid);
+      Compose(region, steps, Count, Draw, Context, true);
     } else {
       Retained->Valid = false;
       if (EFI_ERROR(Quorvex_DoubleBuffer_Start(region.X, region.Y, region.Width, region.Height))) {
