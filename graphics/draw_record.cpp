@@ -20,7 +20,10 @@ inline UINT64 Mix(UINT64 Hash, UINT64 Word) {
 
 bool Quorvex_DrawRecord_Begin(DrawRecord* Record) {
   if (!Record || Active) return false;
-  *Record = {kMix, {0, 0, 0, 0}, true, {0, 0, 0, 0}, false, false};
+  *Record = {};
+  Record->Hash = kMix;
+  Record->Empty = true;
+  Record->Pending = kMix;
   Active = Record;
   if (!Quorvex_DoubleBuffer_StartRecording()) {
     Active = nullptr;
@@ -57,7 +60,9 @@ UINT64 Quorvex_DrawRecord_HashOf(const void* Data, UINT64 Bytes, UINT64 Seed) {
 }
 
 void Quorvex_DrawRecord_Words(const void* Data, UINT64 Bytes) {
-  if (Active) Active->Hash = Quorvex_DrawRecord_HashOf(Data, Bytes, Active->Hash);
+  if (!Active) return;
+  Active->Hash = Quorvex_DrawRecord_HashOf(Data, Bytes, Active->Hash);
+  Active->Pending = Quorvex_DrawRecord_HashOf(Data, Bytes, Active->Pending);
 }
 
 void Quorvex_DrawRecord_Area(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
@@ -68,6 +73,14 @@ void Quorvex_DrawRecord_Area(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
   Active->Box = Active->Empty ? area : Quorvex_Rect_Union(Active->Box, area);
   Active->Empty = false;
   Active->Accessed = true;
+  if (Active->WriteCount < kRecordWrites) {
+    Active->Writes[Active->WriteCount++] = {Active->Pending, area};
+  } else {
+    RecordedWrite& last = Active->Writes[kRecordWrites - 1];
+    last.Hash = Mix(last.Hash, Active->Pending);
+    last.Box = Quorvex_Rect_Union(last.Box, area);
+  }
+  Active->Pending = kMix;
 }
 
 void Quorvex_DrawRecord_Read() {

@@ -9,6 +9,13 @@
 #include "graphics/draw_util.h"
 #include "platform/efi.h"
 
+constexpr UINT64 kRecordWrites = 12;
+
+struct RecordedWrite {
+  UINT64 Hash;
+  ScreenRect Box;
+};
+
 struct DrawRecord {
   UINT64 Hash;
   // Bounding box of everything the recorded code would write; Empty when it
@@ -20,6 +27,12 @@ struct DrawRecord {
   ScreenRect Cover;
   bool Covers;
   bool Accessed;
+  // The writes one by one, each with the hash of what decided it (the last
+  // slot takes in any beyond the room): a changed record damages only where
+  // its writes differ.
+  RecordedWrite Writes[kRecordWrites];
+  UINT64 WriteCount;
+  UINT64 Pending; // hash of what was fed since the last write
 };
 
 // Starts recording into Record (cleared first). Drawing code runs unchanged

@@ -61,6 +61,24 @@ void AddBox(Damage* D, const DrawRecord& R) {
   if (!R.Empty) AddDamage(D, R.Box);
 }
 
+// The damage of a step drawn differently from last time: where its writes
+// differ, one by one (cut to the region).
+void AddChangedWrites(Damage* D, const DrawRecord& Old, const DrawRecord& New,
+                      const ScreenRect& Region) {
+  const UINT64 longer = Old.WriteCount > New.WriteCount ? Old.WriteCount : New.WriteCount;
+  for (UINT64 w = 0; w < longer; ++w) {
+    const bool inOld = w < Old.WriteCount;
+    const bool inNew = w < New.WriteCount;
+    if (inOld && inNew && Old.Writes[w].Hash == New.Writes[w].Hash &&
+        Quorvex_Rect_Contains(Old.Writes[w].Box, New.Writes[w].Box) &&
+        Quorvex_Rect_Contains(New.Writes[w].Box, Old.Writes[w].Box))
+      continue;
+    ScreenRect box;
+    if (inOld && (box = Old.Writes[w].Box, Quorvex_Rect_Clip(&box, Region))) AddDamage(D, box);
+    if (inNew && (box = New.Writes[w].Box, Quorvex_Rect_Clip(&box, Region))) AddDamage(D, box);
+  }
+}
+
 // True when step Index shows in Rect: it writes there and no later step
 // starts with a one-colour fill over all it writes there.
 bool Reaches(const DrawRecord* Steps, UINT64 Count, UINT64 Index, const ScreenRect& Rect) {
@@ -101,7 +119,8 @@ void Compose(const ScreenRect& Rect, const DrawRecord* Steps, UINT64 Count, Reta
 
 void Quorvex_Retained_Redraw(RetainedRegion* Retained, const ScreenRect& Region, UINT64 Count,
                              RetainedStepFn Draw, void* Context) {
-  DrawRecord steps[kMaxRetainedSteps];
+  // Kept out of the stack: the records of a whole list are large.
+  static constinit DrawRecord steps[kMaxRetainedSteps] = {};
   bool recorded = Count <= kMaxRetainedSteps;
   for (UINT64 i = 0; i < Count && recorded; ++i) {
     recorded = Quorvex_DrawRecord_Begin(&steps[i]);
@@ -141,7 +160,11 @@ void Quorvex_Retained_Redraw(RetainedRegion* Retained, const ScreenRect& Region,
     for (UINT64 i = 0; i < touchedCount; ++i) AddDamage(&damage, touched[i]);
     const UINT64 longer = Count > Retained->Count ? Count : Retained->Count;
     for (UINT64 i = 0; i < longer; ++i) {
-      if (i < Count && i < Retained->Count && SameRecord(steps[i], Retained->Steps[i])) continue;
+      if (i < Count && i < Retained->Count) {
+        if (!SameRecord(steps[i], Retained->Steps[i]))
+          AddChangedWrites(&damage, Retained->Steps[i], steps[i], Region);
+        continue;
+      }
       if (i < Retained->Count) AddBox(&damage, Retained->Steps[i]);
       if (i < Count) AddBox(&damage, steps[i]);
     }

@@ -138,6 +138,59 @@ void LayOutExtent(const CHAR16* Text, UINT64 Width, UINT64 Height, UINT64* Right
   *Bottom = bottom;
 }
 
+// Glyph cells blended on an opaque background, kept for the pairs of
+// colours drawn lately: a redraw blends the same characters in the same
+// colours over and over. A slot holds one cell; a character that maps to a
+// taken slot replaces it.
+struct CachedCell {
+  const GlyphFontProtocol* Font;
+  CHAR16 Character;
+  UINT32 Ink;
+  UINT32 Back;
+  UINT32 Width;
+  UINT32 Height;
+  UINTN Capacity; // pixels the allocation holds
+  EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Pixels;
+};
+constexpr UINTN kCellSlots = 128;
+constexpr UINTN kMaxCachedCellPixels = 32 * 32;
+constinit CachedCell CellCache[kCellSlots] = {};
+
+CachedCell& CellSlot(CHAR16 Character, UINT32 Ink, UINT32 Back) {
+  const UINT64 key = (static_cast<UINT64>(Character) * 0x9E3779B1u) ^ (Ink * 0x85EBCA77u) ^
+                     (static_cast<UINT64>(Back) * 0xC2B2AE3Du);
+  return CellCache[(key ^ (key >> 17)) % kCellSlots];
+}
+
+bool CellMatches(const CachedCell& Cell, CHAR16 Character, UINT32 Ink, UINT32 Back) {
+  return Cell.Pixels && Cell.Font == GlyphFont && Cell.Character == Character && Cell.Ink == Ink &&
+         Cell.Back == Back;
+}
+
+// Keeps a blended cell; nothing is kept when it is large or no memory is
+// left (the next draw blends it again).
+void KeepCell(CHAR16 Character, UINT32 Ink, UINT32 Back, const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Cell,
+              UINT32 Width, UINT32 Height) {
+  const UINTN count = static_cast<UINTN>(Width) * Height;
+  if (count > kMaxCachedCellPixels) return;
+  CachedCell& slot = CellSlot(Character, Ink, Back);
+  if (slot.Capacity < count) {
+    auto* pixels = static_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(
+        Quorvex_AllocatePool(count * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL)));
+    if (!pixels) return;
+    if (slot.Pixels) Quorvex_FreePool(slot.Pixels);
+    slot.Pixels = pixels;
+    slot.Capacity = count;
+  }
+  MemCopy(slot.Pixels, Cell, count * sizeof *Cell);
+  slot.Font = GlyphFont;
+  slot.Character = Character;
+  slot.Ink = Ink;
+  slot.Back = Back;
+  slot.Width = Width;
+  slot.Height = Height;
+}
+
 } // namespace
 
 EFI_STATUS Quorvex_FillLikeCopy(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height, UINT32 Word) {
@@ -161,6 +214,17 @@ EFI_STATUS Quorvex_Font_Draw(CHAR16 Character, UINT64 X, UINT64 Y,
                              EFI_GRAPHICS_OUTPUT_BLT_PIXEL Foreground,
                              EFI_GRAPHICS_OUTPUT_BLT_PIXEL Background) {
   if (!GlyphFont || !GlyphFont->GetGlyph) return EFI_NOT_FOUND;
+  const UINT32 ink = PixelWord(Foreground) & 0xFFFFFF;
+  const UINT32 back = PixelWord(Background) & 0xFFFFFF;
+  const bool opaque = Background.Reserved == 0 && !Quorvex_DrawRecord_Active();
+  if (opaque) {
+    const CachedCell& cached = CellSlot(Character, ink, back);
+    if (CellMatches(cached, Character, ink, back)) {
+      if (!Quorvex_DoubleBuffer_Reaches(X, Y, cached.Width, cached.Height)) return EFI_SUCCESS;
+      return Quorvex_Blt(cached.Pixels, EfiBltBufferToVideo, 0, 0, X, Y, cached.Width,
+                         cached.Height, cached.Width * sizeof *cached.Pixels);
+    }
+  }
   const UINT8* coverage = nullptr;
   UINT32 width = 0;
   UINT32 height = 0;
@@ -223,6 +287,7 @@ EFI_STATUS Quorvex_Font_Draw(CHAR16 Character, UINT64 X, UINT64 Y,
       EFI_GRAPHICS_OUTPUT_BLT_PIXEL* out = cell + static_cast<UINTN>(r) * width;
       for (UINT32 c = 0; c < width; ++c) out[c] = table[row[c]];
     }
+    KeepCell(Character, ink, back, cell, width, height);
   }
   status = Quorvex_Blt(cell, EfiBltBufferToVideo, 0, 0, X, Y, width, height, delta);
   if (pool) Quorvex_FreePool(pool);
@@ -323,4 +388,8 @@ UINT64 Quorvex_TextWidth(const CHAR16* Text) {
 
 void Quorvex_TextDraw_Reset() {
   for (StringExtent& e : ExtentCache) e = {};
+  for (CachedCell& c : CellCache) {
+    if (c.Pixels) Quorvex_FreePool(c.Pixels);
+    c = {};
+  }
 }
