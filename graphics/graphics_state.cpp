@@ -4,9 +4,11 @@
 #include "graphics/graphics_internal.h"
 #include "graphics/modal_scope.h"
 #include "graphics/item_list.h"
+#include "graphics/retained_region.h"
 #include "graphics/screen_log.h"
 
 void Quorvex_Graphics_Reset() {
+  Quorvex_Retained_Reset();
   Quorvex_DoubleBuffer_Reset();
   Quorvex_BackGround_Reset();
   Quorvex_Windows_Reset();

@@ -89,6 +89,18 @@ bool Reaches(const DrawRecord* Steps, UINT64 Count, UINT64 Index, const ScreenRe
   return true;
 }
 
+constinit bool Busy = false;
+
+// Every step, buffered when a frame can be had, without records.
+void DrawWhole(const ScreenRect& Region, UINT64 Count, RetainedStepFn Draw, void* Context) {
+  const bool buffered =
+      !EFI_ERROR(Quorvex_DoubleBuffer_Start(Region.X, Region.Y, Region.Width, Region.Height));
+  for (UINT64 i = 0; i < Count; ++i) Draw(Context, i);
+  if (!buffered) return;
+  Quorvex_DoubleBuffer_Flush();
+  Quorvex_DoubleBuffer_Stop();
+}
+
 // Composes Rect from the steps that reach into it; a rectangle that was
 // not on the screen as recorded is written whole, any other only where it
 // changed.
@@ -119,8 +131,16 @@ void Compose(const ScreenRect& Rect, const DrawRecord* Steps, UINT64 Count, Reta
 
 void Quorvex_Retained_Redraw(RetainedRegion* Retained, const ScreenRect& Region, UINT64 Count,
                              RetainedStepFn Draw, void* Context) {
-  // Kept out of the stack: the records of a whole list are large.
+  // Kept out of the stack: the records of a whole list are large. A step
+  // that redraws another retained region draws it whole (one set of
+  // records is in use at a time).
   static constinit DrawRecord steps[kMaxRetainedSteps] = {};
+  if (Busy) {
+    Quorvex_Retained_Forget(Retained);
+    DrawWhole(Region, Count, Draw, Context);
+    return;
+  }
+  Busy = true;
   bool recorded = Count <= kMaxRetainedSteps;
   for (UINT64 i = 0; i < Count && recorded; ++i) {
     recorded = Quorvex_DrawRecord_Begin(&steps[i]);
@@ -147,13 +167,7 @@ void Quorvex_Retained_Redraw(RetainedRegion* Retained, const ScreenRect& Region,
       Compose(region, steps, Count, Draw, Context, true);
     } else {
       Retained->Valid = false;
-      if (EFI_ERROR(Quorvex_DoubleBuffer_Start(region.X, region.Y, region.Width, region.Height))) {
-        for (UINT64 i = 0; i < Count; ++i) Draw(Context, i);
-      } else {
-        for (UINT64 i = 0; i < Count; ++i) Draw(Context, i);
-        Quorvex_DoubleBuffer_Flush();
-        Quorvex_DoubleBuffer_Stop();
-      }
+      DrawWhole(region, Count, Draw, Context);
     }
   } else {
     Damage damage = {};
@@ -172,6 +186,7 @@ void Quorvex_Retained_Redraw(RetainedRegion* Retained, const ScreenRect& Region,
       Compose(damage.Rects[d], steps, Count, Draw, Context, false);
   }
   Quorvex_ScreenLog_Mute(&Retained->Watch, false);
+  Busy = false;
   if (!recorded || !Retained->Watch.Registered) return;
   Retained->Valid = true;
   Retained->Region = Region;
@@ -179,6 +194,11 @@ void Quorvex_Retained_Redraw(RetainedRegion* Retained, const ScreenRect& Region,
   Retained->ScreenH = ScreenHeight;
   Retained->Count = Count;
   for (UINT64 i = 0; i < Count; ++i) Retained->Steps[i] = steps[i];
+}
+
+void Quorvex_Retained_Reset() {
+  Busy = false;
+  Quorvex_DrawRecord_End();
 }
 
 void Quorvex_Retained_Forget(RetainedRegion* Retained) {

@@ -27,5 +27,7 @@ using RetainedStepFn = void (*)(void* Context, UINT64 Step);
 
 void Quorvex_Retained_Redraw(RetainedRegion* Retained, const ScreenRect& Region, UINT64 Count,
                              RetainedStepFn Draw, void* Context);
+// A fresh session: no redraw or record under way.
+void Quorvex_Retained_Reset();
 // Forgets the last redraw: the next one draws the whole region.
 void Quorvex_Retained_Forget(RetainedRegion* Retained);

@@ -117,25 +117,34 @@ void RecordString(const CHAR16* Text, EFI_GRAPHICS_OUTPUT_BLT_PIXEL Foreground,
                           bottom < ScreenHeight - Y ? bottom : ScreenHeight - Y);
 }
 
-// Right and bottom edge of the glyphs DrawString would draw, relative to
-// the box.
-void LayOutExtent(const CHAR16* Text, UINT64 Width, UINT64 Height, UINT64* Right, UINT64* Bottom) {
+// Calls Visit(glyph, pen, line top) for every glyph DrawString draws of
+// Text in a box Width x Height; false when a glyph is left out because its
+// line does not fit.
+template <typename F> bool ForEachGlyph(const CHAR16* Text, UINT64 Width, UINT64 Height, F Visit) {
   const UINT64 lineHeight = GlyphLineHeight;
   UINT64 line = 0;
-  UINT64 right = 0;
-  UINT64 bottom = 0;
   TextLayoutCursor cursor;
   TextLayoutStep step;
   Quorvex_TextLayout_Start(&cursor, Text, Width);
   while (Quorvex_TextLayout_Next(&cursor, &step)) {
     line += lineHeight * step.Breaks;
     if (step.IsMark || step.Glyph == 0) continue;
-    if (line + lineHeight > Height) break;
-    if (step.Pen + step.Advance > right) right = step.Pen + step.Advance;
-    bottom = line + lineHeight;
+    // The last line that fits is the one whose top is at most Height − LH.
+    if (line + lineHeight > Height) return false;
+    Visit(step, line);
   }
-  *Right = right;
-  *Bottom = bottom;
+  return true;
+}
+
+// Right and bottom edge of the glyphs DrawString would draw, relative to
+// the box.
+void LayOutExtent(const CHAR16* Text, UINT64 Width, UINT64 Height, UINT64* Right, UINT64* Bottom) {
+  *Right = 0;
+  *Bottom = 0;
+  ForEachGlyph(Text, Width, Height, [&](const TextLayoutStep& Step, UINT64 Line) {
+    if (Step.Pen + Step.Advance > *Right) *Right = Step.Pen + Step.Advance;
+    *Bottom = Line + GlyphLineHeight;
+  });
 }
 
 // Glyph cells blended on an opaque background, kept for the pairs of
@@ -305,19 +314,11 @@ EFI_STATUS Quorvex_DrawString(const CHAR16* Text, EFI_GRAPHICS_OUTPUT_BLT_PIXEL 
     return EFI_SUCCESS;
   }
 
-  const UINT64 lineHeight = GlyphLineHeight;
-  UINT64 line = 0;
-  TextLayoutCursor cursor;
-  TextLayoutStep step;
-  Quorvex_TextLayout_Start(&cursor, Text, Width);
-  while (Quorvex_TextLayout_Next(&cursor, &step)) {
-    line += lineHeight * step.Breaks;
-    if (step.IsMark || step.Glyph == 0) continue;
-    // The last line that fits is the one whose top is at most Height − LH.
-    if (line + lineHeight > Height) return EFI_INVALID_PARAMETER;
-    Quorvex_Font_Draw(step.Glyph, X + step.Pen, Y + line, Foreground, Background);
-  }
-  return EFI_SUCCESS;
+  const bool whole =
+      ForEachGlyph(Text, Width, Height, [&](const TextLayoutStep& Step, UINT64 Line) {
+        Quorvex_Font_Draw(Step.Glyph, X + Step.Pen, Y + Line, Foreground, Background);
+      });
+  return whole ? EFI_SUCCESS : EFI_INVALID_PARAMETER;
 }
 
 EFI_STATUS Quorvex_SplitTextLines(const CHAR16* Text, UINT64 Width, UINT64 Height,
