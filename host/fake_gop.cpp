@@ -30,11 +30,15 @@ void SelectMode(UINT32 Number) {
   s.GopInfo.PixelFormat = PixelBlueGreenRedReserved8BitPerColor;
   s.GopInfo.PixelInformation = {0, 0, 0, 0};
   s.GopInfo.PixelsPerScanLine = mode.Width;
-  // A mode change clears the screen to black (one memset, as a frame
-  // buffer clear would be done).
-  s.Framebuffer.resize(static_cast<size_t>(mode.Width) * mode.Height);
-  std::memset(s.Framebuffer.data(), 0,
-              s.Framebuffer.size() * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
+  // A mode change clears the screen to black: one memset over a frame
+  // buffer of the same size, a fresh (zeroed) one for another size.
+  const size_t pixels = static_cast<size_t>(mode.Width) * mode.Height;
+  if (s.Framebuffer.size() == pixels) {
+    std::memset(s.Framebuffer.data(), 0, pixels * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
+  } else {
+    s.Framebuffer.clear();
+    s.Framebuffer.resize(pixels);
+  }
   s.GopMode.FrameBufferBase = reinterpret_cast<EFI_PHYSICAL_ADDRESS>(s.Framebuffer.data());
   s.GopMode.FrameBufferSize = s.Framebuffer.size() * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL);
   ++s.FramebufferGeneration;

@@ -91,17 +91,24 @@ EFI_STATUS Draw(const void* Data, UINT64 Size, UINT64 X, UINT64 Y, ImageFormat F
   for (UINT64 row = 0; row < height; ++row) {
     const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* source = image->Pixels + row * image->Width;
     EFI_GRAPHICS_OUTPUT_BLT_PIXEL* target = area.get() + row * width;
+    if (!image->HasAlpha) {
+      // Opaque: the colour bytes as they are, the reserved byte cleared,
+      // one 32-bit word per pixel.
+      for (UINT64 column = 0; column < width; ++column) {
+        UINT32 word;
+        __builtin_memcpy(&word, &source[column], sizeof word);
+        word &= 0x00FFFFFFu;
+        __builtin_memcpy(&target[column], &word, sizeof word);
+      }
+      continue;
+    }
     for (UINT64 column = 0; column < width; ++column) {
       const EFI_GRAPHICS_OUTPUT_BLT_PIXEL s = source[column];
       EFI_GRAPHICS_OUTPUT_BLT_PIXEL& d = target[column];
-      if (!image->HasAlpha) {
-        d = {s.Blue, s.Green, s.Red, 0};
-      } else {
-        const UINT32 alpha = s.Reserved;
-        d.Blue = static_cast<UINT8>(Blend(s.Blue, d.Blue, alpha));
-        d.Green = static_cast<UINT8>(Blend(s.Green, d.Green, alpha));
-        d.Red = static_cast<UINT8>(Blend(s.Red, d.Red, alpha));
-      }
+      const UINT32 alpha = s.Reserved;
+      d.Blue = static_cast<UINT8>(Blend(s.Blue, d.Blue, alpha));
+      d.Green = static_cast<UINT8>(Blend(s.Green, d.Green, alpha));
+      d.Red = static_cast<UINT8>(Blend(s.Red, d.Red, alpha));
     }
   }
   return gop->Blt(gop, area.get(), EfiBltBufferToVideo, 0, 0, X, Y, width, height,

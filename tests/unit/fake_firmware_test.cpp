@@ -134,32 +134,25 @@ TEST_F(FakeFirmware, BltMovesExactlyTheRectangles) {
     for (UINT32 x = 3; x < 20; ++x) model[y * w + x] = 0x123456;
   expectScreen("fill");
 
-  // A 10 x 6 buffer; its 4 x 3 part at (2, 1) goes to (w - 4, h - 3).
-  std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> buffer(60);
-  for (UINT32 i = 0; i < 60; ++i) buffer[i] = pixel(0x010203 * i);
-  ASSERT_EQ(gop->Blt(gop, buffer.data(), EfiBltBufferToVideo, 2, 1, w - 4, h - 3, 4, 3,
-                     10 * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL)),
-            EFI_SUCCESS);
-  for (UINT32 y = 0; y < 3; ++y)
-    for (UINT32 x = 0; x < 4; ++x)
-      model[(h - 3 + y) * w + w - 4 + x] = 0x010203 * ((1 + y) * 10 + 2 + x);
-  expectScreen("buffer to video");
-
-  // Screen (1, 2) 5 x 4 read into the buffer at (3, 1); the rest stays.
-  const std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> before = buffer;
-  ASSERT_EQ(gop->Blt(gop, buffer.data(), EfiBltVideoToBltBuffer, 1, 2, 3, 1, 5, 4,
-                     10 * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL)),
+  // A buffer 10 pixels wide: the screen's 5 x 4 at (1, 2) lands at (3, 1)
+  // of it and the rest of it stays, then goes back to the bottom right.
+  std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> buffer(60, pixel(0xABCDEF));
+  const UINTN delta = 10 * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL);
+  ASSERT_EQ(gop->Blt(gop, buffer.data(), EfiBltVideoToBltBuffer, 1, 2, 3, 1, 5, 4, delta),
             EFI_SUCCESS);
   for (UINT32 y = 0; y < 6; ++y)
     for (UINT32 x = 0; x < 10; ++x) {
-      const bool inside = x >= 3 && x < 8 && y >= 1 && y < 5;
       const EFI_GRAPHICS_OUTPUT_BLT_PIXEL p = buffer[y * 10 + x];
-      const UINT32 rgb = (UINT32(p.Red) << 16) | (UINT32(p.Green) << 8) | p.Blue;
-      const EFI_GRAPHICS_OUTPUT_BLT_PIXEL q = before[y * 10 + x];
-      EXPECT_EQ(rgb, inside ? model[(y + 1) * w + x - 2]
-                            : (UINT32(q.Red) << 16) | (UINT32(q.Green) << 8) | q.Blue)
+      const bool inside = x >= 3 && x < 8 && y >= 1 && y < 5;
+      EXPECT_EQ((UINT32(p.Red) << 16) | (UINT32(p.Green) << 8) | p.Blue,
+                inside ? model[(y + 1) * w + x - 2] : 0xABCDEFu)
           << x << "," << y;
     }
+  ASSERT_EQ(gop->Blt(gop, buffer.data(), EfiBltBufferToVideo, 3, 1, w - 5, h - 4, 5, 4, delta),
+            EFI_SUCCESS);
+  for (UINT32 y = 0; y < 4; ++y)
+    for (UINT32 x = 0; x < 5; ++x) model[(h - 4 + y) * w + w - 5 + x] = model[(2 + y) * w + 1 + x];
+  expectScreen("buffer to video");
 
   struct Move {
     UINT32 Sx, Sy, Dx, Dy, Width, Height;

@@ -30,20 +30,19 @@ void Collect(void* Context, void* Data, int Size) {
   out->insert(out->end(), static_cast<UINT8*>(Data), static_cast<UINT8*>(Data) + Size);
 }
 
-// A picture with smooth gradients, hard edges and pure black and white
-// (where the colour conversion clamps), encoded with stb's writer.
+// Gradients, hard edges, pure black and white (where the colour conversion
+// clamps) and noisy rows, encoded with stb's writer.
 std::vector<UINT8> Jpeg(int Width, int Height, int Channels, int Quality) {
   std::vector<UINT8> pixels;
   UINT32 noise = 12345;
-  for (int y = 0; y < Height; ++y)
-    for (int x = 0; x < Width; ++x)
-      for (int c = 0; c < Channels; ++c) {
-        noise = noise * 1103515245u + 12345u;
-        int v = (x * 255 / Width + c * 80 + y * 3) & 0xFF;
-        if ((x / 5 + y / 3) % 4 == 0) v = (c & 1) ? 255 : 0;
-        if (y % 9 == 0) v = static_cast<int>(noise >> 24);
-        pixels.push_back(static_cast<UINT8>(v));
-      }
+  for (int i = 0; i < Width * Height * Channels; ++i) {
+    const int x = i / Channels % Width, y = i / Channels / Width, c = i % Channels;
+    noise = noise * 1103515245u + 12345u;
+    int v = (x * 255 / Width + c * 80 + y * 3) & 0xFF;
+    if ((x / 5 + y / 3) % 4 == 0) v = (c & 1) ? 255 : 0;
+    if (y % 9 == 0) v = static_cast<int>(noise >> 24);
+    pixels.push_back(static_cast<UINT8>(v));
+  }
   std::vector<UINT8> out;
   stbi_write_jpg_to_func(Collect, &out, Width, Height, Channels, pixels.data(), Quality);
   return out;

@@ -112,6 +112,22 @@ def changed_pixels(a_path, b_path):
     return changed
 
 
+# Valgrind counts every round of a rep-prefixed string instruction as one
+# instruction, so glibc's memcpy and memset, which switch to rep movsb and rep
+# stosb above a few KiB, would count one instruction per byte for every large
+# copy or fill (the ones a firmware does with wide moves). glibc is told to
+# keep to its vector loops instead; --rep-strings counts with them.
+NO_REP_STRINGS = ("glibc.cpu.x86_rep_movsb_threshold=1099511627776:"
+                  "glibc.cpu.x86_rep_stosb_threshold=1099511627776")
+
+
+def bench_env(marks_path, rep_strings=False):
+    env = dict(os.environ, QUORVEX_SIM_BENCH=marks_path)
+    if not rep_strings:
+        env["GLIBC_TUNABLES"] = NO_REP_STRINGS
+    return env
+
+
 def native_run(sim, lines, work, args):
     """Pixels written, pool peak and pixels changed per mark."""
     script = []
@@ -122,7 +138,7 @@ def native_run(sim, lines, work, args):
     with open(path, "w", encoding="utf-8") as f:
         f.write("\n".join(script) + "\n")
     marks_path = os.path.join(work, "native.marks")
-    env = dict(os.environ, QUORVEX_SIM_BENCH=marks_path)
+    env = bench_env(marks_path)
     out = os.path.join(work, "native")
     subprocess.run([sim, "--script", path, "--out", out] + args, check=True, env=env,
                    stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
@@ -182,12 +198,12 @@ def parse_callgrind(path, names):
     return total, excluded, loader
 
 
-def callgrind_run(sim, lines, work, args):
+def callgrind_run(sim, lines, work, args, rep_strings=False):
     path = os.path.join(work, "callgrind.sim")
     with open(path, "w", encoding="utf-8") as f:
         f.write("\n".join(lines) + "\n")
     out_file = os.path.join(work, "cg.out")
-    env = dict(os.environ, QUORVEX_SIM_BENCH=os.path.join(work, "cg.marks"))
+    env = bench_env(os.path.join(work, "cg.marks"), rep_strings)
     subprocess.run(["valgrind", "--tool=callgrind", "--callgrind-out-file=" + out_file,
                     sim, "--script", path, "--out", os.path.join(work, "cg")] + args,
                    check=True, env=env, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
@@ -222,6 +238,9 @@ def main():
     parser.add_argument("--script", default=os.path.join(HERE, "interactions.sim"))
     parser.add_argument("--json", help="also write the figures here")
     parser.add_argument("--keep", help="keep the work files in this directory")
+    parser.add_argument("--rep-strings", action="store_true",
+                        help="let glibc copy and fill with rep movsb / rep stosb (counted "
+                        "per byte by callgrind)")
     parser.add_argument("--dynamic", action="store_true",
                         help="link as the ordinary simulator (shared libraries, window "
                         "library) in BUILD_DIR-dynamic, to see what the loader costs")
@@ -241,7 +260,7 @@ def main():
     os.makedirs(work, exist_ok=True)
     try:
         marks = native_run(sim, lines, work, [])
-        costs, loader = callgrind_run(sim, lines, work, [])
+        costs, loader = callgrind_run(sim, lines, work, [], args.rep_strings)
     finally:
         if not args.keep:
             shutil.rmtree(work, ignore_errors=True)
