@@ -36,4 +36,3 @@ void Quorvex_ItemHelp_DrawBody(const CHAR16* HelpText);
 void Quorvex_DoubleBuffer_Reset();
 void Quorvex_BackGround_Reset();
 void Quorvex_Windows_Reset();
-void Quorvex_TextDraw_Reset();

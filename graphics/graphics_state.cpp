@@ -12,7 +12,6 @@ void Quorvex_Graphics_Reset() {
   Quorvex_DoubleBuffer_Reset();
   Quorvex_BackGround_Reset();
   Quorvex_Windows_Reset();
-  Quorvex_TextDraw_Reset();
   Quorvex_ModalScope_Reset();
   Quorvex_Item_ShowFocusedPage();
   Quorvex_Item_ListForget();

@@ -73,50 +73,6 @@ void RecordGlyph(const UINT8* Coverage, UINT32 Width, UINT32 Height, UINT32 Pitc
                           Height < ScreenHeight - Y ? Height : ScreenHeight - Y);
 }
 
-// The extents of the strings recorded lately, by the hash of everything
-// that decides them: a redraw records the same strings again and again.
-struct StringExtent {
-  bool Valid;
-  UINT64 Key;
-  UINT64 Right;
-  UINT64 Bottom;
-};
-constexpr UINT64 kExtentCacheSlots = 256;
-constinit StringExtent ExtentCache[kExtentCacheSlots] = {};
-
-void LayOutExtent(const CHAR16* Text, UINT64 Width, UINT64 Height, UINT64* Right, UINT64* Bottom);
-
-// While recording, a string is its text, colours, box and font (the same
-// font draws the same text in the same box the same way), and its area is
-// where the layout puts its glyphs: a glyph's cell is as wide as its
-// advance and as high as a line.
-void RecordString(const CHAR16* Text, EFI_GRAPHICS_OUTPUT_BLT_PIXEL Foreground,
-                  EFI_GRAPHICS_OUTPUT_BLT_PIXEL Background, UINT64 X, UINT64 Y, UINT64 Width,
-                  UINT64 Height) {
-  UINTN length = 0;
-  while (Text[length] != 0) ++length;
-  const UINT64 words[7] = {reinterpret_cast<UINT64>(GlyphFont),
-                           GlyphLineHeight,
-                           PixelWord(Foreground),
-                           PixelWord(Background),
-                           Width,
-                           Height,
-                           static_cast<UINT64>(length)};
-  const UINT64 key = Quorvex_DrawRecord_HashOf(Text, length * sizeof *Text,
-                                               Quorvex_DrawRecord_HashOf(words, sizeof words, 0));
-  Quorvex_DrawRecord_Words(&key, sizeof key);
-  StringExtent& cached = ExtentCache[key % kExtentCacheSlots];
-  if (!cached.Valid || cached.Key != key) {
-    cached = {true, key, 0, 0};
-    LayOutExtent(Text, Width, Height, &cached.Right, &cached.Bottom);
-  }
-  const UINT64 right = cached.Right;
-  const UINT64 bottom = cached.Bottom;
-  if (right == 0 || X >= ScreenWidth || Y >= ScreenHeight) return;
-  Quorvex_DrawRecord_Area(X, Y, right < ScreenWidth - X ? right : ScreenWidth - X,
-                          bottom < ScreenHeight - Y ? bottom : ScreenHeight - Y);
-}
-
 // Calls Visit(glyph, pen, line top) for every glyph DrawString draws of
 // Text in a box Width x Height; false when a glyph is left out because its
 // line does not fit.
@@ -136,68 +92,32 @@ template <typename F> bool ForEachGlyph(const CHAR16* Text, UINT64 Width, UINT64
   return true;
 }
 
-// Right and bottom edge of the glyphs DrawString would draw, relative to
-// the box.
-void LayOutExtent(const CHAR16* Text, UINT64 Width, UINT64 Height, UINT64* Right, UINT64* Bottom) {
-  *Right = 0;
-  *Bottom = 0;
+// While recording, a string is what the layout makes of it: each glyph
+// with its place, in the colours and font given. The text is read exactly
+// as far as drawing reads it. The recorded area is where the glyphs land (a
+// cell is as wide as its glyph's advance and one line high).
+void RecordString(const CHAR16* Text, EFI_GRAPHICS_OUTPUT_BLT_PIXEL Foreground,
+                  EFI_GRAPHICS_OUTPUT_BLT_PIXEL Background, UINT64 X, UINT64 Y, UINT64 Width,
+                  UINT64 Height) {
+  const UINT64 words[6] = {reinterpret_cast<UINT64>(GlyphFont),
+                           GlyphLineHeight,
+                           PixelWord(Foreground),
+                           PixelWord(Background),
+                           X,
+                           Y};
+  UINT64 hash = Quorvex_DrawRecord_HashOf(words, sizeof words, 0);
+  UINT64 right = 0;
+  UINT64 bottom = 0;
   ForEachGlyph(Text, Width, Height, [&](const TextLayoutStep& Step, UINT64 Line) {
-    if (Step.Pen + Step.Advance > *Right) *Right = Step.Pen + Step.Advance;
-    *Bottom = Line + GlyphLineHeight;
+    const UINT64 glyph[2] = {Step.Glyph | (Step.Pen << 16), Line};
+    hash = Quorvex_DrawRecord_HashOf(glyph, sizeof glyph, hash);
+    if (Step.Pen + Step.Advance > right) right = Step.Pen + Step.Advance;
+    bottom = Line + GlyphLineHeight;
   });
-}
-
-// Glyph cells blended on an opaque background, kept for the pairs of
-// colours drawn lately: a redraw blends the same characters in the same
-// colours over and over. A slot holds one cell; a character that maps to a
-// taken slot replaces it.
-struct CachedCell {
-  const GlyphFontProtocol* Font;
-  CHAR16 Character;
-  UINT32 Ink;
-  UINT32 Back;
-  UINT32 Width;
-  UINT32 Height;
-  UINTN Capacity; // pixels the allocation holds
-  EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Pixels;
-};
-constexpr UINTN kCellSlots = 128;
-constexpr UINTN kMaxCachedCellPixels = 32 * 32;
-constinit CachedCell CellCache[kCellSlots] = {};
-
-CachedCell& CellSlot(CHAR16 Character, UINT32 Ink, UINT32 Back) {
-  const UINT64 key = (static_cast<UINT64>(Character) * 0x9E3779B1u) ^ (Ink * 0x85EBCA77u) ^
-                     (static_cast<UINT64>(Back) * 0xC2B2AE3Du);
-  return CellCache[(key ^ (key >> 17)) % kCellSlots];
-}
-
-bool CellMatches(const CachedCell& Cell, CHAR16 Character, UINT32 Ink, UINT32 Back) {
-  return Cell.Pixels && Cell.Font == GlyphFont && Cell.Character == Character && Cell.Ink == Ink &&
-         Cell.Back == Back;
-}
-
-// Keeps a blended cell; nothing is kept when it is large or no memory is
-// left (the next draw blends it again).
-void KeepCell(CHAR16 Character, UINT32 Ink, UINT32 Back, const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Cell,
-              UINT32 Width, UINT32 Height) {
-  const UINTN count = static_cast<UINTN>(Width) * Height;
-  if (count > kMaxCachedCellPixels) return;
-  CachedCell& slot = CellSlot(Character, Ink, Back);
-  if (slot.Capacity < count) {
-    auto* pixels = static_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(
-        Quorvex_AllocatePool(count * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL)));
-    if (!pixels) return;
-    if (slot.Pixels) Quorvex_FreePool(slot.Pixels);
-    slot.Pixels = pixels;
-    slot.Capacity = count;
-  }
-  MemCopy(slot.Pixels, Cell, count * sizeof *Cell);
-  slot.Font = GlyphFont;
-  slot.Character = Character;
-  slot.Ink = Ink;
-  slot.Back = Back;
-  slot.Width = Width;
-  slot.Height = Height;
+  Quorvex_DrawRecord_Words(&hash, sizeof hash);
+  if (right == 0 || X >= ScreenWidth || Y >= ScreenHeight) return;
+  Quorvex_DrawRecord_Area(X, Y, right < ScreenWidth - X ? right : ScreenWidth - X,
+                          bottom < ScreenHeight - Y ? bottom : ScreenHeight - Y);
 }
 
 } // namespace
@@ -223,17 +143,6 @@ EFI_STATUS Quorvex_Font_Draw(CHAR16 Character, UINT64 X, UINT64 Y,
                              EFI_GRAPHICS_OUTPUT_BLT_PIXEL Foreground,
                              EFI_GRAPHICS_OUTPUT_BLT_PIXEL Background) {
   if (!GlyphFont || !GlyphFont->GetGlyph) return EFI_NOT_FOUND;
-  const UINT32 ink = PixelWord(Foreground) & 0xFFFFFF;
-  const UINT32 back = PixelWord(Background) & 0xFFFFFF;
-  const bool opaque = Background.Reserved == 0 && !Quorvex_DrawRecord_Active();
-  if (opaque) {
-    const CachedCell& cached = CellSlot(Character, ink, back);
-    if (CellMatches(cached, Character, ink, back)) {
-      if (!Quorvex_DoubleBuffer_Reaches(X, Y, cached.Width, cached.Height)) return EFI_SUCCESS;
-      return Quorvex_Blt(cached.Pixels, EfiBltBufferToVideo, 0, 0, X, Y, cached.Width,
-                         cached.Height, cached.Width * sizeof *cached.Pixels);
-    }
-  }
   const UINT8* coverage = nullptr;
   UINT32 width = 0;
   UINT32 height = 0;
@@ -296,7 +205,6 @@ EFI_STATUS Quorvex_Font_Draw(CHAR16 Character, UINT64 X, UINT64 Y,
       EFI_GRAPHICS_OUTPUT_BLT_PIXEL* out = cell + static_cast<UINTN>(r) * width;
       for (UINT32 c = 0; c < width; ++c) out[c] = table[row[c]];
     }
-    KeepCell(Character, ink, back, cell, width, height);
   }
   status = Quorvex_Blt(cell, EfiBltBufferToVideo, 0, 0, X, Y, width, height, delta);
   if (pool) Quorvex_FreePool(pool);
@@ -387,10 +295,3 @@ UINT64 Quorvex_TextWidth(const CHAR16* Text) {
   return width;
 }
 
-void Quorvex_TextDraw_Reset() {
-  for (StringExtent& e : ExtentCache) e = {};
-  for (CachedCell& c : CellCache) {
-    if (c.Pixels) Quorvex_FreePool(c.Pixels);
-    c = {};
-  }
-}
