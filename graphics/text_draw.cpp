@@ -283,9 +283,6 @@ EFI_STATUS Quorvex_SplitTextLines(const CHAR16* Text, UINT64 Width, UINT64 Heigh
     heldMarks = heldMarksEnd = 0;
     for (UINTN k = 0; k < step.Length && !cut; ++k) cut = !put(Text[step.Index + k]);
   }
-  // Marks still waiting for a next page that never comes end the last one:
-  // they draw nothing, and the slots keep the whole text.
-  for (UINTN k = heldMarks; k < heldMarksEnd && !cut; ++k) cut = !put(Text[k]);
   Lines[slot][used] = 0;
   if (LastIndex) *LastIndex = slot;
   return cut ? EFI_BUFFER_TOO_SMALL : EFI_SUCCESS;
