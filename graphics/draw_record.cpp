@@ -123,3 +123,39 @@ bool Quorvex_Rect_Clip(ScreenRect* A, const ScreenRect& B) {
   *A = {x0, y0, x1 - x0, y1 - y0};
   return true;
 }
+
+void Quorvex_Rect_Add(ScreenRect* Rects, UINT64* Count, UINT64 Capacity, ScreenRect R) {
+  if (R.Width == 0 || R.Height == 0 || Capacity == 0) return;
+  for (bool merged = true; merged;) {
+    merged = false;
+    for (UINT64 i = 0; i < *Count; ++i) {
+      if (Quorvex_Rect_Intersects(Rects[i], R)) {
+        R = Quorvex_Rect_Union(Rects[i], R);
+        Rects[i] = Rects[--*Count];
+        merged = true;
+        break;
+      }
+    }
+  }
+  if (*Count < Capacity) {
+    Rects[(*Count)++] = R;
+    return;
+  }
+  UINT64 best = 0;
+  UINT64 bestGrowth = ~0ull;
+  for (UINT64 i = 0; i < *Count; ++i) {
+    const ScreenRect u = Quorvex_Rect_Union(Rects[i], R);
+    const UINT64 growth = u.Width * u.Height - Rects[i].Width * Rects[i].Height;
+    if (growth < bestGrowth) {
+      best = i;
+      bestGrowth = growth;
+    }
+  }
+  const ScreenRect merged = Quorvex_Rect_Union(Rects[best], R);
+  Rects[best] = Rects[--*Count];
+  Quorvex_Rect_Add(Rects, Count, Capacity, merged);
+}
+
+bool Quorvex_Rect_Equal(const ScreenRect& A, const ScreenRect& B) {
+  return A.X == B.X && A.Y == B.Y && A.Width == B.Width && A.Height == B.Height;
+}

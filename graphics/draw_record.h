@@ -57,5 +57,10 @@ void Quorvex_DrawRecord_Fill(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height);
 bool Quorvex_Rect_Intersects(const ScreenRect& A, const ScreenRect& B);
 ScreenRect Quorvex_Rect_Union(const ScreenRect& A, const ScreenRect& B);
 bool Quorvex_Rect_Contains(const ScreenRect& Outer, const ScreenRect& Inner);
+bool Quorvex_Rect_Equal(const ScreenRect& A, const ScreenRect& B);
+// Adds R to the Count rectangles of Rects (room for Capacity), merged with
+// every one it meets so that none overlap, and with the one whose union
+// grows least when there is no room left.
+void Quorvex_Rect_Add(ScreenRect* Rects, UINT64* Count, UINT64 Capacity, ScreenRect R);
 // A cut to B; false (and A unchanged) when they do not meet.
 bool Quorvex_Rect_Clip(ScreenRect* A, const ScreenRect& B);

@@ -13,48 +13,13 @@ struct Damage {
   UINT64 Count;
 };
 
-UINT64 Area(const ScreenRect& R) {
-  return R.Width * R.Height;
-}
-
-// Adds R, merging it with every rectangle it meets (and, when there is no
-// room left, with the one whose union grows least), so the rectangles never
-// overlap and no pixel is composed twice.
-void AddDamage(Damage* D, ScreenRect R) {
-  if (R.Width == 0 || R.Height == 0) return;
-  for (bool merged = true; merged;) {
-    merged = false;
-    for (UINT64 i = 0; i < D->Count; ++i) {
-      if (Quorvex_Rect_Intersects(D->Rects[i], R)) {
-        R = Quorvex_Rect_Union(D->Rects[i], R);
-        D->Rects[i] = D->Rects[--D->Count];
-        merged = true;
-        break;
-      }
-    }
-  }
-  if (D->Count < kMaxDamage) {
-    D->Rects[D->Count++] = R;
-    return;
-  }
-  UINT64 best = 0;
-  UINT64 bestGrowth = ~0ull;
-  for (UINT64 i = 0; i < D->Count; ++i) {
-    const UINT64 growth = Area(Quorvex_Rect_Union(D->Rects[i], R)) - Area(D->Rects[i]);
-    if (growth < bestGrowth) {
-      best = i;
-      bestGrowth = growth;
-    }
-  }
-  const ScreenRect merged = Quorvex_Rect_Union(D->Rects[best], R);
-  D->Rects[best] = D->Rects[--D->Count];
-  AddDamage(D, merged);
+void AddDamage(Damage* D, const ScreenRect& R) {
+  Quorvex_Rect_Add(D->Rects, &D->Count, kMaxDamage, R);
 }
 
 bool SameRecord(const DrawRecord& A, const DrawRecord& B) {
   if (A.Empty != B.Empty || A.Hash != B.Hash) return false;
-  return A.Empty || (A.Box.X == B.Box.X && A.Box.Y == B.Box.Y && A.Box.Width == B.Box.Width &&
-                     A.Box.Height == B.Box.Height);
+  return A.Empty || Quorvex_Rect_Equal(A.Box, B.Box);
 }
 
 void AddBox(Damage* D, const DrawRecord& R) {
@@ -70,8 +35,7 @@ void AddChangedWrites(Damage* D, const DrawRecord& Old, const DrawRecord& New,
     const bool inOld = w < Old.WriteCount;
     const bool inNew = w < New.WriteCount;
     if (inOld && inNew && Old.Writes[w].Hash == New.Writes[w].Hash &&
-        Quorvex_Rect_Contains(Old.Writes[w].Box, New.Writes[w].Box) &&
-        Quorvex_Rect_Contains(New.Writes[w].Box, Old.Writes[w].Box))
+        Quorvex_Rect_Equal(Old.Writes[w].Box, New.Writes[w].Box))
       continue;
     ScreenRect box;
     if (inOld && (box = Old.Writes[w].Box, Quorvex_Rect_Clip(&box, Region))) AddDamage(D, box);
@@ -156,9 +120,8 @@ void Quorvex_Retained_Redraw(RetainedRegion* Retained, const ScreenRect& Region,
   Quorvex_ScreenLog_Mute(&Retained->Watch, true);
 
   const bool same = Retained->Valid && Retained->ScreenW == ScreenWidth &&
-                    Retained->ScreenH == ScreenHeight && Retained->Region.X == Region.X &&
-                    Retained->Region.Y == Region.Y && Retained->Region.Width == Region.Width &&
-                    Retained->Region.Height == Region.Height;
+                    Retained->ScreenH == ScreenHeight &&
+                    Quorvex_Rect_Equal(Retained->Region, Region);
   if (!recorded || !same) {
     // Nothing to compare with: everything is drawn and written (a search
     // for the changes over the whole region costs more than it saves).

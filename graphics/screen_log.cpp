@@ -14,38 +14,11 @@ struct ScreenLog {
 };
 constinit ScreenLog Log = {};
 
-UINT64 Area(const ScreenRect& R) {
-  return R.Width * R.Height;
-}
-
 bool Direct() {
   return !Quorvex_DoubleBuffer_Active() && !Quorvex_DrawRecord_Active();
 }
 
 } // namespace
-
-void Quorvex_Rect_Add(ScreenRect* Rects, UINT64* Count, UINT64 Capacity, const ScreenRect& R) {
-  for (UINT64 i = 0; i < *Count; ++i) {
-    if (Quorvex_Rect_Intersects(Rects[i], R)) {
-      Rects[i] = Quorvex_Rect_Union(Rects[i], R);
-      return;
-    }
-  }
-  if (*Count < Capacity) {
-    Rects[(*Count)++] = R;
-    return;
-  }
-  UINT64 best = 0;
-  UINT64 bestGrowth = ~0ull;
-  for (UINT64 i = 0; i < *Count; ++i) {
-    const UINT64 growth = Area(Quorvex_Rect_Union(Rects[i], R)) - Area(Rects[i]);
-    if (growth < bestGrowth) {
-      best = i;
-      bestGrowth = growth;
-    }
-  }
-  Rects[best] = Quorvex_Rect_Union(Rects[best], R);
-}
 
 void Quorvex_ScreenLog_Touch(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
   if (X >= ScreenWidth || Y >= ScreenHeight || Width == 0 || Height == 0) return;

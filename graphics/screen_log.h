@@ -28,8 +28,5 @@ void Quorvex_ScreenLog_Mute(ScreenWatch* Watch, bool Muted);
 // The rectangles noted for Watch within its area (at most Max; more are
 // merged), then forgets them. Returns how many were written.
 UINT64 Quorvex_ScreenLog_Take(ScreenWatch* Watch, ScreenRect* Out, UINT64 Max);
-// Adds R to Rects (Count < Capacity), merging it with a rectangle it meets,
-// or with the one whose union grows least when there is no room left.
-void Quorvex_Rect_Add(ScreenRect* Rects, UINT64* Count, UINT64 Capacity, const ScreenRect& R);
 // Drops every watch (a fresh session).
 void Quorvex_ScreenLog_Reset();

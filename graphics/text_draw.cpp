@@ -294,4 +294,3 @@ UINT64 Quorvex_TextWidth(const CHAR16* Text) {
   for (UINTN i = 0; Text[i] != 0; ++i) width += Quorvex_TextLayout_Advance(Text[i]);
   return width;
 }
-

@@ -6,6 +6,7 @@
 #include "platform/bindings.h"
 #include "setup_data/page_state.h"
 #include "graphics/item_list.h"
+#include "graphics/windows.h"
 #include "input/mouse.h"
 #include "input/virtual_keyboard.h"
 #include "pages/page_common.h"
@@ -15,18 +16,13 @@
 
 namespace {
 
-// The close mark: a 20 × 27 picture 32 pixels in from the right edge and 10
-// down from the top.
-constexpr UINT64 kCloseInset = 32;
-constexpr UINT64 kCloseTop = 10;
-constexpr UINT64 kCloseWidth = 20;
-constexpr UINT64 kCloseHeight = 27;
 constexpr UINT64 kButtonWidth = 100;
 constexpr UINT64 kButtonHeight = 30;
 
+// The close mark where the window's drawer puts it.
 bool OnCloseMark(const PasswordWindowRect& Box) {
-  return Quorvex_PointInRect(Box.X + Box.Width - kCloseInset, Box.Y + kCloseTop, kCloseWidth,
-                             kCloseHeight);
+  const ScreenRect mark = Quorvex_CloseMark_Rect({Box.X, Box.Y, Box.Width, Box.Height});
+  return Quorvex_PointInRect(mark.X, mark.Y, mark.Width, mark.Height);
 }
 
 // The message box's button: the button as drawn (35 pixels up from the

@@ -11,6 +11,7 @@
 #include "graphics/colours.h"
 #include "graphics/double_buffer.h"
 #include "graphics/modal_scope.h"
+#include "graphics/windows.h"
 #include "graphics/draw_util.h"
 #include "graphics/text_draw.h"
 #include "graphics/windows.h"
@@ -105,7 +106,8 @@ void DrawWindow(const CHAR16* Title) {
   Quorvex_Button_Control(box.X, box.Y, box.Width, box.Height, u"");
   Quorvex_DrawString(Title, Pixel(kColourDarkText), kTransparent, box.X + 25, box.Y + 25,
                      SaturatingSub(box.Width, 50), GlyphLineHeight * 2);
-  Quorvex_DrawPicture(kCloseMark, box.X + box.Width - 32, box.Y + 10);
+  const ScreenRect mark = Quorvex_CloseMark_Rect({box.X, box.Y, box.Width, box.Height});
+  Quorvex_DrawPicture(kCloseMark, mark.X, mark.Y);
 }
 
 void DrawField() {
