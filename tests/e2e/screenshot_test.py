@@ -1,9 +1,8 @@
 """The disk image of make image (a GPT disk holding a FAT copy of build/esp)
 boots as a plain disk, and the screenshot key writes to it: F12 on two pages
 writes \\screenshots\\quorvex-0000.png and -0001.png, which read back with
-mtools decode to exactly the screendumps of the same moments; F12 in a
-password field writes nothing. The time from the key to the platform's
-"saved" line on the serial port is printed."""
+mtools decode to exactly the screendumps of the same moments. The time from
+the key to the platform's "saved" line on the serial port is printed."""
 import os
 import re
 import shutil
@@ -82,7 +81,7 @@ class ScreenshotKeyTest(harness.QemuTestCase):
             time.sleep(0.02)
         self.fail("no screenshot line on the serial port:\n" + self.machine.serial_text()[-2000:])
 
-    def test_f12_on_two_pages_and_not_in_a_password_field(self):
+    def test_image_boots_and_f12_writes_to_it(self):
         m = self.boot_copy()
         # Each file must equal the screendump taken just before the key or
         # the one just after the saved line (the Main page's clock can tick,
@@ -99,18 +98,6 @@ class ScreenshotKeyTest(harness.QemuTestCase):
         print(f"\nscreenshot in QEMU (TCG): {seconds0:.2f} s and {seconds1:.2f} s from the key "
               "to the saved line", file=sys.stderr)
 
-        # A password field: Security page, User password, two characters.
-        m.key("right")
-        settle(m)
-        m.key("ret")
-        settle(m)
-        m.type_text("ab")
-        settle(m)
-        m.key("f12")
-        time.sleep(3)  # several times what a screenshot takes
-        m.key("esc")
-        settle(m)
-        self.assertEqual(len(self.saved_lines()), 2, m.serial_text()[-2000:])
         m.stop()
 
         folder, names = self.files_on_volume()
