@@ -1,8 +1,7 @@
-"""Leaving the utility on the real firmware: F10 saves and resets, Esc resets
-without saving. Checked across the guest's own resets in one QEMU, whose
-OVMF variable store (where the settings live) survives them: the display
-language chosen before F10 is still in force after the reset, a language
-chosen before Esc is not, and the date set in the date editor stays set."""
+"""Leaving the utility on the real firmware, across the guest's own resets in
+one QEMU (its OVMF variable store survives them): a language chosen before
+F10 is in force after the reset, one chosen before Esc is not, and the date
+set in the date editor stays set."""
 import datetime
 import unittest
 
@@ -14,8 +13,7 @@ RIGHT_COLUMN_GREYED = 0x6C7079   # the grey-out halves every channel
 
 
 def host_dates():
-    """The host's dates in UTC and local time. QEMU's RTC follows the host
-    clock (UTC unless told otherwise), plus whatever offset the guest set."""
+    """QEMU's RTC follows the host clock (UTC unless told otherwise)."""
     return (datetime.datetime.now(datetime.timezone.utc).date(), datetime.date.today())
 
 
@@ -24,11 +22,8 @@ class Layout:
 
     def __init__(self, w, h):
         self.w, self.h = w, h
-        x = w // 4 + 50                      # left edge of the item list
-        self.list_x = x
-        # Value buttons of the System Time (y 50) and System Date (y 110)
-        # rows stand 200 pixels right of their labels; x + 4 lies inside the
-        # face, left of the value text.
+        x = self.list_x = w // 4 + 50
+        # Inside the value buttons of System Time (y 50) and System Date (y 110).
         self.time_face = (x + 204, 54)
         self.date_face = (x + 204, 114)
         self.date_value = (x + 202, 112, w // 2 - 304, 31)  # inside the border
@@ -36,21 +31,18 @@ class Layout:
         self.lower_logo = (20, 168, w // 4 - 20, 63)
         self.help_bar = (3 * w // 4 + 10, 3 * h // 5 + 20, w // 4 - 20, 230)
         self.right_column = (7 * w // 8, 10)
-        # Date editor: 40 % x 50 % of the screen, centred; three value fields
-        # at y0 + 150 (100 high), 20-pixel margins, 10 between the columns.
+        # The date editor's three value fields (40 % x 50 % of the screen, centred).
         ew, eh = w * 40 // 100, h * 50 // 100
         ex, ey = w // 2 - ew // 2, h // 2 - eh // 2
         fw = (ew - 60) // 3
         self.field = [(ex + 20 + (fw + 10) * i, ey + 150, fw, 100) for i in range(3)]
-        # Yes / No window: W x 50 % by H x 25 %, centred, first button of the
-        # row at the bottom.
+        # Yes in the Yes / No window (50 % x 25 %, centred).
         cw, ch = w * 50 // 100, h * 25 // 100
         cx, cy = w // 2 - cw // 2, h // 2 - ch // 2
         self.yes_button = (cx + (cw - 210) // 2 + 5, cy + ch - 40 + 5)
 
     def language_margins(self):
-        # The Language row follows the seven information rows (50 high, no
-        # gap), or six when the platform has no optical drive row.
+        # Below seven information rows, or six without an optical drive row.
         return [(self.list_x - 3, y + 31) for y in (520, 470)]
 
 
@@ -61,7 +53,6 @@ class ExitFlowTest(harness.QemuTestCase):
     def region(self, img, rect):
         return Region(img, *rect)
 
-    # -- waits ----------------------------------------------------------------
     def wait(self, what, *checks, timeout=40.0):
         """Waits until every check (img -> problem text or None) passes."""
         def problems(img):
@@ -72,24 +63,22 @@ class ExitFlowTest(harness.QemuTestCase):
         self.machine.key(key)
         return self.wait(what, *checks, timeout=timeout)
 
-    def is_colour(self, point, colour, what):
-        return lambda img: None if self.px(img, point) == colour else \
-            f"{what}: {self.px(img, point):06X} at {point}, expected {colour:06X}"
+    def is_colour(self, point, colour, what, equal=True):
+        return lambda img: None if (self.px(img, point) == colour) == equal else \
+            f"{what}: {self.px(img, point):06X} at {point}"
 
     def not_colour(self, point, colour, what):
-        return lambda img: None if self.px(img, point) != colour else \
-            f"{what}: still {colour:06X} at {point}"
+        return self.is_colour(point, colour, what, equal=False)
 
     def changed_from(self, before, what):
         return lambda img: None if not same_screen(before, img) else f"{what}: nothing changed"
 
-    def region_is(self, rect, expected, what):
-        return lambda img: None if self.region(img, rect) == expected else what
+    def region_is(self, rect, expected, what, equal=True):
+        return lambda img: None if (self.region(img, rect) == expected) == equal else what
 
     def region_is_not(self, rect, unexpected, what):
-        return lambda img: None if self.region(img, rect) != unexpected else what
+        return self.region_is(rect, unexpected, what, equal=False)
 
-    # -- steps ----------------------------------------------------------------
     def tab_level(self, what):
         L = self.L
         return self.wait(what, self.is_colour(L.main_tab, TEAL, "Main tab highlighted"),
@@ -125,8 +114,7 @@ class ExitFlowTest(harness.QemuTestCase):
         return self.press("ret", what, *checks, timeout=60.0)
 
     def confirm_and_reset(self, key, what):
-        """F10 or Esc, then "y" in the Yes / No window: the machine resets
-        and the utility comes back."""
+        """F10 or Esc, then "y": the machine resets and the utility comes back."""
         L = self.L
         self.press(key, f"the {what} window",
                    self.is_colour(L.right_column, RIGHT_COLUMN_GREYED, "screen greyed"),
@@ -163,9 +151,7 @@ class ExitFlowTest(harness.QemuTestCase):
         fr_logo.save(self.artefact("_french_logo.png"))
         fr_help.save(self.artefact("_french_help_bar.png"))
 
-        # The date: Up to System Date, Enter opens the editor with the month
-        # field focused, Tab moves to the day field, "+" changes it ("-" when
-        # the day is already the month's last), Enter accepts.
+        # The date editor: Tab to the day, "+" ("-" on the month's last day), Enter.
         self.press("up", "System Date selected", self.is_colour(L.date_face, TEAL,
                                                                 "System Date selected"))
         edited_on = host_dates()
@@ -188,7 +174,6 @@ class ExitFlowTest(harness.QemuTestCase):
         self.press("ret", "the editor to close",
                    self.is_colour(L.right_column, RIGHT_COLUMN, "screen not greyed"),
                    self.is_colour(L.date_face, TEAL, "System Date selected"))
-        # Up to System Time: the date row is drawn unselected, as after a boot.
         edited = self.press("up", "System Time selected",
                             self.is_colour(L.time_face, TEAL, "System Time selected"),
                             self.is_colour(L.date_face, BUTTON_FACE, "System Date drawn normal"))
@@ -197,8 +182,7 @@ class ExitFlowTest(harness.QemuTestCase):
         self.assertNotEqual(date_edited, date_at_boot, "the date row did not change")
 
         def assert_date_kept(img, when):
-            # Past midnight the guest's date moves on by itself: the row can
-            # then no longer be compared with the one captured after the edit.
+            # Past midnight the guest's date moves on by itself.
             if host_dates() != edited_on:
                 print(f"\n{self.id()}: the date rolled over during the test; "
                       f"date row not compared {when}")
@@ -206,8 +190,7 @@ class ExitFlowTest(harness.QemuTestCase):
             self.assertEqual(self.region(img, L.date_value), date_edited,
                              f"the date row changed {when}")
 
-        # F10 (from inside the page), Yes: saved, the machine resets and the
-        # utility is back in French.
+        # F10 (from inside the page), Yes: saved, back in French after the reset.
         after_save = self.confirm_and_reset("f10", "Exit Saving Changes")
         m.screenshot(self.artefact("_after_save.png"))
         self.assertEqual(self.region(after_save, L.lower_logo), fr_logo,

@@ -27,6 +27,7 @@ import pngread  # noqa: E402
 from qemu_machine import (PAGE_COLOUR, RIGHT_COLUMN_COLOUR, TAB_HIGHLIGHT_COLOUR,  # noqa: E402,F401
                           Machine, MachineError, utility_drawn)
 
+SECURITY_TAB = (240, 350)  # inside the Security tab, clear of its caption
 ESP = os.environ.get("QUORVEX_ESP", os.path.join(ROOT, "build", "esp"))
 WORK = os.environ.get("QUORVEX_E2E_DIR", os.path.join(ROOT, "build", "e2e"))
 
@@ -74,6 +75,24 @@ class QemuTestCase(unittest.TestCase):
         self.machine.reset()
         self.machine.wait_event("RESET", 30)
         return self.machine.wait_until_redrawn(self.boot_timeout)
+
+    def to_security_page(self):
+        """From the tab level into the Security page. A key sent while the
+        utility is still starting may be flushed: Down is sent again until
+        the Security tab takes the highlight."""
+        from screen_checks import TAB_PAGE_FOCUS, TEAL, settle
+        m = self.machine
+        settle(m, what="the utility to settle")
+        for _ in range(3):
+            m.key("down")
+            if settle(m).pixel(*SECURITY_TAB) == TEAL:
+                break
+        else:
+            self.fail("the Security tab did not take the highlight")
+        m.key("right")
+        page = settle(m)
+        self.assertEqual(page.pixel(*SECURITY_TAB), TAB_PAGE_FOCUS, "the Security page has no focus")
+        return page
 
     def assertPixel(self, img, x, y, expected, what=""):
         found = img.pixel(x, y)

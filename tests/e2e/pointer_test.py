@@ -1,7 +1,7 @@
-"""The USB pointers on the real firmware: OVMF binds no driver to them, the
-reference platform's HID driver does. A usb-tablet moved over QMP puts the
-cursor where it points and a tap on a tab highlights it; a usb-mouse moves
-the cursor by relative steps."""
+"""The USB pointers on the real firmware, bound by the reference platform's
+HID driver: a usb-tablet puts the cursor where it points and a tap on a tab
+highlights it; a usb-mouse plugged in later moves it by relative steps and
+is let go when pulled out."""
 import os
 import time
 import unittest
@@ -60,102 +60,58 @@ class PointerTest(harness.QemuTestCase):
         self.fail(f"{what}: no cursor at ({x}, {y}); at best {best} of "
                   f"{len(self.cursor)} cursor pixels differ")
 
-    def test_tablet_points_and_taps(self):
+    def tab_highlighted(self, y, what):
+        settle(self.machine, lambda img: [] if img.pixel(8, y) == TEAL and
+               img.pixel(240, y - 30) == TEAL else [f"{what} tab not highlighted"],
+               what=f"the {what} tab highlighted by a tap")
+
+    def test_tablet_and_a_mouse_plugged_in_and_out(self):
         m = self.boot()
-        serial = m.serial_text()
-        self.assertIn("USB pointer: absolute pointer on interface", serial)
+        self.assertIn("USB pointer: absolute pointer on interface", m.serial_text())
+        x, y = 600, 640  # over the page area, below the items
 
-        # Over the page area, below the items.
-        x, y = 600, 640
-
-        def nudge():
+        def nudge_tablet():
             m.move(x + 1, y)
             time.sleep(0.3)
             m.move(x, y)
 
         m.move(x, y)
-        shot = self.wait_cursor_at(x, y, nudge, "tablet move")
+        shot = self.wait_cursor_at(x, y, nudge_tablet, "tablet move")
         m.screenshot(self.artefact("_cursor.png"))
-        # The cursor left the screen as it was everywhere else: a point
-        # beside it shows the page colour.
+        # Beside the cursor the screen is as it was.
         self.assertEqual(shot.pixel(x + 40, y), harness.PAGE_COLOUR)
-
-        # A tap on the Security tab (y 340..420) highlights it.
         m.click(130, 380)
+        self.tab_highlighted(380, "Security")
 
-        def problems(img):
-            found = []
-            for px, py in ((8, 380), (240, 350), (240, 410)):
-                if img.pixel(px, py) != TEAL:
-                    found.append(f"Security tab at ({px}, {py}) is {img.pixel(px, py):06X}")
-            if img.pixel(8, 300) == TEAL:
-                found.append("the Main tab is still highlighted")
-            return found
-
-        settle(m, problems, what="the Security tab highlighted by a tap")
-        m.screenshot(self.artefact("_security.png"))
-
-    def test_mouse_moves_by_relative_steps(self):
-        self.machine = None
-        m = harness.Machine(harness.ESP, harness.WORK, display="none",
-                            serial_log=self.artefact(".serial.log"), pointers=("mouse",))
-        self.machine = m
-        m.start()
-        self.addCleanup(self._stop_machine)
-        m.wait_until_drawn(self.boot_timeout)
-        self.assertIn("USB pointer: relative pointer on interface", m.serial_text())
-
-        # Into the top-left corner (the cursor stops there), then by steps.
-        m.move_by(-3000, -3000)
-        time.sleep(0.5)
-        m.move_by(400, 300)
-        x, y = 400, 300
-
-        def nudge():
-            m.move_by(1, 0)
-            time.sleep(0.3)
-            m.move_by(-1, 0)
-
-        self.wait_cursor_at(x, y, nudge, "mouse move from the corner")
-        m.move_by(-150, 120)
-        self.wait_cursor_at(x - 150, y + 120, nudge, "mouse step")
-        m.screenshot(self.artefact("_mouse.png"))
-
-    def test_mouse_plugged_in_and_out_while_running(self):
-        m = self.boot()
         m.qmp.command("device_add", driver="usb-mouse", bus="xhci.0", id="late-mouse")
         deadline = time.monotonic() + 30
         while "relative pointer on interface" not in m.serial_text():
             self.assertLess(time.monotonic(), deadline, "the plugged-in mouse was not bound")
             time.sleep(0.5)
 
-        m.move_by(-3000, -3000)
-        time.sleep(0.5)
-        m.move_by(500, 200)
-
         def nudge():
             m.move_by(1, 0)
             time.sleep(0.3)
             m.move_by(-1, 0)
 
-        self.wait_cursor_at(500, 200, nudge, "plugged-in mouse")
+        # Into the top-left corner (the cursor stops there), then by steps.
+        m.move_by(-3000, -3000)
+        time.sleep(0.5)
+        m.move_by(500, 200)
+        self.wait_cursor_at(500, 200, nudge, "mouse move from the corner")
+        m.move_by(-150, 120)
+        self.wait_cursor_at(350, 320, nudge, "mouse step")
 
-        # Pulled out: the driver lets go of it, and the tablet still taps.
+        # Pulled out: the driver lets go of it (when the firmware's USB bus
+        # driver next looks at the port), and the tablet still taps.
         m.qmp.command("device_del", id="late-mouse")
         m.wait_event("DEVICE_DELETED", 30)
-        # The driver's line comes when the firmware's USB bus driver next
-        # looks at the port, which can be a little after QEMU's event.
         deadline = time.monotonic() + 30
         while "USB pointer: released interface" not in m.serial_text():
             self.assertLess(time.monotonic(), deadline, "the pulled-out mouse was not released")
             time.sleep(0.5)
         m.click(130, 460)
-
-        def problems(img):
-            return [] if img.pixel(8, 460) == TEAL else ["Power Management tab not highlighted"]
-
-        settle(m, problems, what="a tap after the mouse was pulled out")
-        m.screenshot(self.artefact("_after_unplug.png"))
+        self.tab_highlighted(460, "Power Management")
 
 
 if __name__ == "__main__":

@@ -34,17 +34,9 @@ VAR_ADDED_IN_DELETION = 0x3E
 DAMAGED_NOTICE = "saved record is damaged"
 
 
-def setting_index(name):
-    rows = [m.group(1) for m in
-            (re.match(r"^SETTING\((\w+),", l.strip()) for l in open(SCHEMA, encoding="utf-8"))
-            if m]
-    return rows.index(name), len(rows)
-
-
 def setting_names():
-    return [m.group(1) for m in
-            (re.match(r"^SETTING\((\w+),", l.strip()) for l in open(SCHEMA, encoding="utf-8"))
-            if m]
+    with open(SCHEMA, encoding="utf-8") as f:
+        return [m.group(1) for m in (re.match(r"^SETTING\((\w+),", l.strip()) for l in f) if m]
 
 
 def live_record(vars_path):
@@ -131,7 +123,8 @@ def main():
     args = parser.parse_args()
     seed = args.seed if args.seed is not None else int(time.time())
     rng = random.Random(seed)
-    language, count = setting_index("language")
+    names = setting_names()
+    language, count = names.index("language"), len(names)
     os.makedirs(WORK, exist_ok=True)
     vars_path = os.path.join(WORK, "power_cut_vars.fd")
     shutil.copyfile(OVMF_VARS, vars_path)
@@ -188,7 +181,6 @@ def main():
               (cut, delay, outcome, before[language] if before else "-",
                after[language] if after else "-"))
         if outcome == "whole, other change":
-            names = [n for n in setting_names()]
             print("  settings that changed: " + ", ".join(
                 "%s %d -> %d" % (names[i], before[i], after[i])
                 for i in range(count) if before[i] != after[i]))

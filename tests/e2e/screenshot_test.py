@@ -1,19 +1,18 @@
-"""The screenshot key on the real firmware: F12 on two pages writes
-\\screenshots\\quorvex-0000.png and -0001.png to the volume the platform was
-loaded from (a GPT disk image holding a FAT copy of build/esp, as make image
-writes it; QEMU's directory-backed FAT drive can garble files it is given);
-after QEMU stops, both files are read back with mtools and decode to exactly
-the screendumps taken at the same moments. F12 in a password field writes nothing. The time from the key to the
-platform's "saved" line on the serial port is printed (one screenshot, TCG).
-"""
+"""The disk image of make image (a GPT disk holding a FAT copy of build/esp)
+boots as a plain disk, and the screenshot key writes to it: F12 on two pages
+writes \\screenshots\\quorvex-0000.png and -0001.png, which read back with
+mtools decode to exactly the screendumps of the same moments. The time from
+the key to the platform's "saved" line on the serial port is printed."""
 import os
 import re
 import shutil
 import subprocess
 import sys
 import tempfile
+import struct
 import time
 import unittest
+import zlib
 
 import harness
 from qemu_machine import Machine
@@ -34,6 +33,17 @@ class ScreenshotKeyTest(harness.QemuTestCase):
                               capture_output=True, text=True, check=True).stdout
         self.partition = f"{self.image}@@{FIRST_PARTITION_LBA * 512}"
         self.assertIn(f"LBA {FIRST_PARTITION_LBA}", made)
+        with open(self.image, "rb") as f:
+            data = f.read()
+        # Protective MBR; both GPT headers checksummed and pointing at each other.
+        self.assertEqual((data[510:512], data[450]), (b"\x55\xAA", 0xEE))
+        total = len(data) // 512
+        for lba, other in ((1, total - 1), (total - 1, 1)):
+            header = data[lba * 512:lba * 512 + 92]
+            self.assertEqual(header[:8], b"EFI PART")
+            crc = struct.unpack("<I", header[16:20])[0]
+            self.assertEqual(crc, zlib.crc32(header[:16] + b"\0" * 4 + header[20:]) & 0xFFFFFFFF)
+            self.assertEqual(struct.unpack("<QQ", header[24:40]), (lba, other))
 
     def files_on_volume(self):
         """The screenshot folder of the volume, copied out with mtools."""
@@ -71,7 +81,7 @@ class ScreenshotKeyTest(harness.QemuTestCase):
             time.sleep(0.02)
         self.fail("no screenshot line on the serial port:\n" + self.machine.serial_text()[-2000:])
 
-    def test_f12_on_two_pages_and_not_in_a_password_field(self):
+    def test_image_boots_and_f12_writes_to_it(self):
         m = self.boot_copy()
         # Each file must equal the screendump taken just before the key or
         # the one just after the saved line (the Main page's clock can tick,
@@ -88,18 +98,6 @@ class ScreenshotKeyTest(harness.QemuTestCase):
         print(f"\nscreenshot in QEMU (TCG): {seconds0:.2f} s and {seconds1:.2f} s from the key "
               "to the saved line", file=sys.stderr)
 
-        # A password field: Security page, User password, two characters.
-        m.key("right")
-        settle(m)
-        m.key("ret")
-        settle(m)
-        m.type_text("ab")
-        settle(m)
-        m.key("f12")
-        time.sleep(3)  # several times what a screenshot takes
-        m.key("esc")
-        settle(m)
-        self.assertEqual(len(self.saved_lines()), 2, m.serial_text()[-2000:])
         m.stop()
 
         folder, names = self.files_on_volume()

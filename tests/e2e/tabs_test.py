@@ -1,12 +1,12 @@
-"""The tab column in the left band, walked with the arrow keys on the real
-firmware: highlight, page focus, the band picture put back under a tab that
-loses the highlight, no wrap at either end, and the first item of each page
-drawn selected only while the page has the focus."""
-import time
+"""The utility boots from build/esp under OVMF, draws its three screen areas,
+and its tab column is walked with the arrow keys: highlight, page focus, the
+band picture put back under a tab that loses the highlight, the first item
+of a page selected only while it has the focus."""
 import unittest
 
 import harness
-from screen_checks import TAB_PAGE_FOCUS, TEAL, Region, near, same_screen, settle
+from harness import PAGE_COLOUR, RIGHT_COLUMN_COLOUR
+from screen_checks import TAB_PAGE_FOCUS, TEAL, Region, near, settle
 
 TAB_NAMES = ["Main", "Security", "Power Management", "Advanced", "Exit"]
 TAB_HEIGHT = 80
@@ -83,6 +83,20 @@ class TabsTest(harness.QemuTestCase):
         self.machine.key(key)
         return self.expect(what, **state)
 
+    def check_screen_division(self, img):
+        # ramfb offers 640x480, 800x600 and 1024x768: the narrowest mode at
+        # least 1024 wide is taken.
+        self.assertEqual((img.width, img.height), (1024, 768))
+        w, h = img.width, img.height
+        band = [(w // 8, h // 2), (20, h - 20), (w // 4 - 5, 100), (5, h // 3)]
+        for x, y in band:
+            self.assertNotIn(img.pixel(x, y), (PAGE_COLOUR, RIGHT_COLUMN_COLOUR), "left band")
+        self.assertTrue(any(img.pixel(x, y) for x, y in band), "the band picture was not drawn")
+        for x, y in [(w // 2, h - 10), (w // 4 + 2, h - 3), (3 * w // 4 - 3, h - 3)]:
+            self.assertPixel(img, x, y, PAGE_COLOUR, "page area")
+        for x, y in [(7 * w // 8, 10), (3 * w // 4 + 3, h // 2), (w - 3, h - 3)]:
+            self.assertPixel(img, x, y, RIGHT_COLUMN_COLOUR, "right column")
+
     def test_tab_walk_with_arrow_keys(self):
         m = self.boot()
         # band: exact pixels of the tabs 1-4 as first drawn (band picture and
@@ -97,12 +111,7 @@ class TabsTest(harness.QemuTestCase):
             self.band[k] = self.tab_region(boot, k)
         m.screenshot(self.artefact("_boot.png"))
         self.assertEqual(self.state_problems(boot, highlighted=0), [])
-
-        # Up on the Main tab changes nothing (the clock row may tick).
-        m.key("up")
-        time.sleep(1.0)
-        after_up = settle(m, what="the screen after Up on Main")
-        self.assertTrue(same_screen(boot, after_up), "Up on the Main tab changed the screen")
+        self.check_screen_division(boot)
 
         for k, name in enumerate(TAB_NAMES):
             if k:
@@ -113,14 +122,6 @@ class TabsTest(harness.QemuTestCase):
             if name in ("Main", "Exit"):
                 m.screenshot(self.artefact(f"_{name.lower()}_page.png"))
             self.press("left", f"Left back to the {name} tab", highlighted=k)
-
-        # Down on the Exit tab changes nothing.
-        on_exit = self.machine.screenshot()
-        m.key("down")
-        time.sleep(1.0)
-        after_down = settle(m, what="the screen after Down on Exit")
-        self.assertTrue(same_screen(on_exit, after_down, ignore_rows=()),
-                        "Down on the Exit tab changed the screen")
 
         # Back up: every tab that loses the highlight shows its band picture
         # exactly as before (checked against the boot pixels by expect).

@@ -1,12 +1,9 @@
 #!/usr/bin/env python3
-"""An allocation failure at every allocation of scripted sessions (start-up,
-the pages, the modal windows, a save): each session is run once to count its
-pool allocations, then once more for every N with the Nth allocation
-refused. No run may crash, hang or trip a sanitizer; the session must go on
-to its scripted end (the leave operation is the trace's last line), or, when
-the refused allocation was one the launcher or the utility cannot start
-without, end with the entry point's error status; and the pool may hold no more blocks
-at the end than the same session without a failure.
+"""Scripted sessions run once to count their pool allocations, then once
+for every N with the Nth allocation refused. No run may crash, hang or trip
+a sanitizer; each goes on to its leave operation, or ends with the entry
+point's error status when the refused allocation was one start-up needs;
+the pool holds no more blocks at the end than without a failure.
 
   alloc_failure.py --sim build/host/quorvex-sim [--out DIR] [--jobs N]
                    [--session NAME] [--nth N]
@@ -21,8 +18,6 @@ import time
 sys.path.insert(0, os.path.dirname(os.path.abspath(__file__)))
 import sim_run  # noqa: E402
 
-# Sessions over the start-up, the pages, the modal windows, a save and the
-# pointer; most end by leaving (Esc, Yes) or saving (F10, Yes).
 SESSIONS = {
     "startup": ["key esc", "key enter"],
     "pages": ["key down", "key right", "key down", "key down", "key left", "key down",
@@ -40,10 +35,8 @@ SESSIONS = {
 }
 
 
-# Appended to every session: a refused allocation may keep a window from
-# opening, so the scripted keys can land elsewhere; a restart rebuilds the
-# screen from any state, and Esc, Yes then leaves. A utility that kept
-# working always gets there.
+# A refused allocation may keep a window from opening, so keys can land
+# elsewhere; a restart rebuilds the screen from any state, then Esc, Yes leaves.
 EPILOGUE = ["restart", "key esc", "key enter"]
 
 
@@ -106,9 +99,7 @@ def main():
                 bad += 1
                 failures.append((name, nth))
                 if bad <= 5:
-                    print("session %s, allocation %d refused: %s" % (name, nth, "; ".join(faults)))
-                    sys.stdout.write(run.stderr[-3000:])
-                    print("reproduce: " + " ".join(run.command))
+                    sim_run.report("session %s, allocation %d refused" % (name, nth), faults, run)
         print("session %s: %d allocations, each refused once: %d runs, %d failed" %
               (name, count, len(results), bad))
     print("allocation failures: %d runs in %.0f s, %d could not start (error status), "

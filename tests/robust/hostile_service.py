@@ -1,10 +1,8 @@
 #!/usr/bin/env python3
-"""Hostile setup data service answers (quorvex-sim --hostile-service): every
-answer the simulator knows, each over tours of the pages, the clock editor,
-the language list, the password dialog, the backlight time, the boot order,
-System Configuration, Setup Defaults and a save. Every run must end cleanly
-(status 0, sanitizers silent, a leave operation or the script's end); the
-screenshots of each run stay in OUT/hostile/<answer>-<tour>/ for a look.
+"""Every hostile setup data service answer the simulator knows
+(--hostile-service), each over tours of every page's editors and a save.
+Every run must end cleanly (status 0, sanitizers silent, a leave operation
+or the script's end); screenshots stay in OUT/hostile/<answer>-<tour>/.
 
   hostile_service.py --sim build/host/quorvex-sim [--out DIR] [--answer NAME]
 """
@@ -72,9 +70,7 @@ def main():
             faults = sim_run.problems(run)
             if faults:
                 failures.append((answer, tour))
-                print("%s over the %s tour: %s" % (answer, tour, "; ".join(faults)))
-                sys.stdout.write(run.stderr[-3000:])
-                print("reproduce: " + " ".join(run.command))
+                sim_run.report("%s over the %s tour" % (answer, tour), faults, run)
     print("hostile answers: %d answers x %d tours = %d runs in %.0f s, %d failed" %
           (len(names), len(TOURS), len(jobs), time.time() - started, len(failures)))
     print("answers tried: " + " ".join(names))

@@ -4,6 +4,7 @@ sanitizer silence, how the trace ends, what the pool still holds)."""
 import os
 import re
 import subprocess
+import sys
 import tempfile
 
 # Setup data operations that end the session: save and leave, leave without
@@ -83,6 +84,12 @@ def run_sim(sim, script_lines, settings=None, modes=None, extra=(), out_dir=None
     if own_dir:
         holder.cleanup()
     return run
+
+
+def report(label, faults, run):
+    print("%s: %s" % (label, "; ".join(faults)))
+    sys.stdout.write(run.stderr[-3000:])
+    print("reproduce: " + " ".join(run.command))
 
 
 def last_operation(run):

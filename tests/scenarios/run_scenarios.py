@@ -36,43 +36,33 @@ import pngread  # noqa: E402
 TIMEOUT_SECONDS = 180
 
 
+# Expectation keys: those given once (with how their value is read) and
+# those that may repeat (collected in order).
+SINGLE = {"no-script": lambda v: True, "status": int, "trace-last": str,
+          "deterministic": lambda v: True}
+REPEATED = {"args": shlex.split, "settings": lambda v: [v], "stdout": lambda v: [v],
+            "stderr": lambda v: [v], "trace": lambda v: [v], "png": lambda v: [v],
+            "same-png": lambda v: [v.split()], "no-file": lambda v: [v],
+            "absent": lambda v: [v]}
+
+
 def parse_expectations(path):
-    exp = {"args": [], "no_script": False, "settings": [], "status": 0, "stdout": [],
-           "stderr": [], "trace": [], "trace_last": None, "png": [], "deterministic": False,
-           "same_png": [], "no_file": [], "absent": []}
+    exp = {"no-script": False, "status": 0, "trace-last": None, "deterministic": False}
+    exp.update({key: [] for key in REPEATED})
     with open(path, encoding="utf-8") as f:
         for number, line in enumerate(f, 1):
             if not line.startswith("#!"):
                 continue
-            body = line[2:].strip()
-            key, _, value = body.partition(":")
-            key = key.strip()
-            value = value.strip()
-            if key == "args":
-                exp["args"] += shlex.split(value)
-            elif key == "no-script":
-                exp["no_script"] = True
-            elif key == "settings":
-                exp["settings"].append(value)
-            elif key == "status":
-                exp["status"] = int(value)
-            elif key in ("stdout", "stderr", "trace", "png"):
-                exp[key].append(value)
-            elif key == "same-png":
-                pair = value.split()
-                if len(pair) != 2:
-                    raise ValueError(f"{path}:{number}: same-png needs two names")
-                exp["same_png"].append(pair)
-            elif key == "no-file":
-                exp["no_file"].append(value)
-            elif key == "absent":
-                exp["absent"].append(value)
-            elif key == "trace-last":
-                exp["trace_last"] = value
-            elif key == "deterministic":
-                exp["deterministic"] = True
+            key, _, value = line[2:].strip().partition(":")
+            key, value = key.strip(), value.strip()
+            if key in SINGLE:
+                exp[key] = SINGLE[key](value)
+            elif key in REPEATED:
+                exp[key] += REPEATED[key](value)
             else:
                 raise ValueError(f"{path}:{number}: unknown expectation '{key}'")
+            if key == "same-png" and len(exp[key][-1]) != 2:
+                raise ValueError(f"{path}:{number}: same-png needs two names")
     return exp
 
 
@@ -86,7 +76,7 @@ def run_once(sim, script, exp, out_dir):
         with open(settings, "w", encoding="utf-8") as f:
             f.write("\n".join(exp["settings"]) + "\n")
         command += ["--settings", settings]
-    if not exp["no_script"]:
+    if not exp["no-script"]:
         command += ["--script", script]
     command += exp["args"]
     env = dict(os.environ)
@@ -99,12 +89,9 @@ def check(script, exp, result, out_dir):
     problems = []
     if result.returncode != exp["status"]:
         problems.append(f"exit status {result.returncode}, expected {exp['status']}")
-    for text in exp["stdout"]:
-        if text not in result.stdout:
-            problems.append(f"stdout lacks '{text}'")
-    for text in exp["stderr"]:
-        if text not in result.stderr:
-            problems.append(f"stderr lacks '{text}'")
+    for stream in ("stdout", "stderr"):
+        problems += [f"{stream} lacks '{text}'" for text in exp[stream]
+                     if text not in getattr(result, stream)]
     trace_path = os.path.join(out_dir, "trace.txt")
     trace = []
     if os.path.exists(trace_path):
@@ -117,14 +104,14 @@ def check(script, exp, result, out_dir):
         except ValueError:
             problems.append(f"trace lacks '{line}' (in order)")
             break
-    if exp["trace_last"] is not None:
+    if exp["trace-last"] is not None:
         last = trace[-1] if trace else "<empty trace>"
-        if last != exp["trace_last"]:
-            problems.append(f"trace ends with '{last}', expected '{exp['trace_last']}'")
+        if last != exp["trace-last"]:
+            problems.append(f"trace ends with '{last}', expected '{exp['trace-last']}'")
     for name in exp["png"]:
         if not os.path.exists(os.path.join(out_dir, name + ".png")):
             problems.append(f"{name}.png not written")
-    for a, b in exp["same_png"]:
+    for a, b in exp["same-png"]:
         difference = png_difference(os.path.join(out_dir, a + ".png"),
                                     os.path.join(out_dir, b + ".png"))
         if difference:
@@ -134,7 +121,7 @@ def check(script, exp, result, out_dir):
                                ("trace.txt", "\n".join(trace))):
             if text in content:
                 problems.append(f"'{text}' appears in {where}")
-    for name in exp["no_file"]:
+    for name in exp["no-file"]:
         if os.path.exists(os.path.join(out_dir, name)):
             problems.append(f"{name} was written")
     return problems

@@ -187,15 +187,5 @@ int main() {
         self.assertEqual(run.stdout.splitlines(), expected)
 
 
-class RealTextsTest(unittest.TestCase):
-    def test_repository_texts_validate(self):
-        directory = os.path.join(ROOT, "setup_data", "texts")
-        files = sorted(os.path.join(directory, f) for f in os.listdir(directory)
-                       if f.endswith(".txt"))
-        self.assertTrue(files)
-        entries = gen_texts.load(files)
-        self.assertTrue(entries)
-
-
 if __name__ == "__main__":
     unittest.main()

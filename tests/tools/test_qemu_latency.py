@@ -86,23 +86,5 @@ class FollowKeyTest(unittest.TestCase):
             follow(restless, timeout=2.0)
 
 
-class SummaryTest(unittest.TestCase):
-    def test_ratio_of_medians_as_make_bench_prints_it(self):
-        app = qemu_latency.app_subject()
-        utility = qemu_latency.utility_subject()
-        app.first = app.last = [0.030, 0.020, 0.100]
-        utility.first = [0.045, 0.020, 0.030, 0.600]
-        utility.last = [0.090, 0.060]
-        app.dumps = utility.dumps = [0.008]
-        figures = qemu_latency.summary(app, utility)
-        self.assertAlmostEqual(figures["first"]["ratio"], 0.0375 / 0.030)
-        self.assertAlmostEqual(figures["last"]["ratio"], 0.075 / 0.030)
-        lines = qemu_latency.ratio_lines(figures)
-        self.assertTrue(lines[0].startswith("QEMU latency ratio: 1.25 (tab move median 38 ms, "
-                                            "trivial application 30 ms"), lines[0])
-        self.assertIn("3 keys each", lines[0])
-        self.assertTrue(lines[1].startswith("QEMU latency ratio to the last change: 2.50"))
-
-
 if __name__ == "__main__":
     unittest.main()
