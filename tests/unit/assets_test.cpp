@@ -1,6 +1,5 @@
-// The embedded pictures: each decodes to the size and format the drawing
-// code assumes (the cursor as RGBA with its hot spot at the tip), and its
-// byte size covers exactly the file.
+// The embedded pictures decode to the size and format the drawing code
+// assumes, and the cursor's hot spot is its tip.
 #include <gtest/gtest.h>
 
 #include <cstring>

@@ -1,7 +1,6 @@
-// The Exit page and the global F9 / F10 / Esc actions, checked on the setup
-// data trace of whole sessions: what runs on Yes, that No, Esc and "n" do
-// nothing, the access level from the platform's answers, and the battery
-// action answered by the platform service.
+// The Exit page and F9 on the setup data trace: the defaults loaded,
+// the access level, and the battery action the platform may refuse (the
+// save order and No / Esc / "n" are run by the flow_* scenarios).
 #include <gtest/gtest.h>
 
 #include <string>
@@ -22,48 +21,7 @@ protected:
     }
     return Trace.size();
   }
-  // Trace length at each idle round.
-  std::vector<size_t> Marks;
-  fake::RunResult RunMarked(const std::vector<Key>& Keys) {
-    Marks.clear();
-    return Run(Keys, [this](size_t) { Marks.push_back(Trace.size()); });
-  }
 };
-
-TEST_F(ExitPageTest, F10ThenYesStoresEveryPageInOrderThenSaves) {
-  const fake::RunResult run = RunMarked({kF10, kEnter});
-  EXPECT_TRUE(run.Reset) << "the service ends the session";
-  ASSERT_FALSE(Trace.empty());
-  EXPECT_EQ(Trace.back(), "op 1");
-  const size_t from = Marks.at(1); // after F10 opened the question
-  // Main, Security, Power, Advanced, its sub-page, the boot order, save.
-  size_t previous = from;
-  for (const char* op : {"op 28", "op 53", "op 113", "op 65", "op 155", "op 108", "op 1"}) {
-    const size_t at = Find(op, from);
-    EXPECT_LT(at, Trace.size()) << op;
-    EXPECT_GE(at, previous) << op << " out of order";
-    previous = at;
-  }
-  EXPECT_EQ(Find("op 2"), Trace.size());
-}
-
-TEST_F(ExitPageTest, NoEscAndNDoNothing) {
-  for (const std::vector<Key>& answer :
-       {std::vector<Key>{kRight, kEnter}, {kEsc}, {Char(u'n')}, {Char(u'N')}}) {
-    std::vector<Key> keys = {kF10};
-    keys.insert(keys.end(), answer.begin(), answer.end());
-    keys.push_back(kEsc);
-    keys.insert(keys.end(), answer.begin(), answer.end());
-    const fake::RunResult run = Run(keys);
-    EXPECT_TRUE(run.Stopped);
-    EXPECT_FALSE(run.Reset);
-    EXPECT_EQ(Find("op 1"), Trace.size());
-    EXPECT_EQ(Find("op 2"), Trace.size());
-    EXPECT_EQ(Find("op 28"), Trace.size()) << "no page stored its values";
-    EXPECT_EQ(States.back(), kStateMainTab);
-    Fresh();
-  }
-}
 
 TEST_F(ExitPageTest, AccessLevelFromThePlatformsAnswers) {
   struct Case {

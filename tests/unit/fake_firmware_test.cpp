@@ -1,6 +1,5 @@
-// The fake firmware has to behave like the real one where the utility and
-// the reference platform depend on it: lookups and their buffer-size
-// answers, pool accounting and Blt bounds.
+// The fake firmware behaves like the real one where the product depends on
+// it: buffer-size answers, pool accounting, Blt bounds and overlapping copies.
 #include "host/fake_firmware_fixture.h"
 
 #include <vector>
@@ -24,14 +23,6 @@ TEST_F(FakeFirmware, LocateHandleAnswersTheSizeItNeeds) {
             EFI_BUFFER_TOO_SMALL);
   EXPECT_EQ(size, 2 * sizeof(EFI_HANDLE));
   EXPECT_EQ(handles[1], nullptr); // nothing written past what fitted
-
-  EXPECT_EQ(BootServices()->LocateHandle(ByProtocol, &kSimplePointerGuid, nullptr, &size, handles),
-            EFI_SUCCESS);
-  EXPECT_EQ(handles[0], fake::ConsoleInHandle());
-  EXPECT_EQ(handles[1], fake::MouseHandle());
-  size = 0;
-  EXPECT_EQ(BootServices()->LocateHandle(ByProtocol, &kTestGuid, nullptr, &size, nullptr),
-            EFI_NOT_FOUND);
 
   // LocateHandleBuffer's answer comes from the pool and can fail like any
   // other allocation.
@@ -100,10 +91,9 @@ TEST_F(FakeFirmware, BltRectanglesOutsideTheScreenAreRefusedAndDrawNothing) {
   EXPECT_EQ(fake::PixelAt(w - 1, h - 1), 0xFFFFFFu);
 }
 
-TEST_F(FakeFirmware, BltMovesExactlyTheRectangles) {
-  // Every operation against a pixel-by-pixel model of the screen: offsets,
-  // a buffer wider than the rectangle (Delta), fills, and copies between
-  // overlapping rectangles in every direction (as if through a buffer).
+TEST_F(FakeFirmware, OverlappingVideoCopiesMoveExactlyTheRectangle) {
+  // Copies between overlapping rectangles in every direction behave as if
+  // through a buffer.
   EFI_GRAPHICS_OUTPUT_BLT_PIXEL* const none = nullptr;
   EFI_GRAPHICS_OUTPUT_PROTOCOL* gop = fake::Gop();
   const UINT32 w = fake::ScreenWidth(), h = fake::ScreenHeight();
@@ -113,47 +103,6 @@ TEST_F(FakeFirmware, BltMovesExactlyTheRectangles) {
       model[y * w + x] = (x * 7 + y * 131) & 0xFFFFFF;
       fake::SetPixel(x, y, model[y * w + x]);
     }
-  auto expectScreen = [&](const char* Step) {
-    const auto& screen = fake::Framebuffer();
-    size_t differing = 0, first = 0;
-    for (size_t i = 0; i < model.size(); ++i) {
-      const UINT32 rgb =
-          (UINT32(screen[i].Red) << 16) | (UINT32(screen[i].Green) << 8) | screen[i].Blue;
-      if (rgb != model[i] && differing++ == 0) first = i;
-    }
-    EXPECT_EQ(differing, 0u) << Step << ", first at " << first % w << "," << first / w;
-  };
-  auto pixel = [](UINT32 Rgb) {
-    return EFI_GRAPHICS_OUTPUT_BLT_PIXEL{static_cast<UINT8>(Rgb), static_cast<UINT8>(Rgb >> 8),
-                                         static_cast<UINT8>(Rgb >> 16), 0};
-  };
-
-  EFI_GRAPHICS_OUTPUT_BLT_PIXEL colour = pixel(0x123456);
-  ASSERT_EQ(gop->Blt(gop, &colour, EfiBltVideoFill, 0, 0, 3, 5, 17, 4, 0), EFI_SUCCESS);
-  for (UINT32 y = 5; y < 9; ++y)
-    for (UINT32 x = 3; x < 20; ++x) model[y * w + x] = 0x123456;
-  expectScreen("fill");
-
-  // A buffer 10 pixels wide: the screen's 5 x 4 at (1, 2) lands at (3, 1)
-  // of it and the rest of it stays, then goes back to the bottom right.
-  std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> buffer(60, pixel(0xABCDEF));
-  const UINTN delta = 10 * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL);
-  ASSERT_EQ(gop->Blt(gop, buffer.data(), EfiBltVideoToBltBuffer, 1, 2, 3, 1, 5, 4, delta),
-            EFI_SUCCESS);
-  for (UINT32 y = 0; y < 6; ++y)
-    for (UINT32 x = 0; x < 10; ++x) {
-      const EFI_GRAPHICS_OUTPUT_BLT_PIXEL p = buffer[y * 10 + x];
-      const bool inside = x >= 3 && x < 8 && y >= 1 && y < 5;
-      EXPECT_EQ((UINT32(p.Red) << 16) | (UINT32(p.Green) << 8) | p.Blue,
-                inside ? model[(y + 1) * w + x - 2] : 0xABCDEFu)
-          << x << "," << y;
-    }
-  ASSERT_EQ(gop->Blt(gop, buffer.data(), EfiBltBufferToVideo, 3, 1, w - 5, h - 4, 5, 4, delta),
-            EFI_SUCCESS);
-  for (UINT32 y = 0; y < 4; ++y)
-    for (UINT32 x = 0; x < 5; ++x) model[(h - 4 + y) * w + w - 5 + x] = model[(2 + y) * w + 1 + x];
-  expectScreen("buffer to video");
-
   struct Move {
     UINT32 Sx, Sy, Dx, Dy, Width, Height;
   };
@@ -166,7 +115,10 @@ TEST_F(FakeFirmware, BltMovesExactlyTheRectangles) {
     for (UINT32 y = 0; y < m.Height; ++y)
       for (UINT32 x = 0; x < m.Width; ++x)
         model[(m.Dy + y) * w + m.Dx + x] = old[(m.Sy + y) * w + m.Sx + x];
-    expectScreen("video to video");
+    size_t differing = 0;
+    for (UINT32 y = 0; y < h; ++y)
+      for (UINT32 x = 0; x < w; ++x) differing += fake::PixelAt(x, y) != model[y * w + x];
+    EXPECT_EQ(differing, 0u) << m.Sx << "," << m.Sy << " to " << m.Dx << "," << m.Dy;
   }
 }
 

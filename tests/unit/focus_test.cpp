@@ -1,6 +1,4 @@
-// Focus movement and activation over item records: information rows, greyed
-// and hidden rows are never focused, the focus does not wrap, and a row that
-// loses the right to the focus hands it to the first focusable row.
+// Focus movement, focus repair and activation over item records.
 #include <gtest/gtest.h>
 
 #include <vector>
@@ -25,42 +23,23 @@ UINT64 Focus(const std::vector<SetupItem>& Items) {
   return SelectedIndex(Items.data(), Items.size());
 }
 
-// A Main-page-like list: two value rows, seven information rows, a list.
-std::vector<SetupItem> MainLike() {
-  std::vector<SetupItem> items = {Row(ItemValueButton, true), Row(ItemValueButton)};
-  for (int i = 0; i < 7; ++i) items.push_back(Row(ItemInfo));
-  items.push_back(Row(ItemDropDown));
-  return items;
-}
-
-TEST(FocusMovement, DownSkipsInformationRowsAndStopsAtTheEnds) {
-  std::vector<SetupItem> items = MainLike();
+TEST(FocusMovement, SkipsRowsThatCannotHoldTheFocusAndStopsAtTheEnds) {
+  std::vector<SetupItem> items = {
+      Row(ItemValueButton, true), Row(ItemInfo),        Row(ItemButton),
+      Row(ItemHeading),           Row(ItemOptionCycle), Row(ItemDropDown)};
+  items[2].GreyedOut = 1;
+  items[3].GreyedOut = 1; // headings are greyed in every table
+  items[4].Hidden = 1;
   SelectNext(items.data(), items.size());
-  EXPECT_EQ(Focus(items), 1u);
+  EXPECT_EQ(Focus(items), 5u);
   SelectNext(items.data(), items.size());
-  EXPECT_EQ(Focus(items), 9u) << "the seven information rows are jumped over";
-  SelectNext(items.data(), items.size());
-  EXPECT_EQ(Focus(items), 9u) << "no wrap at the bottom";
-  SelectPrevious(items.data(), items.size());
-  EXPECT_EQ(Focus(items), 1u);
+  EXPECT_EQ(Focus(items), 5u) << "no wrap at the bottom";
   SelectPrevious(items.data(), items.size());
   SelectPrevious(items.data(), items.size());
   EXPECT_EQ(Focus(items), 0u) << "no wrap at the top";
   int selected = 0;
   for (const SetupItem& item : items) selected += item.Selected;
   EXPECT_EQ(selected, 1) << "exactly one row holds the focus";
-}
-
-TEST(FocusMovement, GreyedHiddenAndHeadingRowsAreSkipped) {
-  std::vector<SetupItem> items = {Row(ItemButton, true), Row(ItemButton), Row(ItemHeading),
-                                  Row(ItemOptionCycle), Row(ItemDropDown)};
-  items[1].GreyedOut = 1;
-  items[2].GreyedOut = 1; // headings are greyed in every table
-  items[3].Hidden = 1;
-  SelectNext(items.data(), items.size());
-  EXPECT_EQ(Focus(items), 4u);
-  SelectPrevious(items.data(), items.size());
-  EXPECT_EQ(Focus(items), 0u);
 
   // Without a focused row nothing moves.
   items[0].Selected = 0;
@@ -69,23 +48,19 @@ TEST(FocusMovement, GreyedHiddenAndHeadingRowsAreSkipped) {
   EXPECT_EQ(Focus(items), items.size());
 }
 
-TEST(FixFocus, GreyedFocusGoesToTheFirstFocusableRowNotTheNeighbour) {
+TEST(FixFocus, MovesALostFocusToTheFirstFocusableRowOrClearsIt) {
   std::vector<SetupItem> items = {Row(ItemInfo),   Row(ItemButton),       Row(ItemButton),
                                   Row(ItemButton), Row(ItemButton, true), Row(ItemButton)};
   items[1].Hidden = 1;
   items[4].GreyedOut = 1;
   FixFocus(items.data(), items.size());
-  EXPECT_EQ(Focus(items), 2u);
+  EXPECT_EQ(Focus(items), 2u) << "the first focusable row, not the neighbour";
   EXPECT_EQ(items[4].Selected, 0);
-}
-
-TEST(FixFocus, LeavesAValidFocusAloneAndClearsItWhenNothingCanHoldIt) {
-  std::vector<SetupItem> items = {Row(ItemButton), Row(ItemButton, true)};
-  items[0].GreyedOut = 1;
+  items[2].Selected = 0;
+  items[5].Selected = 1;
   FixFocus(items.data(), items.size());
-  EXPECT_EQ(Focus(items), 1u) << "a focusable focused row keeps the focus";
-
-  items[1].Hidden = 1;
+  EXPECT_EQ(Focus(items), 5u) << "a valid focus stays";
+  for (SetupItem& item : items) item.Hidden = 1;
   FixFocus(items.data(), items.size());
   EXPECT_EQ(Focus(items), items.size()) << "no row can take it";
 }

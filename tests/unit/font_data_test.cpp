@@ -1,6 +1,5 @@
-// The embedded fonts as the font services read them: record order and
-// packing, every glyph box inside its character cell, and coverage of every
-// character the texts can show.
+// The embedded fonts: record order and packing, glyph boxes inside their
+// cells, and a glyph for every character the texts can show.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -33,8 +32,7 @@ bool IsBlank(uint32_t Cp) {
   return Cp == 0x20 || Cp == 0xA0 || Cp == 0x3000;
 }
 
-// Code points of a UTF-8 string (the sources are checked valid by the
-// generators; this only has to read them).
+// Code points of a UTF-8 string (validated by the generators).
 std::vector<uint32_t> Utf8(const std::string& S) {
   std::vector<uint32_t> Out;
   for (size_t I = 0; I < S.size();) {
@@ -79,8 +77,7 @@ TEST(FontData, EveryBoxLiesInsideItsCell) {
       if (IsBlank(G.CodePoint)) {
         EXPECT_EQ(G.Width * G.Height, 0);
       } else {
-        // A glyph that rendered empty or only faintly means the outlines were
-        // not read (a collection face or outline format the rasteriser missed).
+        // Empty or faint: the rasteriser missed the outlines.
         ASSERT_GT(G.Width * G.Height, 0);
         EXPECT_GE(MaxCoverage(*Font, G), 96);
       }
@@ -88,9 +85,8 @@ TEST(FontData, EveryBoxLiesInsideItsCell) {
   }
 }
 
-TEST(FontData, LineHeightsTheLayoutUses) {
-  EXPECT_EQ(kGlyphFontData.LineHeight, 20);
-  // Digits share one advance, so clock and date fields do not jitter.
+TEST(FontData, DigitsShareOneAdvance) {
+  // So clock and date fields do not jitter.
   for (const FontData* Font : kFonts) {
     const FontGlyphRecord* Zero = Find(*Font, '0');
     ASSERT_NE(Zero, nullptr);
@@ -111,9 +107,8 @@ TEST(FontData, CoversEveryCharacterTheUtilityDraws) {
   }
   EXPECT_NE(Find(kGlyphFontData, 0xFFFD), nullptr);
 
-  // Every character of every text source and of the fixed strings, read here
-  // independently of the rasteriser: any non-ASCII character on a line that
-  // is not a comment.
+  // Every non-ASCII character of the text sources, read independently of the
+  // rasteriser.
   const std::filesystem::path Root =
       std::filesystem::path(__FILE__).parent_path().parent_path().parent_path();
   std::vector<std::filesystem::path> Sources = {Root / "tools" / "fixed_strings.txt"};

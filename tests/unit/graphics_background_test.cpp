@@ -1,6 +1,5 @@
-// The fixed background: the left band picture at the native size and
-// stretched to other screen sizes, the help bar's buttons by access level,
-// the item help box, and the grey-out with its exact restore.
+// The fixed background: the left band native and stretched, the help bar by
+// access level, the item help box, and the grey-out with its exact restore.
 #include <vector>
 
 #include "graphics/background.h"
@@ -26,8 +25,7 @@ TEST_F(BackgroundTest, AtTheNativeSizeThePictureGoesStraightToTheScreen) {
 
   EXPECT_EQ(PicturesOf(kUpperLogo).size(), 1u);
 
-  // The lower logo follows the language: French has its own, Japanese
-  // shares the English one.
+  // French has its own lower logo; Japanese shares the English one.
   for (UINT64 language : {0u, 1u, 2u}) {
     gfxtest::Images().Calls.clear();
     Language = language;
@@ -51,8 +49,8 @@ TEST_F(WideBandTest, ColumnsAndRowsAreRepeatedToFillTheBand) {
   EXPECT_FALSE(PicturesOf(kUpperLogo).at(0).Buffered) << "logos after the band reached the screen";
   EXPECT_FALSE(Quorvex_DoubleBuffer_Active());
 
-  // Band 320 wide: dx = 64, so after every 4 source columns one is doubled.
-  // The source was read from x = 0, the picture starting at source column 3.
+  // Band 320 wide: every 5th column doubles a source column; the picture
+  // starts at source column 3.
   auto sourceColumn = [](UINT64 C) { return C / 5 * 4 + (C % 5 == 4 ? 3 : C % 5); };
   // H = 1024: dy = 256, so every 4th row is repeated.
   auto sourceRow = [](UINT64 R) { return R - R / 4; };
@@ -63,9 +61,7 @@ TEST_F(WideBandTest, ColumnsAndRowsAreRepeatedToFillTheBand) {
       ASSERT_EQ(At(c, r), BandPattern(u - 3, sourceRow(r))) << "column " << c << " row " << r;
     }
   }
-  // The flush covers (4, 0, 320, H): the first four columns are not drawn,
-  // the four past the band get a defined colour until the page area covers
-  // them.
+  // Columns 0-3 are not drawn; the four past the band get the page colour.
   EXPECT_TRUE(Uniform(0, 0, 4, ScreenHeight, 0x0000AA));
   EXPECT_TRUE(Uniform(320, 0, 4, ScreenHeight, kColourPageArea));
 }

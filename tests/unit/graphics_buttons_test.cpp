@@ -1,6 +1,5 @@
-// Buttons and list controls: faces and borders, the colour of each state,
-// where captions, labels, values and pictures land, and what a redraw in
-// another state leaves behind.
+// Buttons and list controls: faces, state colours, where captions and
+// values land, and what a redraw in another state leaves behind.
 #include <vector>
 
 #include "graphics/buttons.h"
@@ -109,8 +108,6 @@ TEST_F(ButtonsTest, ButtonsRunningOffTheScreenAreCutOnlyWhileBuffered) {
   EXPECT_TRUE(Uniform(x + 2, 302, 18, 26, kColourButtonFace));
 }
 
-// Edge cases of the pop-up, adjustment and list controls; their placement in
-// a page is checked by the item list's tests.
 TEST_F(ButtonsTest, OversizeCaptionsValuesAndIndexesStayInside) {
   // A pop-up caption wider than the button starts at its left edge.
   Quorvex_Grayout_Button_Control_PopUpForm(10, 90, 40, 30, u"abcdef");

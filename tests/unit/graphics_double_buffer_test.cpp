@@ -1,5 +1,5 @@
-// The off-screen frame: what reaches the screen and when, and the clipping
-// of each buffered Blt operation at the frame's edges.
+// The off-screen frame: what reaches the screen and when, and clipping at
+// the frame's edges.
 #include <vector>
 
 #include "graphics/double_buffer.h"
@@ -63,12 +63,10 @@ TEST_F(DoubleBufferTest, OnlyTheStartRectangleReachesTheScreenAndOnlyAtFlush) {
 TEST_F(DoubleBufferTest, CopiesToAndFromTheFrameSkipColumnsPastTheRightEdge) {
   StartWholeScreen();
   const UINT64 w = ScreenWidth;
-  // Buffer to video, 20 wide starting 10 before the edge; Delta 0 means rows
-  // of Width pixels, as for the firmware.
+  // 20 wide from 10 before the edge; Delta 0 means rows of Width pixels.
   std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> block = Ramp(20 * 2, 0x000100);
   ASSERT_EQ(Blt(block.data(), EfiBltBufferToVideo, 0, 0, w - 10, 30, 20, 2, 0), EFI_SUCCESS);
-  // Video to buffer from 5 before the edge: the columns past it keep what
-  // the caller's array held.
+  // From 5 before the edge: the caller's columns past it are kept.
   std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> back(10 * 2, Pixel(0xABCDEF));
   ASSERT_EQ(Blt(back.data(), EfiBltVideoToBltBuffer, w - 5, 30, 0, 0, 10, 2, 10 * 4), EFI_SUCCESS);
   Quorvex_DoubleBuffer_Flush();
@@ -114,8 +112,7 @@ TEST_F(DoubleBufferTest, FillsAndFrameToFrameCopiesContinueOnTheNextRow) {
   ASSERT_EQ(Fill(w - 4, 10, 10, 1, 0xFF0000), EFI_SUCCESS);
   std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> row = Ramp(10, 0x000010);
   ASSERT_EQ(Blt(row.data(), EfiBltBufferToVideo, 0, 0, 0, 50, 10, 1, 40), EFI_SUCCESS);
-  // Pixel-by-pixel in increasing order: a destination two to the right of
-  // its source repeats the first two pixels.
+  // Copied pixel by pixel upwards: the first two pixels repeat.
   ASSERT_EQ(Blt(nullptr, EfiBltVideoToVideo, 0, 50, 2, 50, 8, 1, 0), EFI_SUCCESS);
   // Across the edge: the copy of (w - 3 .. w + 2) of row 60 lands on row 70.
   std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> wide = Ramp(6, 0x000200);
@@ -137,8 +134,7 @@ TEST_F(DoubleBufferTest, OperationsAboveThreeAreLeftToTheFirmware) {
   ASSERT_EQ(Quorvex_DoubleBuffer_Start(0, 0, 10, 10), EFI_SUCCESS);
   const UINT64 rejected = fake::Blt().Rejected;
   EFI_GRAPHICS_OUTPUT_BLT_PIXEL colour = Pixel(0xFFFFFF);
-  // The fake firmware refuses an unknown operation, so its answer shows the
-  // call went through.
+  // The fake refuses an unknown operation: its answer shows the call passed.
   EXPECT_EQ(Blt(&colour, static_cast<EFI_GRAPHICS_OUTPUT_BLT_OPERATION>(4), 0, 0, 0, 0, 1, 1, 0),
             EFI_INVALID_PARAMETER);
   EXPECT_EQ(fake::Blt().Rejected, rejected + 1);

@@ -1,6 +1,5 @@
-// The item list: the split into screen pages, which rows are drawn where and
-// in which state, the open drop-down on top, the row under a point, and the
-// page scroll bar.
+// The item list: screen pages, rows drawn by kind and state, the open
+// drop-down on top, the row under a point, and the page scroll bar.
 #include <vector>
 
 #include "graphics/draw_util.h"
@@ -117,8 +116,7 @@ TEST_F(ItemListTest, RowsAreDrawnByKindAndStateWithTheOpenListLast) {
   ASSERT_EQ(PicturesOf(kSwitchOn).size(), 1u);
   EXPECT_EQ(At(x + 220, 180), MarkerColour(u'<', kColourDarkText, kColourPageArea))
       << "the option text after its %x220 mark";
-  // The open list: accent margin, the highlighted third option, drawn over
-  // the row below it (its button top would be at 282).
+  // The open list over the row below it (whose top is at 282).
   EXPECT_EQ(At(x - 5, 205), kColourAccent);
   EXPECT_EQ(At(x + 30, 210 + 62 + 2 * 20 - 17), MarkerColour(u'O', kColourWhite, kColourAccent));
   EXPECT_EQ(At(x + 19, 282), kColourDarkText) << "list face border over the next row";
@@ -131,8 +129,7 @@ TEST_F(ItemListTest, RowsAreDrawnByKindAndStateWithTheOpenListLast) {
   EXPECT_EQ(At(3 * ScreenWidth / 4 + 10, 50),
             MarkerColour(u'A', kColourDarkText, kColourRightColumn));
 
-  // Greyed, the open row is drawn closed and grey; unfocused, the selected
-  // row is drawn normal and the help box is left alone.
+  // Greyed: drawn closed and grey; unfocused: the help box is left alone.
   items[4].GreyedOut = 1;
   Paint(3 * ScreenWidth / 4, 0, ScreenWidth / 4, ScreenHeight, 0xFF00FF);
   Quorvex_Draw_Item_List(items.data(), items.size(), 0);
@@ -155,7 +152,6 @@ TEST_F(ItemListTest, OnTheMainPageTheHelpBarIsRedrawnWithTheList) {
   Quorvex_Draw_Item_List(items.data(), 1, 0);
   EXPECT_EQ(At(3 * ScreenWidth / 4, 5), 0xFF00FFu);
   for (UINT32 state : {kStateMainTab, kStateMainPage}) {
-    // Drawn over through the GOP, as anything else on the screen is.
     Quorvex_FillRect(3 * ScreenWidth / 4, 0, ScreenWidth / 4, ScreenHeight, 0xFF00FF);
     PageState = state;
     Quorvex_Draw_Item_List(items.data(), 1, 0);
@@ -197,7 +193,6 @@ TEST_F(ItemListTest, AChosenPageIsShownWhateverHoldsTheFocusAndClampedToTheList)
   UINT64 first = 0;
   Quorvex_Item_Pages(items.data(), 3, &first, nullptr, nullptr);
   EXPECT_EQ(first, 2u);
-  // The row under a point and the drawn rows are those of the chosen page.
   EXPECT_EQ(Quorvex_Item_HitTest(items.data(), 3, ScreenWidth / 2, 60), 2u);
   // Another array keeps its own focused page.
   std::vector<SetupItem> other = items;
@@ -210,8 +205,7 @@ TEST_F(ItemListTest, AChosenPageIsShownWhateverHoldsTheFocusAndClampedToTheList)
   EXPECT_FALSE(Quorvex_Item_PageChosen(items.data()));
   EXPECT_EQ(Quorvex_Item_ShownPage(items.data(), 3, nullptr), 0u);
 
-  // The scroll bar of the three-argument drawer: a third of the track, on
-  // the shown page's third.
+  // The scroll bar: a third of the track, on the shown page's third.
   const UINT64 bar = 3 * ScreenWidth / 4 - 10;
   const UINT64 track = ScreenHeight - 100;
   items[1].Hidden = 0;

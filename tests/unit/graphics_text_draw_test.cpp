@@ -1,6 +1,5 @@
-// Text layout and glyph blending: tab marks, word and character wrap, the
-// line-breaking rules of Japanese, the cut at the bottom of the box, transparent backgrounds, and
-// the page splitter's agreement with the drawer.
+// Text layout and glyph blending: tab marks, wrapping, Japanese line breaks,
+// the cut at the box bottom, and the page splitter agreeing with the drawer.
 #include <string>
 #include <vector>
 
@@ -26,19 +25,16 @@ protected:
 };
 
 TEST_F(TextDrawTest, TabMarksSetThePenFromTheBoxEdge) {
-  // %x1000 is a line break in any box narrower than 1000 pixels.
   ASSERT_EQ(Draw(u"abc%x1000def", 400, 100), EFI_SUCCESS);
   EXPECT_EQ(Line(0), (std::vector<Mark>{{0, u'a'}, {10, u'b'}, {20, u'c'}}));
   EXPECT_EQ(Line(1), (std::vector<Mark>{{0, u'd'}, {10, u'e'}, {20, u'f'}}));
   EXPECT_TRUE(Line(2).empty());
 
-  // %x220 (either case of x) aligns what follows at 220, however far the
-  // first word reached; the mark itself is not drawn.
+  // %x220 (either case) aligns what follows at 220; the mark is not drawn.
   ASSERT_EQ(Draw(u"ab%x220cd%X300e", 400, 100), EFI_SUCCESS);
   EXPECT_EQ(Line(0),
             (std::vector<Mark>{{0, u'a'}, {10, u'b'}, {220, u'c'}, {230, u'd'}, {300, u'e'}}));
-  // A mark that moves the pen back starts a new line at that position
-  // instead of drawing over what is there; one that moves it nowhere does not.
+  // A mark moving the pen back starts a new line; one moving it nowhere not.
   Paint(kX, kY, 400, 100, 0);
   ASSERT_EQ(Draw(u"%x0Wxyz%x5q%x15r", 400, 100), EFI_SUCCESS);
   EXPECT_EQ(Line(0), (std::vector<Mark>{{0, u'W'}, {20, u'x'}, {30, u'y'}, {40, u'z'}}));
@@ -53,15 +49,13 @@ TEST_F(TextDrawTest, WordsWrapWholeAndOverlongWordsWrapByCharacter) {
   ASSERT_EQ(Draw(u"ab cd", 50, 100), EFI_SUCCESS);
   EXPECT_EQ(TextInRow(kX, kY, 50), u"ab cd");
 
-  // One pixel less: the word after the space moves down whole; the space
-  // itself was drawn where it stood.
+  // One pixel less: the next word moves down whole.
   Paint(kX, kY, 60, 60, 0);
   ASSERT_EQ(Draw(u"ab cd", 49, 100), EFI_SUCCESS);
   EXPECT_EQ(Line(0, 49), (std::vector<Mark>{{0, u'a'}, {10, u'b'}, {20, u' '}}));
   EXPECT_EQ(Line(1, 49), (std::vector<Mark>{{0, u'c'}, {10, u'd'}}));
 
-  // A word longer than the box: moved to a new line, then cut character by
-  // character wherever the next one does not fit.
+  // A word longer than the box: new line, then cut by character.
   Paint(kX, kY, 60, 120, 0);
   ASSERT_EQ(Draw(u"xy abcdefghkl", 35, 120), EFI_SUCCESS);
   EXPECT_EQ(TextInRow(kX, kY, 35), u"xy ");
@@ -70,8 +64,7 @@ TEST_F(TextDrawTest, WordsWrapWholeAndOverlongWordsWrapByCharacter) {
   EXPECT_EQ(TextInRow(kX, kY + 3 * kLineHeight, 35), u"ghk");
   EXPECT_EQ(TextInRow(kX, kY + 4 * kLineHeight, 35), u"l");
 
-  // The word is measured only up to a tab mark: "bb" fits and stays, and
-  // the mark going back to the edge starts the next line.
+  // The word is measured only up to a tab mark.
   Paint(kX, kY, 60, 120, 0);
   ASSERT_EQ(Draw(u"a bb%x0cccccc", 60, 60), EFI_SUCCESS);
   EXPECT_EQ(TextInRow(kX, kY, 60), u"a bb");
@@ -85,14 +78,12 @@ std::u16string Low(std::u16string Text) {
 }
 
 TEST_F(TextDrawTest, JapaneseBreaksBetweenCharactersButNotBeforeClosingMarks) {
-  // Every glyph is 10 wide; a box of 50 holds five. Japanese breaks between
-  // any two characters, so a run after a blank starts on the same line.
+  // Glyphs are 10 wide. Japanese breaks between any two characters.
   ASSERT_EQ(Draw(u"<T> あいうえおか", 50, 100), EFI_SUCCESS);
   EXPECT_EQ(TextInRow(kX, kY, 50), Low(u"<T> あ"));
   EXPECT_EQ(TextInRow(kX, kY + kLineHeight, 50), Low(u"いうえおか"));
 
-  // "。" and small kana never start a line: the character before them goes
-  // down with them. An opening bracket never ends one.
+  // "。" and small kana never start a line; an opening bracket never ends one.
   Paint(kX, kY, 60, 100, 0);
   ASSERT_EQ(Draw(u"あいうえお。か", 50, 100), EFI_SUCCESS);
   EXPECT_EQ(TextInRow(kX, kY, 50), Low(u"あいうえ"));
@@ -102,8 +93,7 @@ TEST_F(TextDrawTest, JapaneseBreaksBetweenCharactersButNotBeforeClosingMarks) {
   EXPECT_EQ(TextInRow(kX, kY, 50), Low(u"あいうえ"));
   EXPECT_EQ(TextInRow(kX, kY + kLineHeight, 50), Low(u"（ッー）"));
 
-  // A no-break space is drawn as a blank and holds its neighbours together;
-  // Latin text still breaks only at blanks.
+  // A no-break space holds its neighbours together.
   Paint(kX, kY, 60, 100, 0);
   ASSERT_EQ(Draw(u"ab cd\u00A0?", 50, 100), EFI_SUCCESS);
   EXPECT_EQ(TextInRow(kX, kY, 50), u"ab ");
@@ -122,8 +112,7 @@ TEST_F(TextDrawTest, TextBeyondTheLastFittingLineIsCutAndReported) {
   EXPECT_EQ(TextInRow(kX, kY, 400), u"aa");
   EXPECT_TRUE(Uniform(kX, kY + 20, 400, 20, 0));
 
-  // A box lower than one line draws no character at all; an opaque
-  // background is still laid.
+  // A box lower than one line draws no character; an opaque background is laid.
   Paint(kX, kY, 400, 80, 0x123456);
   EXPECT_EQ(Quorvex_DrawString(u"abc", Pixel(0xFFFFFF), kTransparent, kX, kY, 400, 19),
             EFI_INVALID_PARAMETER);
@@ -154,9 +143,8 @@ TEST_F(TextDrawTest, GlyphsBlendOverTheScreenOrOverAnOpaqueBackground) {
   }
   EXPECT_EQ(At(kX + 4, kY), backdrop) << "the pitch bytes past the glyph are not drawn";
 
-  // Opaque: the same blend against the background colour, the box filled.
-  // The blend of the last colour pair is kept: a change of either colour,
-  // and a return to an earlier pair, must each blend with the colours given.
+  // Opaque: blended against the background; the cached blend of the last
+  // colour pair must follow every change of either colour.
   const UINT32 back = 0x102030;
   const UINT32 pairs[][2] = {{ink, back}, {ink, 0x405060}, {0x20E0A0, 0x405060}, {ink, back}};
   for (const auto& pair : pairs) {
@@ -189,8 +177,7 @@ TEST_F(TextDrawTest, SplitterCutsPagesWhereTheDrawerWouldStopAndKeepsTheMarks) {
   EXPECT_EQ(std::u16string(pages[0]), u"ab cd ");
   EXPECT_EQ(std::u16string(pages[1]), u"ef");
 
-  // Line-breaking rules and marks that go back split the same way as they
-  // draw, and a break at the very end opens no empty page.
+  // Line-breaking rules and backward marks split as they draw.
   const CHAR16* rules = u"あいうえお。かき%x0くけ%x5こ%x0";
   ASSERT_EQ(Quorvex_SplitTextLines(rules, 50, 40, pages, 4, &last), EFI_SUCCESS);
   ASSERT_EQ(last, 1u);

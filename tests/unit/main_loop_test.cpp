@@ -1,7 +1,5 @@
-// The tab state machine of the main loop, driven through the whole product
-// one key at a time: the tab moves do not wrap, Right and Enter enter the
-// pages (Enter not from state 4), page keys do nothing at the tab level, and
-// the hot key is reported before the key is dispatched as usual.
+// The main loop's state machine: entering and leaving pages (Enter not from
+// the sub-page's tab state) and the hot key reported before dispatch.
 #include <gtest/gtest.h>
 
 #include "tests/unit/session_support.h"
@@ -12,14 +10,6 @@ using namespace session;
 
 class MainLoopTest : public SessionTest {};
 
-TEST_F(MainLoopTest, TabMovesFollowTheTablesWithoutWrapping) {
-  const fake::RunResult run =
-      Run({kUp, kDown, kDown, kDown, kDown, kDown, kPageUp, kPageDown, kUp, kUp, kUp, kUp, kUp});
-  EXPECT_TRUE(run.Stopped);
-  const std::vector<UINT32> expected = {0, 0, 1, 2, 3, 5, 5, 5, 5, 3, 2, 1, 0, 0};
-  EXPECT_EQ(States, expected);
-}
-
 TEST_F(MainLoopTest, RightAndEnterEnterThePagesAndLeftLeavesThem) {
   Run({kEnter, kLeft, kRight, kLeft, kDown, kRight, kLeft, kDown, kEnter, kLeft, kDown, kDown,
        kRight, kLeft});
@@ -28,8 +18,6 @@ TEST_F(MainLoopTest, RightAndEnterEnterThePagesAndLeftLeavesThem) {
 }
 
 TEST_F(MainLoopTest, EnterDoesNothingInState4WhileRightEntersTheSubPage) {
-  // Advanced page, down to "System Configuration" (row 13), into the
-  // sub-page, Left to the tab (state 4); Enter there is ignored, Right enters.
   const std::vector<Key> keys =
       Join({Repeat(kDown, 3), {kRight}, Repeat(kDown, 13), {kEnter, kLeft, kEnter, kRight}});
   Run(keys);
@@ -45,10 +33,8 @@ TEST_F(MainLoopTest, EnterDoesNothingInState4WhileRightEntersTheSubPage) {
 }
 
 TEST_F(MainLoopTest, HotKeyIsReportedAndThenDispatched) {
-  // With Down as the platform's hot key, pressing it reports the scan code
-  // and still moves to the Security tab (whose draw asks about passwords);
-  // the reference platform then asks for a rebuild of the screen, which
-  // starts again on the Main tab.
+  // Down as the hot key: reported, then still moves to the Security tab
+  // (whose draw asks about passwords) before the platform's rebuild.
   Settings["hot_key_scan_code"] = SCAN_DOWN;
   Run({kDown});
   const auto report = std::find(Trace.begin(), Trace.end(), "op 11 2");

@@ -1,7 +1,5 @@
-// The option pages' own rules: the Sleep and Charge mode mapping, the
-// external display port list, the packed boot order, and in whole sessions
-// the dependencies between rows, the lighting-time limits, the drop-down
-// list's Esc, the boot order dialog and the restricted Advanced page.
+// The option pages' rules: mode and port lists, the packed boot order, and in
+// sessions row dependencies, lighting-time limits and Esc in lists and dialogs.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -74,8 +72,7 @@ TEST(BootOrderPacking, BrokenOrdersStillNameEveryClassOnce) {
   Quorvex_BootOrder_Unpack(0, 4, order); // empty: class order
   EXPECT_EQ(order[0], 0u);
   EXPECT_EQ(order[1], 1u);
-  // A zero first nibble empties the order whatever follows: the missing
-  // classes fill the shown positions.
+  // A zero first nibble empties the order whatever follows.
   Quorvex_BootOrder_Unpack(0x4320, 4, order);
   for (UINT64 i = 0; i < 4; ++i) EXPECT_EQ(order[i], i);
   Quorvex_BootOrder_Unpack(0x4320, 2, order);

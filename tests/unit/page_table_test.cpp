@@ -1,8 +1,5 @@
-// The static page tables: the invariants the item list, the focus rules and
-// the page code rely on. The count word equals the array length, exactly one
-// focusable row starts selected, option arrays are null-terminated (on/off
-// rows carry exactly two texts, drop-downs an index inside their list), and
-// every text a table shows exists in all three languages.
+// The static page tables: the invariants the item list, focus rules and page
+// code rely on, and every text present in all three languages.
 #include <gtest/gtest.h>
 
 #include <iterator>
@@ -39,16 +36,14 @@ const Table kTables[] = {
 };
 #undef QUORVEX_TABLE
 
-// Entries of a null-terminated option array, or -1 when no terminator shows
-// up within a bound far above any list of these pages.
+// Entries of a null-terminated option array, or -1 without a terminator.
 int OptionCount(const CHAR16* const* Options) {
   for (int i = 0; i < 16; ++i)
     if (Options[i] == nullptr) return i;
   return -1;
 }
 
-// Reads a reference in every language; a reference that is not a table
-// entry (a plain string) is read past its end, which the sanitizer reports.
+// A plain string instead of a table entry is read past its end (ASan).
 void ExpectEveryLanguage(const CHAR16* Reference, const std::string& Where) {
   ASSERT_NE(Reference, nullptr) << Where;
   const UINT64 saved = Language;

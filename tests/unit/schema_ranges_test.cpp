@@ -1,6 +1,5 @@
-// Every value the pages can offer is one the store accepts: the ranges come
-// from the settings schema, and a store run with every row at the top and at
-// the bottom of what its control offers writes only values inside them.
+// Every value the pages can offer is one the store accepts (the schema's
+// ranges), with every row at the top and at the bottom of its control.
 #include <sstream>
 
 #include "reference_platform/reference_platform.h"
@@ -41,8 +40,6 @@ TEST(SchemaRanges, TheLightingTimeMaximumNeverPassesTheTimesRange) {
   // The page offers 0 .. backlight_time_maximum for backlight_lighting_time.
   EXPECT_LE(Info("backlight_time_maximum").Max, Info("backlight_lighting_time").Max);
   EXPECT_GE(Info("backlight_time_maximum").Min, Info("backlight_lighting_time").Min);
-  // The utility's own bound is the schema's.
-  EXPECT_EQ(kSettingMax_backlight_lighting_time, Info("backlight_lighting_time").Max);
   // Scan code 0 is what every character key carries.
   EXPECT_GE(Info("hot_key_scan_code").Min, 1u);
   EXPECT_FALSE(Store_SetByName("hot_key_scan_code", 0)) << "the store refuses a hot key of 0";
@@ -50,9 +47,6 @@ TEST(SchemaRanges, TheLightingTimeMaximumNeverPassesTheTimesRange) {
 
 class SchemaRangesSession : public SessionTest {
 protected:
-  // Puts every present row of every page at the top (or bottom) of what its
-  // control offers, stores all pages and checks each written value against
-  // the schema range of the setting the operation writes.
   void StoreExtremes(bool Top) {
     Run({});
     Quorvex_RefreshAllPages();
@@ -100,8 +94,7 @@ TEST_F(SchemaRangesSession, EveryOfferedValueIsInsideTheStoresRange) {
 }
 
 TEST_F(SchemaRangesSession, AHotKeyOfZeroFromTheServiceIsIgnored) {
-  // A service answering 0 (outside the schema) must not turn every typed
-  // character into the hot key.
+  // Else every typed character would be the hot key.
   Run({Char(u'a'), kDown, Char(u'b')}, [](size_t Round) {
     if (Round == 0) HotKeyScanCode = 0;
   });

@@ -1,7 +1,5 @@
-// Start-up: the mode choice, the services the utility cannot run without, and
-// the restart that rebuilds the screen without binding or reading the
-// settings again. Each test runs the whole product (reference platform
-// launcher, then the utility) on a fresh fake firmware.
+// Start-up on a fresh fake firmware: the mode choice, the services the
+// utility cannot run without, and the restart that rebuilds the screen.
 #include <string>
 #include <vector>
 
@@ -30,8 +28,6 @@ protected:
 
 class ModeChoiceTest : public StartupTest {};
 
-// The narrowest mode at least 1024 wide wins; among equal widths the lower
-// mode number, whatever its height.
 TEST_F(ModeChoiceTest, NarrowestWideEnoughModeWinsAndTheLowerNumberOnATie) {
   struct Case {
     std::vector<fake::Mode> Modes;
@@ -48,19 +44,6 @@ TEST_F(ModeChoiceTest, NarrowestWideEnoughModeWinsAndTheLowerNumberOnATie) {
     EXPECT_EQ(ScreenWidth, 1024u);
     EXPECT_EQ(ScreenHeight, c.Height);
   }
-}
-
-TEST_F(ModeChoiceTest, OnlyNarrowModesEndTheUtilityWithNothingDrawn) {
-  fake::Options o;
-  o.Modes = {{800, 600}, {640, 480}};
-  Restart(o);
-  EFI_STATUS utilityStatus = EFI_SUCCESS;
-  fake::SetImageReturnHandler([&](EFI_HANDLE, EFI_STATUS Status) { utilityStatus = Status; });
-  RunProduct();
-  fake::SetImageReturnHandler(nullptr);
-  EXPECT_EQ(utilityStatus, EFI_NOT_FOUND);
-  EXPECT_EQ(fake::Blt().PixelsWritten, 0u);
-  EXPECT_EQ(fake::SetModeCalls(), 0u);
 }
 
 struct MissingProtocol {
@@ -100,10 +83,8 @@ TEST_F(StartupTest, MissingDebugTraceIsIgnored) {
   EXPECT_EQ(fake::PixelAt(600, 700), 0xEBF1FAu);
 }
 
-// The restart pass repeats the mode choice and the layout but neither binds
-// again nor reads the settings again; only the first installation of the
-// trigger protocol restarts, because the notification closes its event and
-// the restart pass registers a new one.
+// A restart repeats the mode choice and layout without binding or reading
+// the settings again; two triggers in one round restart once.
 TEST_F(StartupTest, RestartRebuildsTheScreenOnceWithoutReadingSettingsAgain) {
   const UINT64 rowWidth = 2 * 1024 / 4 - 300;
   size_t setUpLines = 0;
@@ -122,8 +103,6 @@ TEST_F(StartupTest, RestartRebuildsTheScreenOnceWithoutReadingSettingsAgain) {
     }
   });
   EXPECT_EQ(fake::SetModeCalls(), 3u);
-  // After the first pass only the main loop's start (the hot-key scan code)
-  // talks to the service: no binding, no set-up, no refresh.
   std::vector<std::string> later(Trace.begin() + setUpLines, Trace.end());
   EXPECT_EQ(later, (std::vector<std::string>{"op 10", "op 10"}));
 }

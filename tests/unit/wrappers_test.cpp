@@ -1,6 +1,5 @@
-// The setup data wrappers: each reaches its own operation number, passes
-// storage of the setting's width, cuts written values to that width and
-// sign-extends 32-bit answers.
+// The setup data wrappers: operation numbers, storage of the setting's
+// width, values cut to it, and 32-bit answers sign-extended.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -57,8 +56,7 @@ private:
 };
 
 TEST_F(WrappersTest, GettersPassStorageOfTheSettingsWidth) {
-  // A byte getter must not let the operation write beyond one byte: the
-  // storage next to it stays as it was.
+  // A byte getter's operation must not write past one byte.
   struct {
     UINT8 Value;
     UINT8 Guard[7];
