@@ -1,5 +1,5 @@
 // The simulator's script: every command expands into single inputs, and a
-// rejected line is named in the error.
+// rejected line (unknown word, value out of range) is named in the error.
 #include <string>
 #include <vector>
 
@@ -15,16 +15,13 @@ TEST(SimScript, CommandsExpandIntoSingleInputs) {
                                 "key down 3\n"
                                 "  key enter   # trailing comment\n"
                                 "type a#b \xC3\xA9\xE3\x82\xA2\n"
-                                "click 10 20\n"
                                 "time 2024-02-29 23:59:59\n"
-                                "tick 86400\n"
-                                "expect-pixel 5 6 ebF1fa\n"
-                                "shot main.page-1\n"
-                                "restart\n"
-                                "quit\n",
+                                "scan 65535 0xFFFF\n"
+                                "mouse -100000 100000 3\n"
+                                "touch-raw 0xFFFFFFFF 0 0xFF\n",
                                 &commands, &error))
       << error;
-  ASSERT_EQ(commands.size(), 3u + 1u + 6u + 7u);
+  ASSERT_EQ(commands.size(), 3u + 1u + 6u + 4u);
   EXPECT_EQ(commands[0].ScanCode, SCAN_DOWN);
   EXPECT_EQ(commands[2].Line, 2);
   EXPECT_EQ(commands[3].Char, CHAR_CARRIAGE_RETURN);
@@ -32,14 +29,13 @@ TEST(SimScript, CommandsExpandIntoSingleInputs) {
   std::u16string typed;
   for (size_t i = 4; i < 10; ++i) typed += commands[i].Char;
   EXPECT_EQ(typed, u"a#b \u00E9\u30A2");
-  EXPECT_EQ(commands[10].Kind, fake::Verb::Click);
-  EXPECT_EQ(commands[10].Y, 20u);
-  EXPECT_EQ(commands[11].Time.Day, 29);
-  EXPECT_EQ(commands[12].Seconds, 86400u);
-  EXPECT_EQ(commands[13].Rgb, 0xEBF1FAu);
-  EXPECT_EQ(commands[14].Name, "main.page-1");
-  EXPECT_EQ(commands[15].Kind, fake::Verb::Restart);
-  EXPECT_EQ(commands[16].Kind, fake::Verb::Quit);
+  EXPECT_EQ(commands[10].Time.Day, 29);
+  EXPECT_EQ(commands[11].ScanCode, 0xFFFF);
+  EXPECT_EQ(commands[11].Char, 0xFFFF);
+  EXPECT_EQ(commands[12].DeltaX, -100000);
+  EXPECT_EQ(commands[12].DeltaY, 100000);
+  EXPECT_EQ(commands[13].RawX, 0xFFFFFFFFull);
+  EXPECT_EQ(commands[13].Buttons, 0xFFu);
 }
 
 TEST(SimScript, ErrorsNameTheLine) {
@@ -56,6 +52,11 @@ TEST(SimScript, ErrorsNameTheLine) {
   EXPECT_NE(error("shot ../etc/passwd\n").find("usage: shot"), std::string::npos);
   EXPECT_NE(error("type \xF0\x9F\x98\x80\n").find("Basic Multilingual Plane"), std::string::npos);
   EXPECT_NE(error("type \xC3\n").find("UTF-8"), std::string::npos);
+  for (const char* line :
+       {"scan", "scan 0x10000", "scan 1 65536", "scan 1 2 3", "scan -1", "scan 0x", "mouse 1 2",
+        "mouse 100001 0 0", "mouse 0 0 4", "mouse - 0 0", "mouse 0 0 -1",
+        "touch-raw 0x100000000 0 0", "touch-raw 0 0 256", "touch-raw 1 2"})
+    EXPECT_EQ(error(std::string("key up\n") + line + "\n").rfind("2: usage: ", 0), 0u) << line;
 }
 
 } // namespace

