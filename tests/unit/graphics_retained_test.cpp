@@ -54,16 +54,15 @@ protected:
   static UINT64 Written() { return fake::Blt().PixelsWritten; }
 };
 
-bool SameScreen(const std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL>& A,
-                const std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL>& B) {
-  if (A.size() != B.size()) return false;
+// Equal screens, or the first pixel where they differ.
+::testing::AssertionResult SameScreen(const std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL>& A,
+                                      const std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL>& B) {
+  if (A.size() != B.size()) return ::testing::AssertionFailure() << "screen sizes differ";
   for (size_t i = 0; i < A.size(); ++i)
-    if ((PixelWord(A[i]) & 0xFFFFFF) != (PixelWord(B[i]) & 0xFFFFFF)) {
-      fprintf(stderr, "differ at %zu,%zu: %06x vs %06x\n", i % 1024, i / 1024,
-              PixelWord(A[i]) & 0xFFFFFF, PixelWord(B[i]) & 0xFFFFFF);
-      return false;
-    }
-  return true;
+    if ((PixelWord(A[i]) & 0xFFFFFF) != (PixelWord(B[i]) & 0xFFFFFF))
+      return ::testing::AssertionFailure()
+             << "pixel " << i % ScreenWidth << "," << i / ScreenWidth << " differs";
+  return ::testing::AssertionSuccess();
 }
 
 TEST_F(RetainedTest, ARedrawAfterAFocusMoveEqualsAFullRedrawAndWritesOnlyTheChange) {
