@@ -4,6 +4,11 @@
 //
 //   quorvex-sim [--mode WxH]... [--settings FILE] [--script FILE] [--out DIR]
 //               [--trace] [--window] [--fail-alloc N] [--hostile-service LIST]
+//               [--gate] [--password KIND=TEXT]...
+//
+// --gate runs the reference platform's password gate before the utility;
+// --password installs a password (KIND supervisor, user, hdd_master or
+// hdd_user) before it starts.
 //
 // The last two are for robustness tests: --fail-alloc N makes the Nth pool
 // allocation of the run fail (0: none) and reports at the end how many
@@ -43,6 +48,9 @@ constexpr const char* kUsage =
     "usage: quorvex-sim [--mode WxH]... [--settings FILE] [--script FILE] [--out DIR] [--trace] "
     "[--window]\n"
     "                   [--fail-alloc N] [--hostile-service NAME[,NAME...]]\n"
+    "                   [--gate] [--password KIND=TEXT]...\n"
+    "  --gate                 ask for an installed password before the utility starts\n"
+    "  --password KIND=TEXT   install a password (supervisor, user, hdd_master, hdd_user)\n"
     "  --fail-alloc N         the Nth pool allocation of the run fails (0: none); the run ends\n"
     "                         with the allocation count and the blocks still held\n"
     "  --hostile-service ...  hostile answers of the setup data service and the clock:\n"
@@ -59,6 +67,8 @@ struct CommandLine {
   bool Window = false;
   bool FailAllocGiven = false;
   UINT64 FailAlloc = 0;
+  bool Gate = false;
+  std::vector<std::string> Passwords; // KIND=TEXT
 };
 
 // The state the exits need. Plain globals: the run ends from deep inside
@@ -192,6 +202,12 @@ void ParseCommandLine(int Argc, char** Argv) {
     } else if (arg == "--hostile-service") {
       std::string error;
       if (!sim::Hostile_Parse(value("--hostile-service"), &error)) Usage(error);
+    } else if (arg == "--gate") {
+      Args.Gate = true;
+    } else if (arg == "--password") {
+      const std::string text = value("--password");
+      if (text.find('=') == std::string::npos) Usage("--password needs KIND=TEXT");
+      Args.Passwords.push_back(text);
     } else if (arg == "--help" || arg == "-h") {
       PrintUsage(stdout);
       std::exit(0);
@@ -250,6 +266,12 @@ void ApplySettings() {
       Finish(2, Args.SettingsFile + ":" + std::to_string(s.Line) + ": '" + s.Name +
                     "' is not a setting that can be set, or " + std::to_string(s.Value) +
                     " is outside its range");
+  }
+  for (const std::string& p : Args.Passwords) {
+    const size_t equals = p.find('=');
+    if (!Password_SetByName(p.substr(0, equals).c_str(), p.substr(equals + 1).c_str()))
+      Finish(2, "--password " + p.substr(0, equals) +
+                    ": unknown kind, or the text is not printable ASCII within the maximum length");
   }
 }
 
@@ -323,6 +345,7 @@ int main(int argc, char** argv) {
     SetupDataTraceSink = WriteTraceLine;
   }
   PlatformStartHook = ApplySettings;
+  PlatformGateEnabled = Args.Gate;
 
   if (Args.Window) {
     std::string error;
