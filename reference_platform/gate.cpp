@@ -210,6 +210,7 @@ GateOutcome Gate_Run(GatePurpose Purpose) {
     Ask(&session);
     answer = Gate_Check(Purpose, gAnswer);
     Wipe(&session);
+    if (session.Drawn) GateScreen_DrawField(session.Screen, 0);
     if (answer != GateAnswerWrong) break;
     AsciiLine line;
     AsciiLine_Start(&line, "Quorvex gate: wrong password (");

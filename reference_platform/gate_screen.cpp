@@ -137,6 +137,7 @@ bool ChooseMode(EFI_GRAPHICS_OUTPUT_PROTOCOL* Gop) {
     EFI_GRAPHICS_OUTPUT_MODE_INFORMATION* info = nullptr;
     if (EFI_ERROR(Gop->QueryMode(Gop, mode, &size, &info)) || !info) continue;
     const UINT64 width = info->HorizontalResolution;
+    PlatformBootServices->FreePool(info); // QueryMode's answer is the caller's
     if (width >= kPreferredWidth && width < bestWidth) {
       best = mode;
       bestWidth = width;
