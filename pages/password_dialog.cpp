@@ -112,8 +112,7 @@ void DrawWindow(const CHAR16* Title) {
 
 void DrawField() {
   const Box box = PasswordBox();
-  const LookRect field =
-      Look_PasswordField({box.X, box.Y, box.Width, box.Height}, GlyphLineHeight);
+  const LookRect field = Look_PasswordField({box.X, box.Y, box.Width, box.Height}, GlyphLineHeight);
   const UINT64 x = field.X;
   const UINT64 y = field.Y;
   const UINT64 width = field.Width;

@@ -83,7 +83,35 @@ struct Session {
   GateInput Input;
   bool Keyboard;
   UINTN Length;
+  GateCursor Cursor;
 };
+
+// Drawing takes the mouse cursor down first and puts it back afterwards.
+struct CursorDown {
+  explicit CursorDown(Session* S) : S_(S), Was_(S->Cursor.Up) {
+    if (S_->Drawn) GateCursor_Hide(S_->Screen, &S_->Cursor);
+  }
+  ~CursorDown() {
+    if (S_->Drawn && Was_)
+      GateCursor_Show(S_->Screen, &S_->Cursor, static_cast<UINT64>(S_->Input.CursorX),
+                      static_cast<UINT64>(S_->Input.CursorY));
+  }
+  CursorDown(const CursorDown&) = delete;
+  CursorDown& operator=(const CursorDown&) = delete;
+
+private:
+  Session* S_;
+  bool Was_;
+};
+
+// One round of input; the cursor follows the mouse.
+GateKey Read(Session* S) {
+  const GateKey key = GateInput_Read(&S->Input, S->Screen);
+  if (S->Drawn && S->Input.CursorMoved)
+    GateCursor_Show(S->Screen, &S->Cursor, static_cast<UINT64>(S->Input.CursorX),
+                    static_cast<UINT64>(S->Input.CursorY));
+  return key;
+}
 
 void Wipe(Session* S) {
   MemWipe(gAnswer, sizeof(gAnswer));
@@ -99,6 +127,7 @@ void OpenScreen(Session* S) {
 
 void DrawWindow(Session* S) {
   if (!S->Drawn) return;
+  CursorDown down(S);
   GateScreen_DrawAll(S->Screen, GateScreen_Text(S->Screen, kText_SecurityGateEnterPassword),
                      nullptr, S->Length, S->Input.Caps, S->Input.Shift);
 }
@@ -108,6 +137,7 @@ void DrawWindow(Session* S) {
 void Restart(Session* S) {
   gRestartSeen = false;
   Wipe(S);
+  S->Cursor.Up = false; // the screen is drawn anew: nothing to put back
   if (S->Drawn) GateScreen_Close(&S->Screen);
   OpenScreen(S);
   DrawWindow(S);
@@ -122,9 +152,10 @@ void Ask(Session* S) {
   const UINTN maximum = MaximumUnits();
   for (;;) {
     if (gRestartSeen) Restart(S);
-    const GateKey key = GateInput_Read(&S->Input, S->Screen);
+    const GateKey key = Read(S);
     if (S->Input.KeyboardRedraw) {
       S->Input.KeyboardRedraw = false;
+      CursorDown down(S);
       if (S->Drawn) GateScreen_DrawKeyboard(S->Screen, S->Input.Caps, S->Input.Shift);
     }
     switch (key.Kind) {
@@ -135,12 +166,14 @@ void Ask(Session* S) {
       if (S->Length < maximum) {
         gAnswer[S->Length++] = key.Character;
         gAnswer[S->Length] = 0;
+        CursorDown down(S);
         if (S->Drawn) GateScreen_DrawField(S->Screen, S->Length);
       }
       break;
     case GateKeyBackspace:
       if (S->Length > 0) {
         gAnswer[--S->Length] = 0;
+        CursorDown down(S);
         if (S->Drawn) GateScreen_DrawField(S->Screen, S->Length);
       }
       break;
@@ -152,14 +185,16 @@ void Ask(Session* S) {
 
 // The red notice after a wrong answer; Enter or a tap anywhere goes on.
 void NoticeWrong(Session* S) {
-  if (S->Drawn)
+  if (S->Drawn) {
+    CursorDown down(S);
     GateScreen_DrawMessage(S->Screen, GateScreen_Text(S->Screen, kText_SecurityVerifyError),
                            GateScreen_Text(S->Screen, kText_SecurityPressEnterToContinue),
                            GateScreen_Text(S->Screen, kText_SecurityEnterButton));
+  }
   GateInput_Drain(&S->Input);
   for (;;) {
     if (gRestartSeen) return; // the next Ask builds the window again
-    const GateKey key = GateInput_Read(&S->Input, S->Screen);
+    const GateKey key = Read(S);
     S->Input.KeyboardRedraw = false;
     if (key.Kind == GateKeyEnter || S->Input.Tapped) return;
   }
@@ -167,10 +202,12 @@ void NoticeWrong(Session* S) {
 
 [[noreturn]] void PowerOff(Session* S) {
   Serial_WriteLine("Quorvex gate: too many wrong passwords, powering off");
-  if (S->Drawn)
+  if (S->Drawn) {
+    GateCursor_Hide(S->Screen, &S->Cursor);
     GateScreen_DrawMessage(S->Screen, GateScreen_Text(S->Screen, kText_SecurityVerifyError),
                            GateScreen_Text(S->Screen, kText_SecuritySystemShuttingDown),
                            GateScreen_Text(S->Screen, kText_CommonOk));
+  }
   for (UINTN step = 0; step < kShutdownSteps; ++step) {
     // Input is read and dropped: the notice cannot be answered.
     GateInput_Read(&S->Input, S->Screen);
@@ -210,7 +247,10 @@ GateOutcome Gate_Run(GatePurpose Purpose) {
     Ask(&session);
     answer = Gate_Check(Purpose, gAnswer);
     Wipe(&session);
-    if (session.Drawn) GateScreen_DrawField(session.Screen, 0);
+    if (session.Drawn) {
+      CursorDown down(&session);
+      GateScreen_DrawField(session.Screen, 0);
+    }
     if (answer != GateAnswerWrong) break;
     AsciiLine line;
     AsciiLine_Start(&line, "Quorvex gate: wrong password (");
@@ -224,7 +264,10 @@ GateOutcome Gate_Run(GatePurpose Purpose) {
   }
 
   if (restart && PlatformBootServices->CloseEvent) PlatformBootServices->CloseEvent(restart);
-  if (session.Drawn) GateScreen_Close(&session.Screen);
+  if (session.Drawn) {
+    GateCursor_Hide(session.Screen, &session.Cursor);
+    GateScreen_Close(&session.Screen);
+  }
   MemWipe(&session, sizeof(session));
   const GateOutcome outcome =
       answer == GateAnswerSupervisor ? GateOutcomeSupervisor : GateOutcomeUser;

@@ -13,8 +13,8 @@ template <typename T> UINTN Collect(const EFI_GUID& Guid, T** List) {
   UINTN count = 0;
   EFI_HANDLE* handles = nullptr;
   if (!PlatformBootServices->LocateHandleBuffer ||
-      EFI_ERROR(PlatformBootServices->LocateHandleBuffer(ByProtocol, &Guid, nullptr, &count,
-                                                         &handles)) ||
+      EFI_ERROR(
+          PlatformBootServices->LocateHandleBuffer(ByProtocol, &Guid, nullptr, &count, &handles)) ||
       !handles)
     return 0;
   UINTN found = 0;
@@ -63,6 +63,7 @@ GateKey PollMouse(GateInput* In, const GateScreen& S) {
     EFI_SIMPLE_POINTER_PROTOCOL* mouse = In->Mouse[i];
     EFI_SIMPLE_POINTER_STATE state = {};
     if (!mouse->GetState || EFI_ERROR(mouse->GetState(mouse, &state))) continue;
+    In->CursorMoved = true;
     In->CursorX += state.RelativeMovementX;
     In->CursorY += state.RelativeMovementY;
     const INT64 maxX = static_cast<INT64>(S.Width) - 1;
@@ -72,7 +73,7 @@ GateKey PollMouse(GateInput* In, const GateScreen& S) {
     if (!state.LeftButton) return Key(GateKeyNone);
     In->Tapped = true;
     return GateInput_KeyAt(In, S, static_cast<UINT64>(In->CursorX),
-                             static_cast<UINT64>(In->CursorY));
+                           static_cast<UINT64>(In->CursorY));
   }
   return Key(GateKeyNone);
 }
@@ -117,8 +118,8 @@ void GateInput_Drain(GateInput* In) {
   }
   EFI_SIMPLE_TEXT_INPUT_PROTOCOL* in = PlatformSystemTable ? PlatformSystemTable->ConIn : nullptr;
   EFI_INPUT_KEY key;
-  for (UINTN n = 0; in && in->ReadKeyStroke && n < kMaxDrainReads &&
-                    !EFI_ERROR(in->ReadKeyStroke(in, &key));
+  for (UINTN n = 0;
+       in && in->ReadKeyStroke && n < kMaxDrainReads && !EFI_ERROR(in->ReadKeyStroke(in, &key));
        ++n) {
   }
   MemWipe(&key, sizeof(key));
@@ -129,8 +130,7 @@ GateKey GateInput_KeyAt(GateInput* In, const GateScreen& S, UINT64 X, UINT64 Y) 
   for (UINT32 row = 1; row < kKeyboardRows; ++row) {
     for (UINT32 column = 0; column < kKeyboardColumns; ++column) {
       KeyboardRect rect;
-      if (!Keyboard_KeyRect(S.Width, S.Height, row, column, &rect) || !Inside(rect, X, Y))
-        continue;
+      if (!Keyboard_KeyRect(S.Width, S.Height, row, column, &rect) || !Inside(rect, X, Y)) continue;
       if (column == kWideKeyColumn) {
         switch (row) {
         case 2:
@@ -158,6 +158,7 @@ GateKey GateInput_KeyAt(GateInput* In, const GateScreen& S, UINT64 X, UINT64 Y) 
 
 GateKey GateInput_Read(GateInput* In, const GateScreen& S) {
   In->Tapped = false;
+  In->CursorMoved = false;
   GateKey key = PollTouch(In, S);
   if (key.Kind == GateKeyNone && !In->KeyboardRedraw) key = PollMouse(In, S);
   if (key.Kind == GateKeyNone && !In->KeyboardRedraw) key = ReadConsole();

@@ -30,6 +30,7 @@ struct GateInput {
   bool Caps, Shift;       // the on-screen keyboard's states
   bool KeyboardRedraw;    // Caps or Shift changed since the last look
   bool Tapped;            // the last round saw a touch or a click
+  bool CursorMoved;       // the mouse moved in the last round
 };
 
 // Finds the pointing devices; true when a touch panel is among them.

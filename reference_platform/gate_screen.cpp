@@ -33,8 +33,8 @@ bool CanvasOpen(Canvas* C, const LookRect& Area, const GateScreen& Screen) {
 
 void CanvasShow(Canvas* C, const GateScreen& Screen) {
   if (!C->Pixels) return;
-  Screen.Gop->Blt(Screen.Gop, C->Pixels, EfiBltBufferToVideo, 0, 0, C->X, C->Y, C->Width,
-                  C->Height, C->Width * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
+  Screen.Gop->Blt(Screen.Gop, C->Pixels, EfiBltBufferToVideo, 0, 0, C->X, C->Y, C->Width, C->Height,
+                  C->Width * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
   Quorvex_FreePool(C->Pixels);
   C->Pixels = nullptr;
 }
@@ -250,8 +250,8 @@ void GateScreen_DrawKeyboard(const GateScreen& S, bool Caps, bool Shift) {
       Face(&canvas, key.X, key.Y, key.Width, key.Height, fill,
            pressed ? kColourDarkText : kColourButtonBorder);
       const UINT64 top = key.Y + (key.Height > S.LineHeight ? (key.Height - S.LineHeight) / 2 : 0);
-      CentredText(&canvas, S, label, key.X, key.Width, top, pressed ? kColourWhite : kColourDarkText,
-                  fill);
+      CentredText(&canvas, S, label, key.X, key.Width, top,
+                  pressed ? kColourWhite : kColourDarkText, fill);
     }
   }
   CanvasShow(&canvas, S);
@@ -275,4 +275,44 @@ void GateScreen_DrawMessage(const GateScreen& S, const CHAR16* Line1, const CHAR
   Face(&canvas, bx, by, 100, 30, kColourAccent, kColourDarkText);
   Text(&canvas, S, Button, bx + 10, by + 15 - S.LineHeight / 2, 90, kColourWhite, kColourAccent);
   CanvasShow(&canvas, S);
+}
+
+namespace {
+
+// The arrow, one string per row: '#' outline, '.' inside, ' ' clear.
+constexpr const char* kArrow[kGateCursorHeight] = {
+    "#          ", "##         ", "#.#        ", "#..#       ", "#...#      ", "#....#     ",
+    "#.....#    ", "#......#   ", "#.......#  ", "#........# ", "#.....#####", "#..#..#    ",
+    "#.# #..#   ", "##  #..#   ", "#    #..#  ", "     #..#  ", "      ##   "};
+
+} // namespace
+
+void GateCursor_Show(const GateScreen& S, GateCursor* C, UINT64 X, UINT64 Y) {
+  GateCursor_Hide(S, C);
+  if (X >= S.Width || Y >= S.Height) return;
+  C->X = X;
+  C->Y = Y;
+  C->Width = X + kGateCursorWidth <= S.Width ? kGateCursorWidth : S.Width - X;
+  C->Height = Y + kGateCursorHeight <= S.Height ? kGateCursorHeight : S.Height - Y;
+  const UINTN delta = kGateCursorWidth * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL);
+  if (EFI_ERROR(S.Gop->Blt(S.Gop, C->Under, EfiBltVideoToBltBuffer, X, Y, 0, 0, C->Width, C->Height,
+                           delta)))
+    return;
+  EFI_GRAPHICS_OUTPUT_BLT_PIXEL arrow[kGateCursorWidth * kGateCursorHeight];
+  MemCopy(arrow, C->Under, sizeof(arrow));
+  for (UINT64 r = 0; r < C->Height; ++r)
+    for (UINT64 c = 0; c < C->Width; ++c) {
+      const char mark = kArrow[r][c];
+      if (mark != ' ')
+        arrow[r * kGateCursorWidth + c] = Pixel(mark == '#' ? kColourDarkText : kColourWhite);
+    }
+  S.Gop->Blt(S.Gop, arrow, EfiBltBufferToVideo, 0, 0, X, Y, C->Width, C->Height, delta);
+  C->Up = true;
+}
+
+void GateCursor_Hide(const GateScreen& S, GateCursor* C) {
+  if (!C->Up) return;
+  C->Up = false;
+  S.Gop->Blt(S.Gop, C->Under, EfiBltBufferToVideo, 0, 0, C->X, C->Y, C->Width, C->Height,
+             kGateCursorWidth * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
 }

@@ -26,6 +26,20 @@ struct GateScreen {
 bool GateScreen_Open(GateScreen* Screen, bool Keyboard, UINT32 Language);
 void GateScreen_Close(GateScreen* Screen);
 
+// The mouse cursor: a small arrow drawn over the screen with the pixels
+// under it kept, shown once the mouse has moved.
+constexpr UINT64 kGateCursorWidth = 11;
+constexpr UINT64 kGateCursorHeight = 17;
+struct GateCursor {
+  bool Up; // drawn, Under holds the pixels beneath
+  UINT64 X, Y, Width, Height;
+  EFI_GRAPHICS_OUTPUT_BLT_PIXEL Under[kGateCursorWidth * kGateCursorHeight];
+};
+// Draws the cursor at (X, Y) (clipped to the screen).
+void GateCursor_Show(const GateScreen& Screen, GateCursor* Cursor, UINT64 X, UINT64 Y);
+// Puts the pixels under the cursor back.
+void GateCursor_Hide(const GateScreen& Screen, GateCursor* Cursor);
+
 // The text of a constant triple (text_constants.h) in the screen's language.
 const CHAR16* GateScreen_Text(const GateScreen& Screen, const CHAR16* const (&Triple)[3]);
 

@@ -88,7 +88,8 @@ TEST_F(RefPlatGateTest, WrongThenRightOpensAndNothingOfTheAnswersIsReported) {
   const std::string serial = testing::internal::GetCapturedStderr();
   EXPECT_NE(serial.find("wrong password (1 of 3)"), std::string::npos) << serial;
   EXPECT_NE(serial.find("user password given"), std::string::npos) << serial;
-  for (const char* secret : {"Zz9", "Wk4", "Qx7"}) EXPECT_EQ(serial.find(secret), std::string::npos);
+  for (const char* secret : {"Zz9", "Wk4", "Qx7"})
+    EXPECT_EQ(serial.find(secret), std::string::npos);
   EXPECT_EQ(Store_Get(kSetting_supervisor_access), 0u);
   EXPECT_TRUE(Resets().empty());
 }
@@ -130,9 +131,8 @@ TEST_F(RefPlatGateTest, TheLastWrongAnswerPowersOff) {
   ASSERT_TRUE(Store_SetByName("password_tries", 2));
   EXPECT_EXIT(
       {
-        fake::SetResetHandler([](EFI_RESET_TYPE Type, EFI_STATUS) {
-          std::_Exit(Type == EfiResetShutdown ? 7 : 8);
-        });
+        fake::SetResetHandler(
+            [](EFI_RESET_TYPE Type, EFI_STATUS) { std::_Exit(Type == EfiResetShutdown ? 7 : 8); });
         Answer(u"x");
         Key(u'\r');
         Answer(u"pw!"); // the right answer would have come too late
