@@ -68,7 +68,7 @@ class PasswordGateTest(harness.QemuTestCase):
         self.answer(SUPERVISOR)
         m.wait_until_drawn(self.boot_timeout)
         page = self.to_security_page()
-        self.assertPixel(page, 330, 666, 0xF1F4FA, "BIOS Access Rights list button")
+        self.assertPixel(page, 600, 666, 0xF1F4FA, "BIOS Access Rights list button")
         self.assertIn("Quorvex gate: supervisor password given", m.serial_text())
 
         # The user with Restricted rights: only "System Configuration" can

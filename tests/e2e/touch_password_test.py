@@ -122,6 +122,8 @@ class TouchPasswordTest(harness.QemuTestCase):
         # touch on its own keyboard (the same keys in the same places).
         m.wait_until(gate_shown, self.boot_timeout, what="the password gate")
         for name in ("q", "1", "enter"):
+            if name == "enter":
+                m.screenshot(self.artefact("-gate.png"))
             m.click(*k.centre(name))
             time.sleep(0.3)
         m.wait_until_drawn(self.boot_timeout)
