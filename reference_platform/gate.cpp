@@ -129,7 +129,7 @@ void DrawWindow(Session* S) {
   if (!S->Drawn) return;
   CursorDown down(S);
   GateScreen_DrawAll(S->Screen, GateScreen_Text(S->Screen, kText_SecurityGateEnterPassword),
-                     nullptr, S->Length, S->Input.Caps, S->Input.Shift);
+                     S->Length, S->Input.Caps, S->Input.Shift);
 }
 
 // A restart: whatever was typed goes, and the window is built again on the

@@ -188,8 +188,8 @@ const CHAR16* GateScreen_Text(const GateScreen& Screen, const CHAR16* const (&Tr
   return text && text[0] ? text : Triple[0];
 }
 
-void GateScreen_DrawAll(const GateScreen& S, const CHAR16* Title, const CHAR16* Note, UINT64 Length,
-                        bool Caps, bool Shift) {
+void GateScreen_DrawAll(const GateScreen& S, const CHAR16* Title, UINT64 Length, bool Caps,
+                        bool Shift) {
   // The screen behind the window: the setup's page area between the left
   // band and the right column.
   const EFI_GRAPHICS_OUTPUT_BLT_PIXEL page = Pixel(kColourPageArea);
@@ -213,9 +213,6 @@ void GateScreen_DrawAll(const GateScreen& S, const CHAR16* Title, const CHAR16* 
            window.Width - 2 * kFaceBorder, kFaceBorder, kColourButtonFace);
     Text(&canvas, S, Title, window.X + 25, window.Y + 25, window.Width - 50, kColourDarkText,
          kColourButtonFace);
-    if (Note)
-      Text(&canvas, S, Note, window.X + 25, window.Y + 25 + S.LineHeight + 10, window.Width - 50,
-           kColourGreyText, kColourButtonFace);
     DrawFieldOn(&canvas, S, Length);
     CanvasShow(&canvas, S);
   }

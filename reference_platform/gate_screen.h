@@ -43,10 +43,10 @@ void GateCursor_Hide(const GateScreen& Screen, GateCursor* Cursor);
 // The text of a constant triple (text_constants.h) in the screen's language.
 const CHAR16* GateScreen_Text(const GateScreen& Screen, const CHAR16* const (&Triple)[3]);
 
-// Background, window with Title and Note, the field with Length asterisks,
-// and the keyboard.
-void GateScreen_DrawAll(const GateScreen& Screen, const CHAR16* Title, const CHAR16* Note,
-                        UINT64 Length, bool Caps, bool Shift);
+// Background, window with Title, the field with Length asterisks, and the
+// keyboard.
+void GateScreen_DrawAll(const GateScreen& Screen, const CHAR16* Title, UINT64 Length, bool Caps,
+                        bool Shift);
 void GateScreen_DrawField(const GateScreen& Screen, UINT64 Length);
 void GateScreen_DrawKeyboard(const GateScreen& Screen, bool Caps, bool Shift);
 // The red message box (the window's size, centred) with two lines and one
