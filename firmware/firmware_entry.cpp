@@ -5,9 +5,8 @@
 
 namespace {
 
-// The utility is linked in: no file to read, no image to load. It runs with
-// this image's handle, so whatever it asks of its own loaded image (none of
-// its services need a file of their own) is answered for this image.
+// The utility is linked in: it runs on this image's handle, with no file to
+// read and no image to load.
 EFI_STATUS RunLinkedUtility(EFI_HANDLE ImageHandle, EFI_SYSTEM_TABLE* SystemTable) {
   const EFI_STATUS status = _ModuleEntryPoint(ImageHandle, SystemTable);
   if (EFI_ERROR(status)) Platform_Report("the setup ended with an error", status);
