@@ -1,6 +1,5 @@
 """The firmware-volume tool against Debian's OVMF_CODE_4M.fd: the image reads
-and writes back byte for byte, a re-compressed section reads back the same,
-a replaced front page and an added driver land where the firmware will find
+and writes back byte for byte, a replaced front page and an added driver land where the firmware will find
 them while every other file stays in place, and a bad image or a result that
 no longer fits is refused with a message naming what is wrong."""
 
@@ -54,21 +53,6 @@ class StockImageTest(unittest.TestCase):
         self.assertGreater(dxe.free_space(), 6 << 20)
         self.assertEqual(image.find(FRONT_PAGE).type, fv.FILETYPE_APPLICATION)
 
-    def test_recompressed_section_reads_back_the_same(self):
-        image = fv.FlashImage.parse(self.stock)
-        before = placed_files(image)
-        lzma_section(image)._packed = None  # forget the original stream
-        out = image.serialize()
-        self.assertEqual(len(out), len(self.stock))
-        self.assertNotEqual(out, self.stock, "the section was not re-compressed")
-        again = fv.FlashImage.parse(out)
-        self.assertEqual(placed_files(again), before)
-        # The firmware sizes its output buffer from this field.
-        payload = lzma_section(again).payload()
-        decoded_size = struct.unpack_from("<Q", payload, 20 + 5)[0]
-        self.assertEqual(decoded_size, len(fv.sections.serialize_sections(
-            lzma_section(again).children)))
-
     def test_replaces_the_front_page_and_adds_a_driver_leaving_the_rest_in_place(self):
         app = b"MZ" + bytes(range(256)) * 2000
         driver = b"MZ" + b"driver" * 1000
@@ -91,6 +75,11 @@ class StockImageTest(unittest.TestCase):
         pad = dict(volume.entries)[old_offset]
         self.assertEqual(pad.type, fv.FILETYPE_PAD)
         self.assertEqual(len(pad.serialize()), len(before[FRONT_PAGE][1]))
+
+        # The firmware sizes its output buffer from the LZMA header's field.
+        section = lzma_section(image)
+        decoded_size = struct.unpack_from("<Q", section.payload(), 20 + 5)[0]
+        self.assertEqual(decoded_size, len(fv.sections.serialize_sections(section.children)))
 
         added = image.find(DRIVER)
         self.assertEqual(added.type, fv.FILETYPE_DRIVER)
