@@ -94,7 +94,7 @@ fuzz: fuzz-build
 sizes:
 	@for f in $(UEFI_DIR)/QuorvexSetup.efi $(UEFI_DIR)/QuorvexPlatform.efi \
 	    $(UEFI_DIR)/QuorvexFirmwareSetup.efi; do \
-	  test -f $$f && printf '%-22s %8d bytes\n' $$(basename $$f) $$(stat -c %s $$f); \
+	  test -f $$f && printf '%-26s %8d bytes\n' $$(basename $$f) $$(stat -c %s $$f); \
 	done; true
 
 run: esp $(if $(IMAGE),image) $(if $(FIRMWARE),firmware)

@@ -221,7 +221,7 @@ if(tool_tests)
   add_test(NAME tools
            COMMAND ${QUORVEX_PYTHON} -m unittest discover -s ${QUORVEX_SOURCE_DIR}/tests/tools
                    -p "test_*.py")
-  set_tests_properties(tools PROPERTIES TIMEOUT 300 LABELS tools)
+  set_tests_properties(tools PROPERTIES TIMEOUT 600 LABELS tools)
 endif()
 
 # Robustness runs of the simulator (tests/robust): seeded random sessions,
