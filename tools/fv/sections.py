@@ -131,8 +131,8 @@ def parse_sections(raw, where):
     sections = []
     offset = 0
     while offset < len(raw):
-        if all(b == 0 for b in raw[offset:]) and len(raw) - offset < 4:
-            break  # alignment tail
+        if len(raw) - offset < 4 and not any(raw[offset:]):
+            break  # zero bytes of alignment at the end
         section, size = Section.parse(raw[offset:], f"{where} section at 0x{offset:X}")
         sections.append(section)
         offset = align(offset + size, 4)
