@@ -2,6 +2,7 @@
 
 #include "platform/lib.h"
 #include "reference_platform/platform_context.h"
+#include "reference_platform/smbios.h"
 
 namespace {
 
@@ -46,6 +47,32 @@ void SetAscii(InfoSlot Slot, const CHAR8* Text) {
   UINTN i = 0;
   for (; Text[i] && i + 1 < kTextCapacity; ++i) gTexts[Slot][i] = static_cast<UINT8>(Text[i]);
   gTexts[Slot][i] = 0;
+}
+
+// Where the firmware publishes SMBIOS tables, the firmware and EC versions,
+// the processor speed and the installed memory come from them; a value the
+// tables lack shows "Unknown".
+void ApplySmbios() {
+  SmbiosInfo info;
+  if (!Smbios_FromSystemTable(PlatformSystemTable, &info)) return;
+  if (info.Vendor[0] && info.Version[0]) {
+    Format(gTexts[SlotBios], kTextCapacity, u"%s %s", info.Vendor, info.Version);
+  } else {
+    SetAscii(SlotBios, info.Version[0] ? info.Version : info.Vendor[0] ? info.Vendor : "Unknown");
+  }
+  if (info.HasEcRelease) {
+    Format(gTexts[SlotEc], kTextCapacity, u"%u.%02u", info.EcMajor, info.EcMinor);
+  } else {
+    SetAscii(SlotEc, "Unknown");
+  }
+  if (info.CurrentSpeedMhz >= 1000) {
+    Format(gTexts[SlotCpuSpeed], kTextCapacity, u"%u.%02u GHz", info.CurrentSpeedMhz / 1000,
+           (info.CurrentSpeedMhz % 1000) / 10);
+  } else if (info.CurrentSpeedMhz) {
+    Format(gTexts[SlotCpuSpeed], kTextCapacity, u"%u MHz", info.CurrentSpeedMhz);
+  }
+  if (info.MemoryMegabytes)
+    Format(gTexts[SlotMemory], kTextCapacity, u"%u MB", info.MemoryMegabytes);
 }
 
 // Memory descriptor of the UEFI memory map.
@@ -205,6 +232,7 @@ void ReadAll() {
   ReadDisks();
   SetAscii(SlotBios, "QVX 1.00");
   SetAscii(SlotEc, "QVX EC 1.00");
+  ApplySmbios();
 }
 
 #else
@@ -218,6 +246,7 @@ void ReadAll() {
   SetAscii(SlotMemory, "4096 MB");
   SetAscii(SlotBios, "QVX 1.00");
   SetAscii(SlotEc, "QVX EC 1.00");
+  ApplySmbios();
 }
 
 #endif
