@@ -1,6 +1,7 @@
 #include "reference_platform/system_info.h"
 
 #include "platform/lib.h"
+#include "reference_platform/disk_model.h"
 #include "reference_platform/platform_context.h"
 #include "reference_platform/smbios.h"
 
@@ -61,7 +62,7 @@ void ApplySmbios() {
     SetAscii(SlotBios, info.Version[0] ? info.Version : info.Vendor[0] ? info.Vendor : "Unknown");
   }
   if (info.HasEcRelease) {
-    Format(gTexts[SlotEc], kTextCapacity, u"%u.%02u", info.EcMajor, info.EcMinor);
+    Format(gTexts[SlotEc], kTextCapacity, u"%u.%u", info.EcMajor, info.EcMinor);
   } else {
     SetAscii(SlotEc, "Unknown");
   }
@@ -202,7 +203,9 @@ void ReadDisks() {
                                                          &handles)) ||
       !handles)
     return;
-  bool disk = false, odd = false;
+  // The disk shown is the first fixed disk whose controller names its model
+  // (ATA or NVMe identify data); without one, the first fixed disk's size.
+  bool sized = false, named = false, odd = false;
   for (UINTN i = 0; i < count; ++i) {
     void* interface = nullptr;
     if (EFI_ERROR(PlatformBootServices->HandleProtocol(handles[i], &kBlockIoGuid, &interface)) ||
@@ -210,14 +213,20 @@ void ReadDisks() {
       continue;
     const BlockIoMedia* media = static_cast<BlockIoProtocol*>(interface)->Media;
     if (!media || media->LogicalPartition) continue;
-    if (!disk && !media->RemovableMedia && media->MediaPresent) {
-      const UINT64 bytes = (media->LastBlock + 1) * media->BlockSize;
-      if (bytes >= 1000000000ull) {
-        Format(gTexts[SlotDisk], kTextCapacity, u"%u GB Disk", bytes / 1000000000ull);
-      } else {
-        Format(gTexts[SlotDisk], kTextCapacity, u"%u MB Disk", bytes / 1000000ull);
+    if (!named && !media->RemovableMedia && media->MediaPresent) {
+      CHAR8 model[kTextCapacity];
+      if (DiskModel_OfHandle(handles[i], model, sizeof(model))) {
+        SetAscii(SlotDisk, model);
+        named = true;
+      } else if (!sized) {
+        const UINT64 bytes = (media->LastBlock + 1) * media->BlockSize;
+        if (bytes >= 1000000000ull) {
+          Format(gTexts[SlotDisk], kTextCapacity, u"%u GB Disk", bytes / 1000000000ull);
+        } else {
+          Format(gTexts[SlotDisk], kTextCapacity, u"%u MB Disk", bytes / 1000000ull);
+        }
       }
-      disk = true;
+      sized = true;
     } else if (!odd && media->RemovableMedia && media->BlockSize == 2048) {
       SetAscii(SlotOdd, "CD/DVD Drive");
       odd = true;

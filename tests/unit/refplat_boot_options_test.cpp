@@ -182,12 +182,12 @@ TEST_F(MachineSettingsTest, BootOrderIsReadRepairedAndRewrittenOnce) {
   MachineSettings_Load();
   ASSERT_TRUE(MachineSettings_HasBootOrder());
   // No optical drive behind the fake's DVD path: it counts as a disk.
-  EXPECT_EQ(Store_Get(kSetting_boot_order), 0x4312u); // HDD, USB, LAN
+  EXPECT_EQ(Store_Get(kSetting_boot_order), 0x4321u); // HDD (the DVD), USB, LAN
   EXPECT_EQ(Store_Get(kSetting_boot_class_lan_present), 1u);
   EXPECT_EQ(Store_Get(kSetting_boot_class_odd_present), 0u);
 
   const UINT64 calls = fake::SetVariableCalls();
-  ASSERT_TRUE(Store_Set(kSetting_boot_order, 0x4213)); // LAN, USB, HDD
+  ASSERT_TRUE(Store_Set(kSetting_boot_order, 0x4123)); // LAN, USB, HDD
   MachineSettings_Save();
   EXPECT_EQ(fake::SetVariableCalls(), calls + 1);
   EXPECT_EQ(BootOrder(), (std::vector<UINT16>{4, 2, 1, 3, 0}));

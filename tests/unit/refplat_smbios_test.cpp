@@ -1,12 +1,14 @@
 // The SMBIOS reader on a table like QEMU's, and on cut-short and hostile
 // tables: values missing from the table stay missing, nothing is read past
-// the table's end, texts are printable.
+// the table's end, texts are printable. The disk model from ATA and NVMe
+// identify data.
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <string>
 #include <vector>
 
+#include "reference_platform/disk_model.h"
 #include "reference_platform/smbios.h"
 
 namespace {
@@ -137,6 +139,35 @@ TEST(SmbiosTest, EntryPointsNeedTheirAnchorAndChecksum) {
   ep3[6] = 200; // claims more than there is
   EXPECT_FALSE(Smbios_Entry3(ep3.data(), ep3.size(), &address, &size));
   EXPECT_FALSE(Smbios_Entry2(ep3.data(), ep3.size(), &address, &size));
+}
+
+TEST(DiskModelTest, ModelNamesFromAtaAndNvmeIdentifyData) {
+  // ATA: "QEMU HARDDISK" padded with blanks, each word's bytes swapped.
+  std::vector<UINT8> ata(512, 0);
+  const std::string model = std::string("QEMU HARDDISK") + std::string(27, ' ');
+  for (size_t i = 0; i < 40; i += 2) {
+    ata[54 + i] = static_cast<UINT8>(model[i + 1]);
+    ata[54 + i + 1] = static_cast<UINT8>(model[i]);
+  }
+  CHAR8 out[64];
+  ASSERT_TRUE(DiskModel_FromAta(ata.data(), ata.size(), out, sizeof(out)));
+  EXPECT_STREQ(out, "QEMU HARDDISK");
+  EXPECT_FALSE(DiskModel_FromAta(ata.data(), 93, out, sizeof(out))); // cut inside the field
+  EXPECT_STREQ(out, "");
+  CHAR8 small[6];
+  ASSERT_TRUE(DiskModel_FromAta(ata.data(), ata.size(), small, sizeof(small)));
+  EXPECT_STREQ(small, "QEMU");
+
+  // NVMe: leading blanks and control bytes; an all-blank name is none.
+  std::vector<UINT8> nvme(64, ' ');
+  std::memcpy(nvme.data() + 26,
+              "NVMe\x01"
+              "Ctrl",
+              9);
+  ASSERT_TRUE(DiskModel_FromNvme(nvme.data(), nvme.size(), out, sizeof(out)));
+  EXPECT_STREQ(out, "NVMe?Ctrl");
+  std::vector<UINT8> blank(64, ' ');
+  EXPECT_FALSE(DiskModel_FromNvme(blank.data(), blank.size(), out, sizeof(out)));
 }
 
 } // namespace
