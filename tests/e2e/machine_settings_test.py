@@ -2,8 +2,9 @@
 network card beside the boot disk: the boot priority dialog opens on the
 machine's own class order, moving its first row down and saving rewrites
 BootOrder exactly (read back from the variable store file at the reset), and
-the Main page shows the SMBIOS firmware version given on QEMU's command line
-and the installed memory (512 MB).
+PlatformLang becomes "en-US"; the Main page shows the SMBIOS firmware version
+given on QEMU's command line and the installed memory (512 MB), as the
+screendump kept in build/e2e shows.
 
 The expected BootOrder is worked out here from OVMF's option descriptions,
 independently of the platform's device-path classifier."""
@@ -111,6 +112,10 @@ class MachineSettingsTest(harness.QemuTestCase):
         after = ovmf_vars.read_store(vars_file)
         self.assertEqual(ovmf_vars.boot_order(after), expected,
                          f"class order {classes} with the first two swapped")
+        # OVMF starts with PlatformLang "en" and offers "en-US": saving in
+        # English sets it.
+        self.assertEqual(before.get("PlatformLang"), b"en\0")
+        self.assertEqual(after.get("PlatformLang"), b"en-US\0")
 
 
 if __name__ == "__main__":
