@@ -158,6 +158,19 @@ void BootOptions_UnpackOrder(UINT64 Packed, UINT8 Order[kBootClassCount]) {
     if (!Named(Order, n, c)) Order[n++] = c;
 }
 
+UINT64 BootOptions_AbsentLast(UINT64 Packed, bool LanPresent, bool OddPresent) {
+  UINT8 order[kBootClassCount];
+  BootOptions_UnpackOrder(Packed, order);
+  UINT64 packed = 0;
+  UINTN n = 0;
+  for (int absent = 0; absent < 2; ++absent)
+    for (UINT8 c : order) {
+      const bool present = (c != BootClassLan || LanPresent) && (c != BootClassOdd || OddPresent);
+      if (present == (absent == 0)) packed |= static_cast<UINT64>(c + 1) << (4 * n++);
+    }
+  return packed;
+}
+
 void BootOptions_Reorder(const UINT16* Numbers, const UINT8* Classes, UINTN Count, UINT64 Packed,
                          UINT16* Out) {
   if (!Numbers || !Classes || !Out) return;

@@ -53,6 +53,11 @@ UINT64 BootOptions_PackedOrder(const UINT8* Classes, UINTN Count);
 // class order. Always a permutation of the four classes.
 void BootOptions_UnpackOrder(UINT64 Packed, UINT8 Order[kBootClassCount]);
 
+// Packed with the classes the machine lacks (LAN, ODD when not present)
+// moved behind the others, order otherwise kept: the dialog shows only the
+// first positions, which must be classes the machine can boot.
+UINT64 BootOptions_AbsentLast(UINT64 Packed, bool LanPresent, bool OddPresent);
+
 // The new boot order for the class order of Packed: the options of each
 // class in that order, keeping their order inside the class, then the
 // options of no class in their old relative order. Numbers/Classes hold

@@ -218,6 +218,12 @@ void MachineSettings_Save() {
   SaveLanguage();
 }
 
+UINT64 MachineSettings_BootOrderAnswer(UINT64 Stored) {
+  if (!gHasBootOrder) return Stored;
+  return BootOptions_AbsentLast(Stored, Store_Get(kSetting_boot_class_lan_present) != 0,
+                                Store_Get(kSetting_boot_class_odd_present) != 0);
+}
+
 bool MachineSettings_HasBootOrder() {
   return gHasBootOrder;
 }

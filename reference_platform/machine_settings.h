@@ -16,6 +16,11 @@ void MachineSettings_Load();
 // it. A failure is reported on the serial port; the store stays saved.
 void MachineSettings_Save();
 
+// The boot order setting as the service answers it: on a machine with a
+// BootOrder, the classes it has no option of come last (after the defaults
+// are loaded, say); otherwise Stored as it is.
+UINT64 MachineSettings_BootOrderAnswer(UINT64 Stored);
+
 // Whether the machine's BootOrder was read (its options are answered).
 bool MachineSettings_HasBootOrder();
 // The language code written for a stored language (0, 1, 2), and the

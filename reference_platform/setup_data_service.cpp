@@ -160,7 +160,8 @@ UINT64 GetSetting(const OpEntry& Entry, OpCall* Call) {
     WriteTypeWide(StoreType_TEXT, Call->Argument1, reinterpret_cast<UINTN>(text));
     return EFI_SUCCESS;
   }
-  const UINT64 value = Store_Get(Entry.Setting);
+  UINT64 value = Store_Get(Entry.Setting);
+  if (Entry.Setting == kSetting_boot_order) value = MachineSettings_BootOrderAnswer(value);
   WriteTypeWide(info.Type, Call->Argument1, value);
   return value;
 }

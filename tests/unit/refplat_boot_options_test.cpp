@@ -145,6 +145,11 @@ TEST(BootOptionsTest, PackedOrderAndReorderFollowTheClasses) {
     std::sort(sorted.begin(), sorted.end());
     EXPECT_EQ(sorted, std::vector<UINT16>(numbers, numbers + 8)) << packed;
   }
+  // The defaults (HDD/SSD, USB, LAN, ODD) on a machine with an optical
+  // drive and no network boot: ODD takes the third position.
+  EXPECT_EQ(BootOptions_AbsentLast(0x4321, false, true), 0x3421u);
+  EXPECT_EQ(BootOptions_AbsentLast(0x1234, false, false), 0x3412u);
+  EXPECT_EQ(BootOptions_AbsentLast(0x0, true, true), 0x4321u);
   UINT8 order[4];
   BootOptions_UnpackOrder(0x0312, order);
   EXPECT_EQ(std::vector<UINT8>(order, order + 4), (std::vector<UINT8>{1, 0, 2, 3}));
