@@ -1,13 +1,15 @@
 """Settings that act on the machine, on OVMF with a USB stick and a virtio
 network card beside the boot disk: the boot priority dialog opens on the
 machine's own class order, moving its first row down and saving rewrites
-BootOrder exactly (read back from the variable store file at the reset), and
-PlatformLang becomes "en-US"; the Main page shows the SMBIOS firmware version
+BootOrder exactly (read back from the variable store file at the reset), the
+firmware then tries the new first option first, PlatformLang becomes "en-US"; the Main page shows the SMBIOS firmware version
 given on QEMU's command line and the installed memory (512 MB), as the
 screendump kept in build/e2e shows.
 
 The expected BootOrder is worked out here from OVMF's option descriptions,
 independently of the platform's device-path classifier."""
+import re
+import time
 import unittest
 
 import harness
@@ -107,9 +109,19 @@ class MachineSettingsTest(harness.QemuTestCase):
         self.assertEqual(self.press("f10").pixel(300, 700), GREYED, "no save question")
         m.key("ret")
         m.wait_event("RESET", 60)
-        m.stop()
-
         after = ovmf_vars.read_store(vars_file)
+        booted = len(m.serial_text())
+
+        # The firmware's boot manager reports each option it tries on the
+        # serial port: after the reset the first one is the new first.
+        deadline = time.monotonic() + 120
+        while "BdsDxe: " not in m.serial_text()[booted:]:
+            self.assertLess(time.monotonic(), deadline, "the firmware tried no boot option")
+            time.sleep(0.5)
+        tried = re.search(r"BdsDxe: [a-z ]+ Boot([0-9A-F]{4})", m.serial_text()[booted:])
+        m.stop()
+        self.assertIsNotNone(tried, m.serial_text()[booted:])
+        self.assertEqual(int(tried.group(1), 16), expected[0], "the first option booted")
         self.assertEqual(ovmf_vars.boot_order(after), expected,
                          f"class order {classes} with the first two swapped")
         # OVMF starts with PlatformLang "en" and offers "en-US": saving in
