@@ -72,6 +72,14 @@ if(reference_sources)
                         quorvex_platform_lib_reference)
   set_target_properties(QuorvexPlatform PROPERTIES LINK_FLAGS "/entry:QuorvexPlatform_EntryPoint")
   list(APPEND images QuorvexPlatform)
+  # The power-on password driver of the firmware image: the same platform
+  # code, started by the DXE dispatcher instead of the boot manager.
+  add_executable(QuorvexPowerOn)
+  target_link_libraries(QuorvexPowerOn PRIVATE quorvex_reference_objects
+                        quorvex_platform_lib_reference)
+  set_target_properties(QuorvexPowerOn PROPERTIES LINK_FLAGS
+                        "/entry:QuorvexPowerOn_EntryPoint /subsystem:efi_boot_service_driver")
+  list(APPEND images QuorvexPowerOn)
 endif()
 
 # The setup image inside the firmware: the reference platform and the utility
@@ -109,7 +117,9 @@ endif()
 set(QUORVEX_FIRMWARE_DIR ${QUORVEX_SOURCE_DIR}/build/firmware CACHE PATH "Firmware image directory")
 set(QUORVEX_OVMF_CODE /usr/share/OVMF/OVMF_CODE_4M.fd CACHE FILEPATH "Firmware image to start from")
 set(QUORVEX_OVMF_VARS /usr/share/OVMF/OVMF_VARS_4M.fd CACHE FILEPATH "Its variable store")
-if(TARGET QuorvexFirmwareSetup)
+# The power-on driver's file name in the volume (a GUID of its own).
+set(QUORVEX_POWER_ON_DRIVER_GUID 6FDB1405-F188-48EE-8DFA-8A37B0965877)
+if(TARGET QuorvexFirmwareSetup AND TARGET QuorvexPowerOn)
   find_program(QUORVEX_PYTHON NAMES python3 REQUIRED)
   set(firmware_app ${QUORVEX_FIRMWARE_DIR}/QuorvexFirmwareSetup.efi)
   add_custom_command(OUTPUT ${firmware_app}
@@ -119,13 +129,25 @@ if(TARGET QuorvexFirmwareSetup)
     COMMENT "Laying out the firmware's setup image"
     VERBATIM)
   file(GLOB fv_tool CONFIGURE_DEPENDS ${QUORVEX_SOURCE_DIR}/tools/fv/*.py)
+  # The power-on password driver goes into the same volume; it waits for
+  # the variable services (it reads the store when the boot starts).
+  set(power_on_driver ${QUORVEX_FIRMWARE_DIR}/QuorvexPowerOn.efi)
+  add_custom_command(OUTPUT ${power_on_driver}
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${QUORVEX_FIRMWARE_DIR}
+    COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:QuorvexPowerOn> ${power_on_driver}
+    DEPENDS QuorvexPowerOn
+    COMMENT "Laying out the firmware's power-on password driver"
+    VERBATIM)
   add_custom_command(OUTPUT ${QUORVEX_FIRMWARE_DIR}/QUORVEX_CODE.fd
     COMMAND ${QUORVEX_PYTHON} ${QUORVEX_SOURCE_DIR}/tools/make_firmware.py
             --code ${QUORVEX_OVMF_CODE} --app ${firmware_app}
+            --add-driver ${QUORVEX_POWER_ON_DRIVER_GUID}=${power_on_driver}
+            --driver-needs 1E5668E2-8481-11D4-BCF1-0080C73C8881
+            --driver-needs 6441F818-6362-4E44-B570-7DBA31DD2453
             --out ${QUORVEX_FIRMWARE_DIR}/QUORVEX_CODE.fd
             --vars ${QUORVEX_OVMF_VARS} --out-vars ${QUORVEX_FIRMWARE_DIR}/QUORVEX_VARS.fd
-    DEPENDS ${firmware_app} ${QUORVEX_OVMF_CODE} ${QUORVEX_SOURCE_DIR}/tools/make_firmware.py
-            ${fv_tool}
+    DEPENDS ${firmware_app} ${power_on_driver} ${QUORVEX_OVMF_CODE}
+            ${QUORVEX_SOURCE_DIR}/tools/make_firmware.py ${fv_tool}
     COMMENT "Building the firmware image"
     VERBATIM)
   add_custom_target(firmware DEPENDS ${QUORVEX_FIRMWARE_DIR}/QUORVEX_CODE.fd)
@@ -167,6 +189,9 @@ foreach(image IN LISTS images)
     set(objects quorvex_reference_objects quorvex_platform_lib_reference)
   endif()
   set(object_args)
+  if(image STREQUAL QuorvexPowerOn)
+    set(object_args --driver)
+  endif()
   foreach(o IN LISTS objects)
     list(APPEND object_args "$<TARGET_OBJECTS:${o}>")
   endforeach()

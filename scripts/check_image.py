@@ -4,7 +4,7 @@
 Fails when an object carries C++ global constructors (.CRT$XC* sections; no
 C runtime runs them in a UEFI image, so such a global would stay unset), when
 the image has a .CRT section, imports anything, is not an x86-64 EFI
-application, or lacks base relocations while its objects hold absolute
+application (or, with --driver, a boot service driver), or lacks base relocations while its objects hold absolute
 addresses. Prints the image size and its sections.
 """
 import argparse
@@ -43,6 +43,8 @@ def main():
     ap.add_argument("--objdump", default="llvm-objdump")
     ap.add_argument("--readobj", default="llvm-readobj")
     ap.add_argument("--image", required=True)
+    ap.add_argument("--driver", action="store_true",
+                    help="the image is a boot service driver, not an application")
     ap.add_argument("objects", nargs="*")
     args = ap.parse_args()
 
@@ -65,7 +67,10 @@ def main():
                              check=True, capture_output=True, text=True).stdout
     if "IMAGE_FILE_MACHINE_AMD64" not in headers:
         problems.append("image is not x86-64")
-    if "IMAGE_SUBSYSTEM_EFI_APPLICATION" not in headers:
+    if args.driver:
+        if "IMAGE_SUBSYSTEM_EFI_BOOT_SERVICE_DRIVER" not in headers:
+            problems.append("image is not an EFI boot service driver")
+    elif "IMAGE_SUBSYSTEM_EFI_APPLICATION" not in headers:
         problems.append("image is not an EFI application")
     m = re.search(r"ImportTableSize:\s*0x([0-9A-Fa-f]+)", headers)
     if not m or int(m.group(1), 16) != 0 or re.search(r"^\s*Import \{", headers, re.M):

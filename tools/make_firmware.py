@@ -7,7 +7,8 @@ every other file keeps its place.
 
   make_firmware.py --code OVMF_CODE_4M.fd --app Setup.efi --out QUORVEX_CODE.fd
                    [--vars OVMF_VARS_4M.fd --out-vars QUORVEX_VARS.fd (when missing)]
-                   [--add-driver GUID=Driver.efi]... [--front-page GUID]
+                   [--add-driver GUID=Driver.efi]... [--driver-needs PROTOCOL]...
+                   [--front-page GUID]
 """
 import argparse
 import os
@@ -33,7 +34,7 @@ def _compressed_sections(volume):
                 yield from _compressed_sections(s.volume)
 
 
-def build(code, app, front_page=FRONT_PAGE_GUID, drivers=()):
+def build(code, app, front_page=FRONT_PAGE_GUID, drivers=(), needs=()):
     """Returns (new image bytes, report lines). Raises fv.FirmwareError with a
     message naming what is missing or what no longer fits."""
     image = fv.FlashImage.parse(code)
@@ -46,7 +47,7 @@ def build(code, app, front_page=FRONT_PAGE_GUID, drivers=()):
     for guid, pe32 in drivers:
         if volume.find(guid):
             raise fv.FirmwareError(f"the image already has a file {guid}")
-        volume.add_file(fv.driver_file(guid, pe32))
+        volume.add_file(fv.driver_file(guid, pe32, fv.depex(needs)))
     report = [f"front-page file: 0x{before:X} bytes before, 0x{after:X} after",
               f"its volume: 0x{free_before:X} bytes free before, 0x{volume.free_space():X} after"]
     try:
@@ -81,7 +82,10 @@ def main(argv=None):
     ap.add_argument("--out-vars")
     ap.add_argument("--front-page", default=FRONT_PAGE_GUID, help="GUID of the file to replace")
     ap.add_argument("--add-driver", type=_driver_argument, action="append", default=[],
-                    metavar="GUID=FILE", help="add a DXE driver file (always dispatched)")
+                    metavar="GUID=FILE", help="add a DXE driver file")
+    ap.add_argument("--driver-needs", action="append", default=[], metavar="PROTOCOL",
+                    help="a protocol GUID the added drivers wait for (default: none, "
+                         "dispatched at once)")
     args = ap.parse_args(argv)
     try:
         with open(args.code, "rb") as f:
@@ -92,7 +96,9 @@ def main(argv=None):
         for guid, path in args.add_driver:
             with open(path, "rb") as f:
                 drivers.append((guid, f.read()))
-        out, report = build(code, app, args.front_page, drivers)
+        for p in args.driver_needs:
+            fv.guid_bytes(p)
+        out, report = build(code, app, args.front_page, drivers, args.driver_needs)
     except (OSError, fv.FirmwareError) as e:
         print(f"make_firmware: {e}", file=sys.stderr)
         return 1

@@ -1,23 +1,31 @@
 """The firmware image of make firmware, with no disk: left alone it goes on
 to its boot options (OVMF's shell); F2 at power-on opens the setup, whose
 saved settings live in the firmware's variable store across the reset that
-leaving the setup makes. One QEMU serves every check."""
+leaving the setup makes. With a user password saved, the power-on gate
+(the firmware's own driver) asks before the shell starts, once; F2 shows only
+the setup's own gate; three wrong answers power off. One QEMU serves every
+check."""
 import time
 import unittest
 
 import harness
+import password_gate_test
 from exit_flow_test import Layout
 from qemu_machine import utility_drawn
-from screen_checks import TAB_PAGE_FOCUS, TEAL, Region, settle
+from screen_checks import TAB_PAGE_FOCUS, TEAL, Region, gate_shown, settle
 
 NO_VOLUME_NOTICE = "screenshot not saved: no FAT volume to write to"
+USER = "B00tme"
+POWER_ON_ASKED = "Quorvex gate: power-on password asked"
+SETUP_ASKED = "Quorvex gate: password asked before the setup"
 
 
 class FirmwareTest(harness.QemuTestCase):
-    def wait_serial(self, text, timeout, what):
+    def wait_serial(self, text, timeout, what, since=0):
+        """Waits for Text on the serial port, after its first Since characters."""
         deadline = time.monotonic() + timeout
         while time.monotonic() < deadline:
-            if text in self.machine.serial_text():
+            if text in self.machine.serial_text()[since:]:
                 return
             time.sleep(0.5)
         self.fail(f"timed out after {timeout:.0f} s waiting for {what}; serial ends:\n"
@@ -43,7 +51,7 @@ class FirmwareTest(harness.QemuTestCase):
                       else [f"{what}: {img.pixel(*point):06X} at {point}"], what=what)
 
     def test_no_key_boots_on_f2_opens_the_setup_and_keeps_what_it_saved(self):
-        m = self.boot_firmware()
+        m = self.boot_firmware(shutdown_exits=True)
         # No key: the stock boot goes on to the shell (on the serial console too).
         self.wait_serial("Shell>", self.boot_timeout, "the UEFI shell without a key")
         self.assertNotIn("QuorvexPlatform", m.serial_text(), "the setup ran without F2")
@@ -85,6 +93,68 @@ class FirmwareTest(harness.QemuTestCase):
         m.screenshot(self.artefact("_after_reset.png"))
         self.assertEqual(Region(again, *L.lower_logo), fr_logo,
                          "the setup is not in French after the save and reset")
+
+        # A user password (the first row of the Security page), F10, Yes.
+        self.to_security_page()
+        password_gate_test.PasswordGateTest.set_password(self, USER)
+        m.key("f10")
+        m.key("y")
+        m.wait_event("RESET", 90)
+
+        # No key: the power-on gate asks before the shell starts, once; the
+        # right answer lets the boot go on.
+        start = len(m.serial_text())
+        self.wait_serial(POWER_ON_ASKED, self.boot_timeout, "the power-on gate", since=start)
+        m.wait_until(gate_shown, 60, what="the power-on gate drawn")
+        m.screenshot(self.artefact("_power_on_gate.png"))
+        self.assertNotIn("Shell>", m.serial_text()[start:], "the shell started before the gate")
+        password_gate_test.PasswordGateTest.answer(self, USER)
+        self.wait_serial("Shell>", self.boot_timeout, "the shell after the right answer",
+                         since=start)
+        booted = m.serial_text()[start:]
+        self.assertIn("Quorvex gate: user password given", booted)
+        self.assertEqual(booted.count(POWER_ON_ASKED), 1, booted)
+
+        # F2: only the setup's own gate asks; the power-on driver stands aside.
+        m.reset()
+        m.wait_event("RESET", 30)
+        start = len(m.serial_text())
+        deadline = time.monotonic() + self.boot_timeout
+        while SETUP_ASKED not in m.serial_text()[start:] and time.monotonic() < deadline:
+            m.key("f2", gap=0)
+            time.sleep(0.3)
+        m.wait_until(gate_shown, 60, what="the setup's gate drawn")
+        password_gate_test.PasswordGateTest.answer(self, USER)
+        m.wait_until(utility_drawn, self.boot_timeout, what="the setup after its gate")
+        entered = m.serial_text()[start:]
+        self.assertIn("Quorvex power-on: the setup starts; its own gate asks", entered)
+        self.assertNotIn(POWER_ON_ASKED, entered)
+        self.assertEqual(entered.count(SETUP_ASKED), 1, entered)
+
+        # Three wrong answers at the power-on gate power off.
+        m.reset()
+        m.wait_event("RESET", 30)
+        start = len(m.serial_text())
+        self.wait_serial(POWER_ON_ASKED, self.boot_timeout, "the power-on gate again", since=start)
+        m.wait_until(gate_shown, 60, what="the power-on gate drawn again")
+        for text in ("nope", "", "B00tm"):
+            password_gate_test.PasswordGateTest.answer(self, text)
+            if text == "B00tm":
+                break
+            m.wait_until(lambda i: i.pixel(*password_gate_test.NOTICE) ==
+                         password_gate_test.NOTICE_RED, 120, what="Verify error!!")
+            m.key("ret")
+            m.wait_until(lambda i: i.pixel(*password_gate_test.NOTICE) !=
+                         password_gate_test.NOTICE_RED, 60, what="the notice to close")
+        deadline = time.monotonic() + 90
+        while m.running() and time.monotonic() < deadline:
+            time.sleep(0.5)
+        self.assertFalse(m.running(), "QEMU still runs 90 s after the third wrong answer")
+        serial = m.serial_text()
+        self.assertIn("Quorvex gate: too many wrong passwords, powering off", serial[start:])
+        self.assertNotIn("Shell>", serial[start:])
+        for secret in (USER, "nope", "B00tm"):
+            self.assertNotIn(secret, serial)
 
 
 if __name__ == "__main__":

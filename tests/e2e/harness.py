@@ -60,14 +60,16 @@ class QemuTestCase(unittest.TestCase):
             self.machine.wait_until_drawn(self.boot_timeout)
         return self.machine
 
-    def boot_firmware(self):
+    def boot_firmware(self, shutdown_exits=False):
         """Starts QEMU on the firmware image of make firmware, with no disk
-        and a fresh copy of the stock variable store; returns at once."""
+        and a fresh copy of the stock variable store; returns at once. With
+        shutdown_exits, a power-off by the guest ends QEMU."""
         code = os.path.join(FIRMWARE, "QUORVEX_CODE.fd")
         if not os.path.isfile(code):
             self.fail(f"no firmware image at {code}: run make firmware")
         self.machine = Machine(None, WORK, display="none", serial_log=self.artefact(".serial.log"),
-                               firmware_code=code, vars_template=OVMF_VARS_4M)
+                               firmware_code=code, vars_template=OVMF_VARS_4M,
+                               shutdown_exits=shutdown_exits)
         self.machine.start()
         self.addCleanup(self._stop_machine)
         return self.machine

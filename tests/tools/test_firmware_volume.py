@@ -59,7 +59,9 @@ class StockImageTest(unittest.TestCase):
         before = placed_files(fv.FlashImage.parse(self.stock))
         old = fv.FlashImage.parse(self.stock).volume_holding(FRONT_PAGE)
         old_offset = next(o for o, f in old.entries if fv.guid_text(f.name) == FRONT_PAGE)
-        out, report = make_firmware.build(self.stock, app, drivers=[(DRIVER, driver)])
+        needs = ["1E5668E2-8481-11D4-BCF1-0080C73C8881", "6441F818-6362-4E44-B570-7DBA31DD2453"]
+        out, report = make_firmware.build(self.stock, app, drivers=[(DRIVER, driver)],
+                                          needs=needs)
         self.assertEqual(len(out), len(self.stock))
         self.assertIn("front-page file", report[0])
 
@@ -84,7 +86,12 @@ class StockImageTest(unittest.TestCase):
         added = image.find(DRIVER)
         self.assertEqual(added.type, fv.FILETYPE_DRIVER)
         self.assertEqual(added.section(fv.SECTION_PE32).data, driver)
-        self.assertEqual(added.section(fv.SECTION_DXE_DEPEX).data, fv.depex())
+        # PUSH guid, PUSH guid, AND, END; a GUID in its mixed-endian layout.
+        depex = added.section(fv.SECTION_DXE_DEPEX).data
+        self.assertEqual(len(depex), 2 * 17 + 2)
+        self.assertEqual((depex[0], depex[17], depex[34:]), (0x02, 0x02, b"\x03\x08"))
+        self.assertEqual(depex[1:5], bytes.fromhex("E268561E"))
+        self.assertEqual(depex[18 + 8:34], bytes.fromhex("B5707DBA31DD2453"))
         self.assertGreater(after[DRIVER][0], after[FRONT_PAGE][0], "placed in the free space")
 
     def test_refuses_what_it_cannot_do_and_says_what(self):
