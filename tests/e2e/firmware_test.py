@@ -115,7 +115,9 @@ class FirmwareTest(harness.QemuTestCase):
         self.assertIn("Quorvex gate: user password given", booted)
         self.assertEqual(booted.count(POWER_ON_ASKED), 1, booted)
 
-        # F2: only the setup's own gate asks; the power-on driver stands aside.
+        # F2: only the setup's own gate asks. OVMF starts its front page (our
+        # setup) as the boot manager menu, without ready-to-boot; elsewhere
+        # the power-on driver stands aside for it (unit tests).
         m.reset()
         m.wait_event("RESET", 30)
         start = len(m.serial_text())
@@ -127,7 +129,6 @@ class FirmwareTest(harness.QemuTestCase):
         password_gate_test.PasswordGateTest.answer(self, USER)
         m.wait_until(utility_drawn, self.boot_timeout, what="the setup after its gate")
         entered = m.serial_text()[start:]
-        self.assertIn("Quorvex power-on: the setup starts; its own gate asks", entered)
         self.assertNotIn(POWER_ON_ASKED, entered)
         self.assertEqual(entered.count(SETUP_ASKED), 1, entered)
 
