@@ -18,6 +18,7 @@ NO_VOLUME_NOTICE = "screenshot not saved: no FAT volume to write to"
 USER = "B00tme"
 POWER_ON_ASKED = "Quorvex gate: power-on password asked"
 SETUP_ASKED = "Quorvex gate: password asked before the setup"
+TOUCH_ENTER = (711, 634)  # the gate's on-screen Enter key at 1024 x 768
 
 
 class FirmwareTest(harness.QemuTestCase):
@@ -132,19 +133,29 @@ class FirmwareTest(harness.QemuTestCase):
         self.assertNotIn(POWER_ON_ASKED, entered)
         self.assertEqual(entered.count(SETUP_ASKED), 1, entered)
 
-        # Three wrong answers at the power-on gate power off.
+        # Three wrong answers at the power-on gate power off. The empty one
+        # is given by touch alone (Enter on the on-screen keyboard, a tap to
+        # close the notice): the driver starts the platform's USB pointer
+        # driver for its gate.
         m.reset()
         m.wait_event("RESET", 30)
         start = len(m.serial_text())
         self.wait_serial(POWER_ON_ASKED, self.boot_timeout, "the power-on gate again", since=start)
         m.wait_until(gate_shown, 60, what="the power-on gate drawn again")
         for text in ("nope", "", "B00tm"):
-            password_gate_test.PasswordGateTest.answer(self, text)
+            if text:
+                password_gate_test.PasswordGateTest.answer(self, text)
+            else:
+                m.click(*TOUCH_ENTER)
             if text == "B00tm":
                 break
             m.wait_until(lambda i: i.pixel(*password_gate_test.NOTICE) ==
                          password_gate_test.NOTICE_RED, 120, what="Verify error!!")
-            m.key("ret")
+            if text:
+                m.screenshot(self.artefact("_power_on_wrong.png"))
+                m.key("ret")
+            else:
+                m.click(*TOUCH_ENTER)
             m.wait_until(lambda i: i.pixel(*password_gate_test.NOTICE) !=
                          password_gate_test.NOTICE_RED, 60, what="the notice to close")
         deadline = time.monotonic() + 90
