@@ -5,6 +5,7 @@
 #pragma once
 
 #include "platform/efi.h"
+#include "setup_data/page_state.h"
 #include "setup_data/setup_item.h"
 
 // ---- Tab column -------------------------------------------------------------
@@ -37,8 +38,8 @@ struct PageView {
   SetupItem* Items;
   const UINT64* Count;
   UINT32 Tab;
-  UINT32 TabState;    // PageState with the tab highlighted
-  UINT32 InsideState; // PageState while the items have the focus
+  PageStateValue TabState;    // PageState with the tab highlighted
+  PageStateValue InsideState; // PageState while the items have the focus
   // Brings option texts and dependent rows up to date before a draw; may be
   // null.
   void (*BeforeDraw)();
