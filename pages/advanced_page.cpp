@@ -242,7 +242,7 @@ void Quorvex_AdvancedPage_Enter() {
   Quorvex_Page_KeyLoop(kAdvancedPageView, PageLoopHooks{});
 }
 
-EFI_STATUS Quorvex_AdvancedPage_MouseClick(INT64, INT64) {
+EFI_STATUS Quorvex_AdvancedPage_MouseClick() {
   // The Advanced tab while the sub-page is shown keeps the sub-page.
   if (!Quorvex_PointerBusy() && Quorvex_Page_InTabStrip() && Quorvex_Page_OnTab(kTabAdvanced) &&
       (PageState == kStateAdvancedSubPage || PageState == kStateAdvancedSubPageTab)) {

@@ -126,7 +126,7 @@ void Quorvex_ExitPage_Init() {
 
 // The access level: 0 with supervisor access; otherwise 1, 2 or 3 by the
 // BIOS access rights; 3 whenever the platform's restriction holds.
-void Quorvex_ExitPage_Init2() {
+void Quorvex_ExitPage_SetAccessLevel() {
   if (SetupData_ReadValue_supervisor_access() == 1) {
     AccessLevel = 0;
   } else {
@@ -167,15 +167,13 @@ void Quorvex_ExitPage_Enter() {
   Quorvex_Page_KeyLoop(kExitPageView, PageLoopHooks{});
 }
 
-// The first handler of the chain: the message windows that F1, F9, F10 and
-// Esc open over every page.
-EFI_STATUS Quorvex_ExitPage_MouseClick(INT64, INT64) {
+EFI_STATUS Quorvex_MessageWindows_Click() {
   if (Quorvex_ChoiceWindow_Click() == EFI_SUCCESS) return EFI_SUCCESS;
   return Quorvex_GeneralHelp_Click();
 }
 
 // The page's own tab and items.
-EFI_STATUS Quorvex_ExitPage_MouseClick2(INT64, INT64) {
+EFI_STATUS Quorvex_ExitPage_MouseClick() {
   return Quorvex_Page_Click(
       kExitPageView,
       {Quorvex_ExitPageSelected_Draw, Quorvex_ExitPageNotSelected_Draw, nullptr, nullptr, nullptr});

@@ -288,7 +288,7 @@ void Quorvex_SecurityPage_Enter() {
   Quorvex_Page_KeyLoop(kSecurityPageView, hooks);
 }
 
-EFI_STATUS Quorvex_SecurityPage_MouseClick(INT64, INT64) {
+EFI_STATUS Quorvex_SecurityPage_MouseClick() {
   if (Quorvex_SecurityPage_DialogClick() == EFI_SUCCESS) return EFI_SUCCESS;
   return Quorvex_Page_Click(kSecurityPageView, {Quorvex_SecurityPageSelected_Draw,
                                                 Quorvex_SecurityPageNotSelected_Draw, nullptr,
