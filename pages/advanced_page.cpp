@@ -61,9 +61,7 @@ void ReadFlag(bool* Flag, UINT64 (*Get)(UINT8*)) {
 
 // Runs the sub-page with the System Configuration row as the focused row.
 void EnterSubPage() {
-  const UINT64 old = SelectedIndex(AdvancedPageItems, AdvancedPageItemCount);
-  if (old < AdvancedPageItemCount) Row(old).Selected = 0;
-  Row(AdvancedRowSystemConfiguration).Selected = 1;
+  Quorvex_Page_SelectRow(AdvancedPageItems, AdvancedPageItemCount, AdvancedRowSystemConfiguration);
   PageState = kStateAdvancedSubPage;
   Quorvex_SystemConfigurationPage_Enter();
 }

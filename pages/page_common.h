@@ -32,6 +32,8 @@ void Quorvex_Pages_ForgetModalState();
 // Runs the Action of the selected row with ActionBusy set, then redraws the
 // help bar.
 void ActivateSelected(SetupItem* Items, UINT64 Count);
+// Makes Row the only selected row of Items.
+void Quorvex_Page_SelectRow(SetupItem* Items, UINT64 Count, UINT64 Row);
 
 // ---- A page's items ---------------------------------------------------------
 struct PageView {
@@ -104,6 +106,10 @@ struct PageLoopHooks {
   // draw.
   void (*Leave)();
 };
+// Enter on the selected row (or a click on it): Activate, or the row's own
+// action when null, then AfterActivate (may be null), then the list drawn
+// again while the page keeps the focus.
+void Quorvex_Page_RunSelected(const PageView& View, void (*Activate)(), void (*AfterActivate)());
 // Runs the item loop while PageState is the view's InsideState.
 void Quorvex_Page_KeyLoop(const PageView& View, const PageLoopHooks& Hooks);
 
