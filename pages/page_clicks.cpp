@@ -110,15 +110,17 @@ EFI_STATUS Quorvex_Page_DropDownClick(const PageView& View) {
   if (row >= count) return EFI_ABORTED;
   SetupItem& item = items[row];
   if (item.Kind != ItemDropDown || !ItemListOpen(item)) return EFI_ABORTED;
-  const UINT64 top = Quorvex_Item_Top(items, count, row) + item.Height;
-  if (top < 17 || top - 17 >= ScreenHeight) return EFI_ABORTED;
-  const UINT64 first = top - 17;
+  const UINT64 top = Quorvex_Item_Top(items, count, row);
+  // A list that would hang above or below the screen takes no click.
+  const ScreenRect first =
+      Quorvex_DropDown_OptionRect(Quorvex_Item_Left(), top, item.Width, item.Height, 0);
+  if (top + item.Height < 17 || first.Y >= ScreenHeight) return EFI_ABORTED;
   const UINT64 options = Quorvex_OptionCount(item.Options);
-  const UINT64 width = item.Width > 30 ? item.Width - 30 : 0;
   bool hit = false;
   for (UINT64 k = 0; k < options; ++k) {
-    if (Quorvex_PointInRect(ScreenWidth / 4 + 80, first + k * GlyphLineHeight, width,
-                            GlyphLineHeight)) {
+    const ScreenRect r =
+        Quorvex_DropDown_OptionRect(Quorvex_Item_Left(), top, item.Width, item.Height, k);
+    if (Quorvex_PointInRect(r.X, r.Y, r.Width, r.Height)) {
       item.Data = k;
       hit = true;
       break;
