@@ -209,7 +209,6 @@ void Quorvex_MainPage_Init() {
     SetupData_Get_french_available(&FrenchAvailable);
     BuildLanguageList();
   }
-  Quorvex_HelpBar_Draw();
 
   Quorvex_Page_HideAbsent(MainPageItems, MainPageItemCount);
 

@@ -1,6 +1,7 @@
 // The page table and the orders derived from it.
 #include "pages/page_table.h"
 
+#include "graphics/background.h"
 #include "pages/boot_order.h"
 #include "pages/pages.h"
 #include "pages/sysconfig_page.h"
@@ -164,6 +165,9 @@ void Quorvex_Pages_PrepareAll() {
 
 void Quorvex_Pages_SetUpAll() {
   Run(kSetUpOrder);
+  // The help bar was drawn with the background, before the stored language
+  // was read.
+  Quorvex_HelpBar_Draw();
 }
 
 void Quorvex_Pages_LayOutAll() {

@@ -47,7 +47,9 @@ const PageRow& Quorvex_PageTable_TabRow(UINT32 Tab);
 const PageRow* Quorvex_PageTable_TabStateRow(PageStateValue State);
 const PageRow* Quorvex_PageTable_InsideStateRow(PageStateValue State);
 
-// The fixed orders of start-up, saving and reloading, over the table.
+// The fixed orders of start-up, saving and reloading. Set-up only reads the
+// settings into the records; SetUpAll then draws the help bar again in the
+// stored language.
 void Quorvex_Pages_PrepareAll();
 void Quorvex_Pages_SetUpAll();
 void Quorvex_Pages_LayOutAll();
