@@ -12,9 +12,18 @@ struct ItemSize {
 };
 
 class ItemRow {
+  // A copy with one field changed. It stands before its callers: clang
+  // folds a table's rows at build time only with it defined by then, and
+  // would otherwise give the table a global constructor.
+  template <typename Field, typename New>
+  constexpr ItemRow With(Field SetupItem::*Which, New Set) const {
+    ItemRow row = *this;
+    row.Item.*Which = Set;
+    return row;
+  }
+
 public:
-  constexpr ItemRow(ItemKind Kind, const CHAR16* Label, ItemSize Size)
-      : Item{} {
+  constexpr ItemRow(ItemKind Kind, const CHAR16* Label, ItemSize Size) : Item{} {
     Item.Present = 1;
     Item.Kind = Kind;
     Item.Width = Size.Width;
@@ -23,47 +32,17 @@ public:
     Item.Label = Label;
   }
 
-  constexpr ItemRow Help(const CHAR16* Text) const {
-    ItemRow row = *this;
-    row.Item.Help = Text;
-    return row;
-  }
-  constexpr ItemRow Action(ItemAction Routine) const {
-    ItemRow row = *this;
-    row.Item.Action = Routine;
-    return row;
-  }
-  constexpr ItemRow Data(UINT64 Word) const {
-    ItemRow row = *this;
-    row.Item.Data = Word;
-    return row;
-  }
-  constexpr ItemRow Value(UINT64 Word) const {
-    ItemRow row = *this;
-    row.Item.Value = Word;
-    return row;
-  }
+  constexpr ItemRow Help(const CHAR16* Text) const { return With(&SetupItem::Help, Text); }
+  constexpr ItemRow Action(ItemAction Routine) const { return With(&SetupItem::Action, Routine); }
+  constexpr ItemRow Data(UINT64 Word) const { return With(&SetupItem::Data, Word); }
+  constexpr ItemRow Value(UINT64 Word) const { return With(&SetupItem::Value, Word); }
   constexpr ItemRow Options(const CHAR16* const* Texts) const {
-    ItemRow row = *this;
-    row.Item.Options = Texts;
-    return row;
+    return With(&SetupItem::Options, Texts);
   }
   // The row holding the focus when the page is first entered.
-  constexpr ItemRow Focused() const {
-    ItemRow row = *this;
-    row.Item.Selected = 1;
-    return row;
-  }
-  constexpr ItemRow Greyed() const {
-    ItemRow row = *this;
-    row.Item.GreyedOut = 1;
-    return row;
-  }
-  constexpr ItemRow Hidden() const {
-    ItemRow row = *this;
-    row.Item.Hidden = 1;
-    return row;
-  }
+  constexpr ItemRow Focused() const { return With(&SetupItem::Selected, UINT8{1}); }
+  constexpr ItemRow Greyed() const { return With(&SetupItem::GreyedOut, UINT8{1}); }
+  constexpr ItemRow Hidden() const { return With(&SetupItem::Hidden, UINT8{1}); }
 
   constexpr operator SetupItem() const { return Item; }
 
