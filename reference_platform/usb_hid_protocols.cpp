@@ -11,6 +11,21 @@ namespace {
 // Mice without a physical extent: counts per millimetre (about 400 dpi).
 constexpr UINT64 kDefaultMouseResolution = 16;
 
+// The TPL that keeps an unplugged device from being released meanwhile,
+// raised for the life of the guard.
+class NotifyTpl {
+public:
+  NotifyTpl() : Old(PlatformBootServices->RaiseTPL(TPL_NOTIFY)) {}
+  ~NotifyTpl() { PlatformBootServices->RestoreTPL(Old); }
+  NotifyTpl(const NotifyTpl&) = delete;
+  NotifyTpl& operator=(const NotifyTpl&) = delete;
+
+private:
+  EFI_TPL Old;
+};
+
+// The live device whose protocol This is, or null: a caller may hold on to a
+// protocol whose device has gone. Called at the notify TPL.
 Device* FindSimple(EFI_SIMPLE_POINTER_PROTOCOL* This) {
   for (UINTN i = 0; i < DeviceCount; ++i)
     if (&Devices[i]->Simple == This) return Devices[i];
@@ -23,75 +38,59 @@ Device* FindAbsolute(EFI_ABSOLUTE_POINTER_PROTOCOL* This) {
   return nullptr;
 }
 
-// Protocol functions: This is looked up among the live devices (at the TPL
-// that keeps an unplugged device from being released meanwhile) before
-// anything is read through it: a caller may hold on to a protocol whose
-// device has gone.
+// Forgets what the device gathered since GetState last handed it out.
+void Forget(Device* D) {
+  D->PressedSinceRead = 0;
+  D->Changed = false;
+}
+
 EFI_STATUS EFIAPI SimpleReset(EFI_SIMPLE_POINTER_PROTOCOL* This, BOOLEAN) {
-  const EFI_TPL old = PlatformBootServices->RaiseTPL(TPL_NOTIFY);
+  NotifyTpl raised;
   Device* d = FindSimple(This);
-  if (d == nullptr) {
-    PlatformBootServices->RestoreTPL(old);
-    return EFI_INVALID_PARAMETER;
-  }
+  if (d == nullptr) return EFI_INVALID_PARAMETER;
   d->SimpleState = {};
-  d->PressedSinceRead = 0;
-  d->Changed = false;
-  PlatformBootServices->RestoreTPL(old);
+  Forget(d);
   return EFI_SUCCESS;
 }
 
 EFI_STATUS EFIAPI SimpleGetState(EFI_SIMPLE_POINTER_PROTOCOL* This,
                                  EFI_SIMPLE_POINTER_STATE* State) {
   if (State == nullptr) return EFI_INVALID_PARAMETER;
-  const EFI_TPL old = PlatformBootServices->RaiseTPL(TPL_NOTIFY);
+  NotifyTpl raised;
   Device* d = FindSimple(This);
-  EFI_STATUS status = d == nullptr ? EFI_INVALID_PARAMETER : EFI_NOT_READY;
-  if (d != nullptr && d->Changed) {
-    *State = d->SimpleState;
-    if ((d->PressedSinceRead & 1) != 0) State->LeftButton = 1;
-    if ((d->PressedSinceRead & 2) != 0) State->RightButton = 1;
-    d->PressedSinceRead = 0;
-    // Movement is reported once; the buttons stay as they are.
-    d->SimpleState.RelativeMovementX = 0;
-    d->SimpleState.RelativeMovementY = 0;
-    d->SimpleState.RelativeMovementZ = 0;
-    d->Changed = false;
-    status = EFI_SUCCESS;
-  }
-  PlatformBootServices->RestoreTPL(old);
-  return status;
+  if (d == nullptr) return EFI_INVALID_PARAMETER;
+  if (!d->Changed) return EFI_NOT_READY;
+  *State = d->SimpleState;
+  if ((d->PressedSinceRead & 1) != 0) State->LeftButton = 1;
+  if ((d->PressedSinceRead & 2) != 0) State->RightButton = 1;
+  // Movement is reported once; the buttons stay as they are.
+  d->SimpleState.RelativeMovementX = 0;
+  d->SimpleState.RelativeMovementY = 0;
+  d->SimpleState.RelativeMovementZ = 0;
+  Forget(d);
+  return EFI_SUCCESS;
 }
 
 EFI_STATUS EFIAPI AbsoluteReset(EFI_ABSOLUTE_POINTER_PROTOCOL* This, BOOLEAN) {
-  const EFI_TPL old = PlatformBootServices->RaiseTPL(TPL_NOTIFY);
+  NotifyTpl raised;
   Device* d = FindAbsolute(This);
-  if (d == nullptr) {
-    PlatformBootServices->RestoreTPL(old);
-    return EFI_INVALID_PARAMETER;
-  }
+  if (d == nullptr) return EFI_INVALID_PARAMETER;
   d->AbsoluteState = {};
-  d->PressedSinceRead = 0;
-  d->Changed = false;
-  PlatformBootServices->RestoreTPL(old);
+  Forget(d);
   return EFI_SUCCESS;
 }
 
 EFI_STATUS EFIAPI AbsoluteGetState(EFI_ABSOLUTE_POINTER_PROTOCOL* This,
                                    EFI_ABSOLUTE_POINTER_STATE* State) {
   if (State == nullptr) return EFI_INVALID_PARAMETER;
-  const EFI_TPL old = PlatformBootServices->RaiseTPL(TPL_NOTIFY);
+  NotifyTpl raised;
   Device* d = FindAbsolute(This);
-  EFI_STATUS status = d == nullptr ? EFI_INVALID_PARAMETER : EFI_NOT_READY;
-  if (d != nullptr && d->Changed) {
-    *State = d->AbsoluteState;
-    State->ActiveButtons |= d->PressedSinceRead;
-    d->PressedSinceRead = 0;
-    d->Changed = false;
-    status = EFI_SUCCESS;
-  }
-  PlatformBootServices->RestoreTPL(old);
-  return status;
+  if (d == nullptr) return EFI_INVALID_PARAMETER;
+  if (!d->Changed) return EFI_NOT_READY;
+  *State = d->AbsoluteState;
+  State->ActiveButtons |= d->PressedSinceRead;
+  Forget(d);
+  return EFI_SUCCESS;
 }
 
 } // namespace
