@@ -49,6 +49,7 @@
 // The boot volume served from the output directory (screenshots).
 #include "host/fake_volume.h"
 #include "reference_platform/reference_platform.h"
+#include "reference_platform/store.h"
 
 namespace {
 
