@@ -4,6 +4,9 @@
 #
 #   make build                 everything: UEFI images, build/esp, simulator, tests
 #   make esp                   build/esp (EFI/BOOT/BOOTX64.EFI + QuorvexSetup.efi)
+#   make esp SIGN_KEY=k.pem SIGN_CERT=c.pem
+#                              the same, every image signed for Secure Boot (sbsign)
+#                              and checked (sbverify); also for make image
 #   make image                 build/quorvex.img: a GPT disk image holding the ESP
 #                              (boots in QEMU as a disk; can be written to a USB stick)
 #   make run [SCREENSHOT=f]    boot build/esp in QEMU (window, or VNC without a display);
@@ -61,7 +64,10 @@ uefi: generated
 	    -DQUORVEX_ESP_DIR=$(ESP_DIR) $(CMAKE_ARGS)
 	@cmake --build $(UEFI_DIR) -j $(JOBS)
 
+# With SIGN_KEY and SIGN_CERT every image laid out is signed and verified
+# (scripts/sign-efi, the one signing step of every target that lays out images).
 esp: uefi
+	@$(if $(SIGN_KEY)$(SIGN_CERT),$(ROOT)/scripts/sign-efi --key "$(SIGN_KEY)" --cert "$(SIGN_CERT)" $(ESP_DIR))
 
 image: esp
 	@$(ROOT)/scripts/deps run

@@ -15,6 +15,7 @@
 #include "pages/page_common.h"
 #include "pages/password_dialog.h"
 #include "pages/pages.h"
+#include "pages/secure_boot_item.h"
 #include "setup_data/security_page_table.h"
 #include "setup_data/setup_data_wrappers.h"
 #include "setup_data/sysconfig_page_table.h"
@@ -145,6 +146,7 @@ void Quorvex_SecurityPage_Prepare() {
 }
 
 void Quorvex_SecurityPage_Init() {
+  Quorvex_SecureBootItem_ReadPresence();
   Quorvex_Page_HideAbsent(SecurityPageItems, SecurityPageItemCount);
   Quorvex_SecurityPage_LoadValues();
   UserOnlyAtStart =
@@ -258,9 +260,7 @@ void Quorvex_SecurityPage_Store() {
   if (Row(SecurityRowMode).Present != 0) {
     SetupData_Set_hdd_password_mode(Row(SecurityRowMode).Data);
   }
-  if (Row(SecurityRowSecureBoot).Present != 0) {
-    SetupData_Set_secure_boot(ItemState(Row(SecurityRowSecureBoot)));
-  }
+  Quorvex_SecureBootItem_Store();
   if (Row(SecurityRowTpm).Present != 0) SetupData_Set_tpm(ItemState(Row(SecurityRowTpm)));
   if (Row(SecurityRowBootMenu).Present != 0) {
     SetupData_Set_boot_menu(ItemState(Row(SecurityRowBootMenu)));
@@ -299,4 +299,5 @@ void Quorvex_SecurityPage_Reset() {
   PasswordDeletedFlag = 0;
   UserOnlyAtStart = 0;
   VerifyFailCount = 0;
+  Quorvex_SecureBootItem_Reset();
 }

@@ -8,6 +8,7 @@
 #include "reference_platform/image_display.h"
 #include "reference_platform/platform_context.h"
 #include "reference_platform/platform_service.h"
+#include "reference_platform/secure_boot.h"
 #include "reference_platform/reference_platform.h"
 #include "reference_platform/serial.h"
 #include "reference_platform/setup_data_service.h"
@@ -213,6 +214,8 @@ extern "C" EFI_STATUS EFIAPI QuorvexPlatform_EntryPoint(EFI_HANDLE ImageHandle,
   Quorvex_Lib_Init(ImageHandle, SystemTable);
   Platform_BindFirmware(ImageHandle, SystemTable);
   Store_Load();
+  SecureBoot_Probe();
+  SecureBoot_ClearKeysIfRequested();
   InstallServices();
   if (PlatformStartHook) PlatformStartHook();
   UsbHidPointer_Start(ImageHandle);

@@ -20,6 +20,10 @@ from qmp import Qmp
 OVMF_DIR = "/usr/share/OVMF"
 OVMF_CODE = os.path.join(OVMF_DIR, "OVMF_CODE.fd")
 OVMF_VARS = os.path.join(OVMF_DIR, "OVMF_VARS.fd")
+# Secure Boot: the SMM build of OVMF with Debian's test keys enrolled
+# (the matching key and certificate are /usr/share/ovmf/PkKek-1-snakeoil.*).
+OVMF_SECBOOT_CODE = os.path.join(OVMF_DIR, "OVMF_CODE_4M.secboot.fd")
+OVMF_SNAKEOIL_VARS = os.path.join(OVMF_DIR, "OVMF_VARS_4M.snakeoil.fd")
 
 PAGE_COLOUR = 0xEBF1FA
 RIGHT_COLUMN_COLOUR = 0xD8E1F2
@@ -66,11 +70,16 @@ def utility_drawn(img):
 class Machine:
     def __init__(self, esp, work_dir, display="none", vars_file=None, keep_vars=False,
                  serial_log=None, shutdown_exits=False, memory_mb=512, extra_args=(),
-                 pointers=("tablet",), image=None, image_writable=False):
+                 pointers=("tablet",), image=None, image_writable=False, secure_boot=False,
+                 accel=None):
         """display: "none" (headless), "vnc" (127.0.0.1), or "window".
         pointers: the USB pointing devices, "tablet" and/or "mouse".
         image: a raw disk image to boot instead of the ESP directory; its
-        writes are dropped unless image_writable."""
+        writes are dropped unless image_writable.
+        secure_boot: OVMF's Secure Boot build with SMM and the snakeoil keys
+        enrolled (a fresh variable store starts with Secure Boot enforced).
+        accel: the accelerator, default accelerator() (SMM needs TCG where
+        KVM runs nested)."""
         self.esp = os.path.abspath(esp)
         self.image = os.path.abspath(image) if image else None
         self.image_writable = image_writable
@@ -85,6 +94,10 @@ class Machine:
         self.shutdown_exits = shutdown_exits
         self.memory_mb = memory_mb
         self.extra_args = list(extra_args)
+        self.secure_boot = secure_boot
+        self.accel = accel or accelerator()
+        self.code_file = OVMF_SECBOOT_CODE if secure_boot else OVMF_CODE
+        self.vars_template = OVMF_SNAKEOIL_VARS if secure_boot else OVMF_VARS
         self.process = None
         self.qmp = None
         self.vnc_display = None
@@ -108,11 +121,15 @@ class Machine:
             if p not in ("tablet", "mouse"):
                 raise MachineError(f"unknown pointer {p!r} (tablet or mouse)")
             pointer_devices += ["-device", f"usb-{p},bus=xhci.0"]
-        args = ["qemu-system-x86_64", "-machine", "q35", "-m", str(self.memory_mb),
+        machine = "q35,smm=on" if self.secure_boot else "q35"
+        args = ["qemu-system-x86_64", "-machine", machine, "-m", str(self.memory_mb),
                 "-nodefaults", "-no-user-config"]
-        args += ["-accel", accelerator()]
+        args += ["-accel", self.accel]
+        if self.secure_boot:
+            # Only SMM code may write the variable store's flash.
+            args += ["-global", "driver=cfi.pflash01,property=secure,value=on"]
         args += [
-            "-drive", f"if=pflash,format=raw,unit=0,readonly=on,file={OVMF_CODE}",
+            "-drive", f"if=pflash,format=raw,unit=0,readonly=on,file={self.code_file}",
             "-drive", f"if=pflash,format=raw,unit=1,file={self.vars_file}",
             "-vga", "none", "-device", "ramfb",
             "-device", "qemu-xhci,id=xhci",
@@ -137,7 +154,7 @@ class Machine:
 
     def start(self, timeout=30.0):
         if not (os.path.isfile(self.vars_file) and self.keep_vars):
-            shutil.copyfile(OVMF_VARS, self.vars_file)
+            shutil.copyfile(self.vars_template, self.vars_file)
         args = self.command_line()
         self.stderr = open(os.path.join(self.work_dir, "qemu.stderr"), "w")
         self.process = subprocess.Popen(args, stdin=subprocess.DEVNULL, stdout=self.stderr,
