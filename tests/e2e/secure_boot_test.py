@@ -35,6 +35,9 @@ SIM = os.path.join(harness.ROOT, "build", "host", "quorvex-sim")
 # while the focus is on the "  User" row above.
 SECURE_BOOT_ROW = (266, 380, 492, 60)
 DOWNS_TO_SECURE_BOOT = 4
+# Below the items: page colour unless a window greys the screen out.
+PAGE_PROBE = (300, 700)
+PAGE = 0xEBF1FA
 PASSWORD = "sb4clear"
 
 
@@ -91,6 +94,9 @@ class SecureBootTest(harness.QemuTestCase):
             time.sleep(0.2)
         return settle(self.machine, what=f"the screen after {key}")
 
+    def wait_for(self, what, condition):
+        return settle(self.machine, lambda img: [] if condition(img) else [what], what=what)
+
     def sim_row(self, state):
         """The Secure Boot row as the simulator draws it for a firmware state."""
         out = os.path.join(self.folder, f"sim-{state}")
@@ -142,10 +148,13 @@ class SecureBootTest(harness.QemuTestCase):
         for _ in range(2):  # new, confirm
             m.type_text(PASSWORD)
             self.press("ret")
+        self.wait_for("the password window to close", lambda img: img.pixel(*PAGE_PROBE) == PAGE)
         self.press("down", DOWNS_TO_SECURE_BOOT)  # from Supervisor past Secure Boot
-        img = self.press("ret")  # "Clear Secure Boot keys": the question
+        m.key("ret")  # "Clear Secure Boot keys": the question
+        self.wait_for("the question", lambda img: img.pixel(*PAGE_PROBE) != PAGE)
         m.screenshot(self.artefact(".clear-question.png"))
-        self.press("ret")  # Yes
+        m.key("ret")  # Yes
+        self.wait_for("the question to close", lambda img: img.pixel(*PAGE_PROBE) == PAGE)
         self.press("f10")
         m.key("ret")
         m.wait_event("RESET", 60)

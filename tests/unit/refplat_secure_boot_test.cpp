@@ -95,8 +95,8 @@ TEST_F(RefPlatSecureBootTest, WithoutFirmwareSecureBootTheItemIsAbsentOrStored) 
   // A SetupMode of the wrong size is no Secure Boot firmware either.
   fake::ModelSecureBoot({fake::SecureBootState::None});
   const UINT8 two[2] = {1, 1};
-  RuntimeServices()->SetVariable(u"SetupMode", &kGlobalVariableGuid,
-                                 EFI_VARIABLE_BOOTSERVICE_ACCESS, sizeof(two), two);
+  fake::RuntimeServices()->SetVariable(u"SetupMode", &kGlobalVariableGuid,
+                                       EFI_VARIABLE_BOOTSERVICE_ACCESS, sizeof(two), two);
   SecureBootStoreFallback = false;
   SecureBoot_Probe();
   EXPECT_EQ(SecureBoot_Backing(), SecureBootAbsent);
