@@ -183,6 +183,7 @@ void Quorvex_ExitPage_Enter() {
 // Esc open over every page.
 EFI_STATUS Quorvex_ExitPage_MouseClick(INT64, INT64) {
   if (Quorvex_ChoiceWindow_Click() == EFI_SUCCESS) return EFI_SUCCESS;
+  if (Quorvex_SecureBootItem_Click() == EFI_SUCCESS) return EFI_SUCCESS;
   return Quorvex_GeneralHelp_Click();
 }
 

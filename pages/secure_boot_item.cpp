@@ -10,6 +10,7 @@
 namespace {
 
 constinit UINT8 gRefused = 0;
+constinit UINT8 gShowing = 0; // the refusal's message box is open
 
 } // namespace
 
@@ -37,7 +38,7 @@ bool Quorvex_SecureBootItem_ReportRefusal() {
   if (gRefused == 0) return false;
   gRefused = 0;
   {
-    ModalScope modal;
+    ModalScope modal(&gShowing);
     Quorvex_SecurityMessageBox(TextOf(TEXT(SecuritySecureBootRefused)),
                                TextOf(TEXT(SecuritySecureBootRefusedDetail)),
                                TextOf(TEXT(SecurityEnterButton)), 0);
@@ -45,6 +46,12 @@ bool Quorvex_SecureBootItem_ReportRefusal() {
   return true;
 }
 
+EFI_STATUS Quorvex_SecureBootItem_Click() {
+  if (gShowing == 0) return EFI_ABORTED;
+  return Quorvex_SecurityMessageBox_Click();
+}
+
 void Quorvex_SecureBootItem_Reset() {
   gRefused = 0;
+  gShowing = 0;
 }

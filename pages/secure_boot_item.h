@@ -15,5 +15,8 @@ void Quorvex_SecureBootItem_Store();
 // in a message box (Enter closes it) and returns true; the caller stays in the
 // utility and redraws. False when nothing was refused.
 bool Quorvex_SecureBootItem_ReportRefusal();
+// A click while the refusal's message box is open: its button and close
+// mark close it (EFI_SUCCESS); anything else is passed on (EFI_ABORTED).
+EFI_STATUS Quorvex_SecureBootItem_Click();
 // Power-on state (host tests).
 void Quorvex_SecureBootItem_Reset();
