@@ -8,8 +8,9 @@ starts that share one variable store:
 3. the unsigned ESP starts now; the page shows <Disabled>; a supervisor
    password (which offers "Clear Secure Boot keys"), the keys cleared, F10, Yes;
 4. after the reset the launcher deletes the platform key through custom mode
-   and says so on the serial port (with SetupMode read back as 1); the
-   variable store file no longer holds a platform key.
+   and says so on the serial port (with SetupMode read back as 1), the page
+   shows <Disabled>, and the variable store file no longer holds a platform
+   key (SetupMode itself is a volatile variable: the file holds its cause).
 
 The <Enabled>/<Disabled> rows are compared with the simulator's rendering
 of the same page over the fake firmware's model of each state."""
@@ -164,6 +165,9 @@ class SecureBootTest(harness.QemuTestCase):
         serial = m.serial_text()
         self.assertIn("Secure Boot keys cleared: the firmware is in Setup Mode (SetupMode = 1)",
                       serial)
+        page = self.to_security_page()
+        m.screenshot(self.artefact(".setup-mode.png"))
+        self.assertEqual(self.row(page), disabled, "Setup Mode does not show <Disabled>")
         m.stop()
         store = ovmf_vars.read(self.vars_file)
         self.assertIsNone(store.get("PK", ovmf_vars.GLOBAL), "the platform key is still there")
