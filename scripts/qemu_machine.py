@@ -20,6 +20,8 @@ from qmp import Qmp
 OVMF_DIR = "/usr/share/OVMF"
 OVMF_CODE = os.path.join(OVMF_DIR, "OVMF_CODE.fd")
 OVMF_VARS = os.path.join(OVMF_DIR, "OVMF_VARS.fd")
+# The variable store that matches the 4 MiB code image make firmware starts from.
+OVMF_VARS_4M = os.path.join(OVMF_DIR, "OVMF_VARS_4M.fd")
 # Secure Boot: the SMM build of OVMF with Debian's test keys enrolled
 # (the matching key and certificate are /usr/share/ovmf/PkKek-1-snakeoil.*).
 OVMF_SECBOOT_CODE = os.path.join(OVMF_DIR, "OVMF_CODE_4M.secboot.fd")
@@ -70,17 +72,25 @@ def utility_drawn(img):
 class Machine:
     def __init__(self, esp, work_dir, display="none", vars_file=None, keep_vars=False,
                  serial_log=None, shutdown_exits=False, memory_mb=512, extra_args=(),
-                 pointers=("tablet",), image=None, image_writable=False, secure_boot=False,
-                 accel=None):
+                 pointers=("tablet",), image=None, image_writable=False,
+                 firmware_code=None, vars_template=None, secure_boot=False, accel=None):
         """display: "none" (headless), "vnc" (127.0.0.1), or "window".
         pointers: the USB pointing devices, "tablet" and/or "mouse".
         image: a raw disk image to boot instead of the ESP directory; its
         writes are dropped unless image_writable.
-        secure_boot: OVMF's Secure Boot build with SMM and the snakeoil keys
-        enrolled (a fresh variable store starts with Secure Boot enforced).
+        firmware_code: a firmware image to boot instead of OVMF (make
+        firmware); with it, esp None means no disk at all. vars_template: the
+        store vars_file is copied from (OVMF's when None).
+        secure_boot: SMM on, as OVMF's Secure Boot build needs; by default
+        that build with the snakeoil keys enrolled (a fresh variable store
+        starts with Secure Boot enforced).
         accel: the accelerator, default accelerator() (SMM needs TCG where
         KVM runs nested)."""
-        self.esp = os.path.abspath(esp)
+        self.esp = os.path.abspath(esp) if esp else None
+        default_code, default_vars = ((OVMF_SECBOOT_CODE, OVMF_SNAKEOIL_VARS) if secure_boot
+                                      else (OVMF_CODE, OVMF_VARS))
+        self.firmware_code = firmware_code or default_code
+        self.vars_template = vars_template or default_vars
         self.image = os.path.abspath(image) if image else None
         self.image_writable = image_writable
         self.pointers = tuple(pointers)
@@ -96,8 +106,6 @@ class Machine:
         self.extra_args = list(extra_args)
         self.secure_boot = secure_boot
         self.accel = accel or accelerator()
-        self.code_file = OVMF_SECBOOT_CODE if secure_boot else OVMF_CODE
-        self.vars_template = OVMF_SNAKEOIL_VARS if secure_boot else OVMF_VARS
         self.process = None
         self.qmp = None
         self.vnc_display = None
@@ -112,6 +120,8 @@ class Machine:
             disk = f"format=raw,file={self.image}"
             if not self.image_writable:
                 disk += ",snapshot=on"
+        elif self.esp is None:
+            disk = None
         elif not os.path.isfile(os.path.join(self.esp, "EFI", "BOOT", "BOOTX64.EFI")):
             raise MachineError(f"{self.esp} has no EFI/BOOT/BOOTX64.EFI (run make esp)")
         else:
@@ -129,14 +139,14 @@ class Machine:
             # Only SMM code may write the variable store's flash.
             args += ["-global", "driver=cfi.pflash01,property=secure,value=on"]
         args += [
-            "-drive", f"if=pflash,format=raw,unit=0,readonly=on,file={self.code_file}",
+            "-drive", f"if=pflash,format=raw,unit=0,readonly=on,file={self.firmware_code}",
             "-drive", f"if=pflash,format=raw,unit=1,file={self.vars_file}",
             "-vga", "none", "-device", "ramfb",
             "-device", "qemu-xhci,id=xhci",
             "-device", "usb-kbd,bus=xhci.0",
             *pointer_devices,
             "-device", "virtio-rng-pci",
-            "-drive", disk,
+            *(["-drive", disk] if disk else []),
             "-nic", "none",
             "-serial", f"file:{self.serial_log}",
             "-qmp", f"unix:{self.qmp_path},server=on,wait=off",
