@@ -4,6 +4,13 @@
 //
 //   quorvex-sim [--mode WxH]... [--settings FILE] [--script FILE] [--out DIR]
 //               [--trace] [--window] [--fail-alloc N] [--hostile-service LIST]
+//               [--machine-boot KINDS] [--machine-smbios VERSION]
+//               [--machine-lang CODE] [--machine-lang-codes LIST]
+//
+// The --machine switches give the fake firmware what a real machine's has
+// (host/fake_machine.h): boot options with a BootOrder, SMBIOS tables, the
+// firmware's language variables. When one is given, the run ends with a line
+// "machine: BootOrder ... PlatformLang ..." on the standard error.
 //
 // The last two are for robustness tests: --fail-alloc N makes the Nth pool
 // allocation of the run fail (0: none) and reports at the end how many
@@ -28,6 +35,7 @@
 
 #include "core/startup.h"
 #include "host/fake_firmware.h"
+#include "host/fake_machine.h"
 #include "host/fake_script.h"
 #include "host/hostile_service.h"
 #include "host/sim_bench.h"
@@ -44,6 +52,11 @@ constexpr const char* kUsage =
     "usage: quorvex-sim [--mode WxH]... [--settings FILE] [--script FILE] [--out DIR] [--trace] "
     "[--window]\n"
     "                   [--fail-alloc N] [--hostile-service NAME[,NAME...]]\n"
+    "                   [--machine-boot KIND[,KIND...]] [--machine-smbios VERSION]\n"
+    "                   [--machine-lang CODE] [--machine-lang-codes LIST]\n"
+    "  --machine-boot ...     BootOrder and Boot#### options: hdd usb lan odd app shell missing\n"
+    "  --machine-smbios V     SMBIOS tables with firmware version V\n"
+    "  --machine-lang CODE    PlatformLang (--machine-lang-codes: PlatformLangCodes, a;b;c)\n"
     "  --fail-alloc N         the Nth pool allocation of the run fails (0: none); the run ends\n"
     "                         with the allocation count and the blocks still held\n"
     "  --hostile-service ...  hostile answers of the setup data service and the clock:\n"
@@ -60,6 +73,12 @@ struct CommandLine {
   bool Window = false;
   bool FailAllocGiven = false;
   UINT64 FailAlloc = 0;
+  bool Machine = false; // a --machine switch was given
+  std::vector<std::string> BootKinds;
+  bool SmbiosGiven = false;
+  std::string SmbiosVersion;
+  std::string PlatformLang;
+  std::string PlatformLangCodes;
 };
 
 // The state the exits need. Plain globals: the run ends from deep inside
@@ -89,6 +108,7 @@ void PrintUsage(std::FILE* Out) {
 [[noreturn]] void Finish(int Status, const std::string& Message) {
   sim::Bench_Mark("end");
   if (!Message.empty()) std::fprintf(stderr, "%s\n", Message.c_str());
+  if (Args.Machine) std::fprintf(stderr, "machine: %s\n", fake::DescribeMachine().c_str());
   if (TraceFile) {
     std::fclose(TraceFile);
     TraceFile = nullptr;
@@ -196,6 +216,20 @@ void ParseCommandLine(int Argc, char** Argv) {
     } else if (sim::SecureBoot_IsOption(arg)) {
       std::string error;
       if (sim::SecureBoot_Option(arg, value(arg.c_str()), &error) && !error.empty()) Usage(error);
+    } else if (arg == "--machine-boot") {
+      std::string error;
+      if (!fake::ParseBootKinds(value("--machine-boot"), &Args.BootKinds, &error)) Usage(error);
+      Args.Machine = true;
+    } else if (arg == "--machine-smbios") {
+      Args.SmbiosVersion = value("--machine-smbios");
+      Args.SmbiosGiven = Args.Machine = true;
+    } else if (arg == "--machine-lang") {
+      Args.PlatformLang = value("--machine-lang");
+      if (Args.PlatformLang.empty()) Usage("--machine-lang needs a language code");
+      Args.Machine = true;
+    } else if (arg == "--machine-lang-codes") {
+      Args.PlatformLangCodes = value("--machine-lang-codes");
+      Args.Machine = true;
     } else if (arg == "--help" || arg == "-h") {
       PrintUsage(stdout);
       std::exit(0);
@@ -305,6 +339,10 @@ int main(int argc, char** argv) {
   options.Modes = Args.Modes;
   fake::Reset(options);
   sim::SecureBoot_Apply();
+  if (!Args.BootKinds.empty()) fake::InstallBootOptions(Args.BootKinds);
+  if (Args.SmbiosGiven) fake::InstallSmbios(Args.SmbiosVersion);
+  if (!Args.PlatformLang.empty() || !Args.PlatformLangCodes.empty())
+    fake::SetPlatformLang(Args.PlatformLang, Args.PlatformLangCodes);
   sim::Bench_Start();
   // The boot volume is the output directory: the screenshot key's pictures
   // land in DIR/screenshots/.

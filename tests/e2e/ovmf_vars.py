@@ -1,81 +1,109 @@
-"""Reads the variables an OVMF variable store file (OVMF_VARS*.fd) holds:
-the firmware volume header, the authenticated variable store header, then
-one record per variable write. Only what the end-to-end tests need: the live
-(added, not deleted) variables by name and vendor GUID.
+"""Reads the variables out of an OVMF variable store file (OVMF_VARS.fd as
+QEMU leaves it): the firmware volume header, the variable store header, then
+variable records, each aligned to 4 bytes. Both record layouts are read: the
+authenticated one (60-byte header) and the plain one (32-byte header).
 
-    store = ovmf_vars.read("OVMF_VARS.fd")
-    store.get("PK", ovmf_vars.GLOBAL)     # bytes, or None
+    store = read_store("build/e2e/x.vars.fd")
+    store.get("BootOrder", EFI_GLOBAL)     -> bytes or None
+    boot_order(store)                      -> [0x0001, 0x0000, ...]
+    load_option(store, 1)                  -> (attributes, description, device path bytes)
 """
 import struct
 import uuid
 
-GLOBAL = uuid.UUID("8be4df61-93ca-11d2-aa0d-00e098032b8c")
-SECURE_BOOT_ENABLE = uuid.UUID("f0a30bc7-af08-4556-99c4-001009c93a44")
-CUSTOM_MODE = uuid.UUID("c076ec0c-7028-4399-a072-71ee5c448b9f")
+EFI_GLOBAL = uuid.UUID("8be4df61-93ca-11d2-aa0d-00e098032b8c")
+AUTH_STORE = uuid.UUID("aaf32c78-947b-439a-a180-2e144ec37792")
+PLAIN_STORE = uuid.UUID("ddcf3616-3275-4164-98b6-fe85707ffe7d")
 
-_AUTHENTICATED_STORE = uuid.UUID("aaf32c78-947b-439a-a180-2e144ec37792")
-_START_ID = 0x55AA
-_VAR_ADDED = 0x3F
-# A record is live while its state has the "added" bits and no "deleted" bit
-# cleared; an update marks the old record "in deleted transition" (0x3E)
-# before the new one is added, so a 0x3E record counts only without a 0x3F one.
-_IN_DELETED_TRANSITION = 0x3E
-_HEADER = struct.Struct("<HBBIQ16sIII16s")  # authenticated variable header, 60 bytes
+VAR_ADDED = 0x3F
+VAR_IN_DELETED_TRANSITION = 0xFE
+START_ID = 0x55AA
 
 
-class StoreError(ValueError):
+class StoreError(Exception):
     pass
 
 
 class Store:
-    def __init__(self, variables):
-        self.variables = variables  # {(name, guid): (attributes, bytes)}
+    def __init__(self):
+        self.variables = {}  # (name, guid) -> (attributes, data)
 
-    def get(self, name, guid):
+    def get(self, name, guid=EFI_GLOBAL):
         entry = self.variables.get((name, guid))
         return entry[1] if entry else None
 
-    def attributes(self, name, guid):
-        entry = self.variables.get((name, guid))
-        return entry[0] if entry else None
 
-
-def parse(data):
-    if len(data) < 64 or data[40:44] != b"_FVH":
-        raise StoreError("no firmware volume header")
-    header_length = struct.unpack_from("<H", data, 48)[0]
-    start = header_length
-    if start + 28 > len(data) or uuid.UUID(bytes_le=bytes(data[start:start + 16])) != \
-            _AUTHENTICATED_STORE:
-        raise StoreError("no authenticated variable store after the volume header")
-    size, fmt, state = struct.unpack_from("<IBB", data, start + 16)
-    if fmt != 0x5A or state != 0xFE or start + size > len(data):
-        raise StoreError(f"variable store not formatted or not healthy ({fmt:#x}, {state:#x})")
-    end = start + size
-    at = start + 28
-    live, transition = {}, {}
-    while at + _HEADER.size <= end:
-        (start_id, var_state, _, attributes, _, _, _, name_size, data_size,
-         guid) = _HEADER.unpack_from(data, at)
-        if start_id != _START_ID:
-            break
-        name_at = at + _HEADER.size
-        data_at = name_at + name_size
-        if name_size % 2 or data_at + data_size > end:
-            raise StoreError(f"variable record at {at:#x} runs past the store")
-        name = bytes(data[name_at:data_at]).decode("utf-16-le").rstrip("\0")
-        key = (name, uuid.UUID(bytes_le=bytes(guid)))
-        value = (attributes, bytes(data[data_at:data_at + data_size]))
-        if var_state == _VAR_ADDED:
-            live[key] = value
-        elif var_state == _IN_DELETED_TRANSITION:
-            transition[key] = value
-        at = (data_at + data_size + 3) & ~3
-    for key, value in transition.items():
-        live.setdefault(key, value)
-    return Store(live)
-
-
-def read(path):
+def read_store(path):
     with open(path, "rb") as f:
-        return parse(f.read())
+        return parse_store(f.read())
+
+
+def parse_store(blob):
+    if len(blob) < 0x48 or blob[40:44] != b"_FVH":
+        raise StoreError("no firmware volume header")
+    header_length = struct.unpack_from("<H", blob, 48)[0]
+    at = header_length
+    if at + 28 > len(blob):
+        raise StoreError("no variable store header")
+    kind = uuid.UUID(bytes_le=bytes(blob[at:at + 16]))
+    if kind not in (AUTH_STORE, PLAIN_STORE):
+        raise StoreError(f"unknown variable store {kind}")
+    size = struct.unpack_from("<I", blob, at + 16)[0]
+    end = min(at + size, len(blob))
+    authenticated = kind == AUTH_STORE
+    header_size = 60 if authenticated else 32
+    store = Store()
+    in_transition = {}
+    at += 28
+    while True:
+        at = (at + 3) & ~3
+        if at + header_size > end:
+            break
+        start_id, state, _, attributes = struct.unpack_from("<HBBI", blob, at)
+        if start_id != START_ID:
+            break
+        if authenticated:
+            name_size, data_size = struct.unpack_from("<II", blob, at + 36)
+            guid_at = at + 44
+        else:
+            name_size, data_size = struct.unpack_from("<II", blob, at + 8)
+            guid_at = at + 16
+        guid = uuid.UUID(bytes_le=bytes(blob[guid_at:guid_at + 16]))
+        name_at = at + header_size
+        data_at = name_at + name_size
+        if data_at + data_size > end:
+            break
+        name = blob[name_at:data_at].decode("utf-16-le").rstrip("\0")
+        data = bytes(blob[data_at:data_at + data_size])
+        if state == VAR_ADDED:
+            store.variables[(name, guid)] = (attributes, data)
+        elif state == VAR_ADDED & VAR_IN_DELETED_TRANSITION:
+            in_transition[(name, guid)] = (attributes, data)
+        at = data_at + data_size
+    # A record caught between its replacement's write and its own deletion
+    # counts only when the replacement never completed.
+    for key, value in in_transition.items():
+        store.variables.setdefault(key, value)
+    return store
+
+
+def boot_order(store):
+    data = store.get("BootOrder") or b""
+    return list(struct.unpack_from(f"<{len(data) // 2}H", data))
+
+
+def load_option(store, number):
+    """(attributes, description, device path) of Boot####, or None."""
+    data = store.get(f"Boot{number:04X}")
+    if data is None or len(data) < 6:
+        return None
+    attributes, path_length = struct.unpack_from("<IH", data, 0)
+    at = 6
+    chars = []
+    while at + 2 <= len(data):
+        c = struct.unpack_from("<H", data, at)[0]
+        at += 2
+        if c == 0:
+            break
+        chars.append(chr(c))
+    return attributes, "".join(chars), data[at:at + path_length]

@@ -22,6 +22,7 @@ import sys
 import tempfile
 import time
 import unittest
+import uuid
 
 import harness
 import ovmf_vars
@@ -40,6 +41,7 @@ DOWNS_TO_SECURE_BOOT = 4
 PAGE_PROBE = (300, 700)
 PAGE = 0xEBF1FA
 PASSWORD = "sb4clear"
+SECURE_BOOT_ENABLE = uuid.UUID("f0a30bc7-af08-4556-99c4-001009c93a44")
 
 
 def tools_missing():
@@ -136,8 +138,8 @@ class SecureBootTest(harness.QemuTestCase):
         m.key("ret")
         m.wait_event("RESET", 60)
         self.assertIn("Secure Boot enforcement off from the next start", m.serial_text())
-        store = ovmf_vars.read(self.vars_file)
-        self.assertEqual(store.get("SecureBootEnable", ovmf_vars.SECURE_BOOT_ENABLE), b"\x00")
+        store = ovmf_vars.read_store(self.vars_file)
+        self.assertEqual(store.get("SecureBootEnable", SECURE_BOOT_ENABLE), b"\x00")
 
         # 3. Unsigned starts now; <Disabled>; keys cleared with a supervisor password.
         m = self.start(harness.ESP, "unsigned-disabled")
@@ -169,9 +171,9 @@ class SecureBootTest(harness.QemuTestCase):
         m.screenshot(self.artefact(".setup-mode.png"))
         self.assertEqual(self.row(page), disabled, "Setup Mode does not show <Disabled>")
         m.stop()
-        store = ovmf_vars.read(self.vars_file)
-        self.assertIsNone(store.get("PK", ovmf_vars.GLOBAL), "the platform key is still there")
-        self.assertIsNotNone(store.get("KEK", ovmf_vars.GLOBAL))
+        store = ovmf_vars.read_store(self.vars_file)
+        self.assertIsNone(store.get("PK"), "the platform key is still there")
+        self.assertIsNotNone(store.get("KEK"))
 
 
 if __name__ == "__main__":
