@@ -45,13 +45,15 @@ target_compile_definitions(quorvex_firmware_flags INTERFACE
 set(generated_outputs)
 if(QUORVEX_GENERATE_TEXTS)
   add_custom_command(
-    OUTPUT ${GEN}/setup_data/text_entries.h ${GEN}/text_table_data.cpp
+    OUTPUT ${GEN}/setup_data/text_entries.h ${GEN}/setup_data/text_constants.h
+           ${GEN}/text_table_data.cpp
     COMMAND ${QUORVEX_PYTHON} ${QUORVEX_SOURCE_DIR}/tools/gen_texts.py --out-dir ${GEN}
             ${QUORVEX_TEXT_FILES}
     DEPENDS ${QUORVEX_SOURCE_DIR}/tools/gen_texts.py ${QUORVEX_TEXT_FILES}
     COMMENT "Generating the text table"
     VERBATIM)
-  list(APPEND generated_outputs ${GEN}/setup_data/text_entries.h ${GEN}/text_table_data.cpp)
+  list(APPEND generated_outputs ${GEN}/setup_data/text_entries.h ${GEN}/setup_data/text_constants.h
+       ${GEN}/text_table_data.cpp)
 endif()
 
 if(QUORVEX_GENERATE_PICTURES)

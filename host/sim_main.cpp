@@ -6,11 +6,16 @@
 //               [--trace] [--window] [--fail-alloc N] [--hostile-service LIST]
 //               [--machine-boot KINDS] [--machine-smbios VERSION]
 //               [--machine-lang CODE] [--machine-lang-codes LIST]
+//               [--gate] [--password KIND=TEXT]...
 //
 // The --machine switches give the fake firmware what a real machine's has
 // (host/fake_machine.h): boot options with a BootOrder, SMBIOS tables, the
 // firmware's language variables. When one is given, the run ends with a line
 // "machine: BootOrder ... PlatformLang ..." on the standard error.
+//
+// --gate runs the reference platform's password gate before the utility;
+// --password installs a password (KIND supervisor, user, hdd_master or
+// hdd_user) before it starts.
 //
 // The last two are for robustness tests: --fail-alloc N makes the Nth pool
 // allocation of the run fail (0: none) and reports at the end how many
@@ -57,6 +62,9 @@ constexpr const char* kUsage =
     "  --machine-boot ...     BootOrder and Boot#### options: hdd usb lan odd app shell missing\n"
     "  --machine-smbios V     SMBIOS tables with firmware version V\n"
     "  --machine-lang CODE    PlatformLang (--machine-lang-codes: PlatformLangCodes, a;b;c)\n"
+    "                   [--gate] [--password KIND=TEXT]...\n"
+    "  --gate                 ask for an installed password before the utility starts\n"
+    "  --password KIND=TEXT   install a password (supervisor, user, hdd_master, hdd_user)\n"
     "  --fail-alloc N         the Nth pool allocation of the run fails (0: none); the run ends\n"
     "                         with the allocation count and the blocks still held\n"
     "  --hostile-service ...  hostile answers of the setup data service and the clock:\n"
@@ -79,6 +87,8 @@ struct CommandLine {
   std::string SmbiosVersion;
   std::string PlatformLang;
   std::string PlatformLangCodes;
+  bool Gate = false;
+  std::vector<std::string> Passwords; // KIND=TEXT
 };
 
 // The state the exits need. Plain globals: the run ends from deep inside
@@ -230,6 +240,12 @@ void ParseCommandLine(int Argc, char** Argv) {
     } else if (arg == "--machine-lang-codes") {
       Args.PlatformLangCodes = value("--machine-lang-codes");
       Args.Machine = true;
+    } else if (arg == "--gate") {
+      Args.Gate = true;
+    } else if (arg == "--password") {
+      const std::string text = value("--password");
+      if (text.find('=') == std::string::npos) Usage("--password needs KIND=TEXT");
+      Args.Passwords.push_back(text);
     } else if (arg == "--help" || arg == "-h") {
       PrintUsage(stdout);
       std::exit(0);
@@ -288,6 +304,12 @@ void ApplySettings() {
       Finish(2, Args.SettingsFile + ":" + std::to_string(s.Line) + ": '" + s.Name +
                     "' is not a setting that can be set, or " + std::to_string(s.Value) +
                     " is outside its range");
+  }
+  for (const std::string& p : Args.Passwords) {
+    const size_t equals = p.find('=');
+    if (!Password_SetByName(p.substr(0, equals).c_str(), p.substr(equals + 1).c_str()))
+      Finish(2, "--password " + p.substr(0, equals) +
+                    ": unknown kind, or the text is not printable ASCII within the maximum length");
   }
 }
 
@@ -366,6 +388,7 @@ int main(int argc, char** argv) {
     SetupDataTraceSink = WriteTraceLine;
   }
   PlatformStartHook = ApplySettings;
+  PlatformGateEnabled = Args.Gate;
 
   if (Args.Window) {
     std::string error;
