@@ -7,10 +7,11 @@ starts that share one variable store:
    page shows <Enabled>; Disabled, F10, Yes;
 3. the unsigned ESP starts now; the page shows <Disabled>; a supervisor
    password (which offers "Clear Secure Boot keys"), the keys cleared, F10, Yes;
-4. after the reset the launcher deletes the platform key through custom mode
-   and says so on the serial port (with SetupMode read back as 1), the page
-   shows <Disabled>, and the variable store file no longer holds a platform
-   key (SetupMode itself is a volatile variable: the file holds its cause).
+4. at the next start, before the password gate, the launcher deletes the
+   platform key through custom mode and says so on the serial port (with
+   SetupMode read back as 1); the page shows <Disabled>, and the variable
+   store file no longer holds a platform key (SetupMode itself is a
+   volatile variable: the file holds its cause).
 
 The <Enabled>/<Disabled> rows are compared with the simulator's rendering
 of the same page over the fake firmware's model of each state."""
@@ -28,7 +29,7 @@ import harness
 import ovmf_vars
 import pngread
 from qemu_machine import OVMF_SECBOOT_CODE, Machine
-from screen_checks import Region, settle
+from screen_checks import Region, gate_shown, settle
 
 SNAKEOIL_KEY = "/usr/share/ovmf/PkKek-1-snakeoil.key"
 SNAKEOIL_CERT = "/usr/share/ovmf/PkKek-1-snakeoil.pem"
@@ -162,8 +163,12 @@ class SecureBootTest(harness.QemuTestCase):
         m.key("ret")
         m.wait_event("RESET", 60)
 
-        # 4. The launcher clears the keys before the utility starts again.
-        m.wait_until_redrawn(self.boot_timeout)
+        # 4. The launcher clears the keys before the utility starts again (and
+        # before the password gate, which the supervisor password now brings).
+        m.wait_until(gate_shown, self.boot_timeout, what="the password gate")
+        m.type_text(PASSWORD)
+        m.key("ret")
+        m.wait_until_drawn(self.boot_timeout)
         serial = m.serial_text()
         self.assertIn("Secure Boot keys cleared: the firmware is in Setup Mode (SetupMode = 1)",
                       serial)
