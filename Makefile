@@ -4,6 +4,10 @@
 #
 #   make build                 everything: UEFI images, build/esp, simulator, tests
 #   make esp                   build/esp (EFI/BOOT/BOOTX64.EFI + QuorvexSetup.efi)
+#   make esp SIGN_KEY=k.pem SIGN_CERT=c.pem
+#                              the same, every image signed for Secure Boot (sbsign)
+#                              and checked (sbverify); also for make image and
+#                              make firmware (its setup image)
 #   make image                 build/quorvex.img: a GPT disk image holding the ESP
 #                              (boots in QEMU as a disk; can be written to a USB stick)
 #   make firmware              build/firmware/QUORVEX_CODE.fd + QUORVEX_VARS.fd: Debian's
@@ -65,7 +69,10 @@ uefi: generated
 	    -DQUORVEX_ESP_DIR=$(ESP_DIR) $(CMAKE_ARGS)
 	@cmake --build $(UEFI_DIR) -j $(JOBS)
 
+# With SIGN_KEY and SIGN_CERT every image laid out is signed and verified
+# (scripts/sign-efi, the one signing step of every target that lays out images).
 esp: uefi
+	@$(if $(SIGN_KEY)$(SIGN_CERT),$(ROOT)/scripts/sign-efi --key "$(SIGN_KEY)" --cert "$(SIGN_CERT)" $(ESP_DIR))
 
 image: esp
 	@$(ROOT)/scripts/deps run
@@ -75,6 +82,7 @@ image: esp
 # to sign it) before tools/make_firmware.py builds the firmware around it.
 firmware: uefi
 	@$(ROOT)/scripts/deps run
+	@cmake -B $(UEFI_DIR) -DQUORVEX_SIGN_KEY="$(SIGN_KEY)" -DQUORVEX_SIGN_CERT="$(SIGN_CERT)" >/dev/null
 	@cmake --build $(UEFI_DIR) --target firmware
 
 # The libFuzzer tree (clang, ASan+UBSan), over the host tree's generated sources.

@@ -111,9 +111,19 @@ set(QUORVEX_OVMF_VARS /usr/share/OVMF/OVMF_VARS_4M.fd CACHE FILEPATH "Its variab
 if(TARGET QuorvexFirmwareSetup)
   find_program(QUORVEX_PYTHON NAMES python3 REQUIRED)
   set(firmware_app ${QUORVEX_FIRMWARE_DIR}/QuorvexFirmwareSetup.efi)
+  # make firmware SIGN_KEY=... SIGN_CERT=... sets these: the image is signed
+  # (scripts/sign-efi) before it goes into the firmware.
+  set(QUORVEX_SIGN_KEY "" CACHE STRING "Private key that signs the firmware's setup image")
+  set(QUORVEX_SIGN_CERT "" CACHE STRING "Its certificate")
+  set(sign_step)
+  if(QUORVEX_SIGN_KEY OR QUORVEX_SIGN_CERT)
+    set(sign_step COMMAND ${QUORVEX_SOURCE_DIR}/scripts/sign-efi --key ${QUORVEX_SIGN_KEY}
+                  --cert ${QUORVEX_SIGN_CERT} ${firmware_app})
+  endif()
   add_custom_command(OUTPUT ${firmware_app}
     COMMAND ${CMAKE_COMMAND} -E make_directory ${QUORVEX_FIRMWARE_DIR}
     COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:QuorvexFirmwareSetup> ${firmware_app}
+    ${sign_step}
     DEPENDS QuorvexFirmwareSetup
     COMMENT "Laying out the firmware's setup image"
     VERBATIM)

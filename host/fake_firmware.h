@@ -125,6 +125,20 @@ UINT64 SetVariableCalls();
 // anything (1 = the next one); 0 switches it off.
 void FailSetVariable(UINT64 Nth, EFI_STATUS Status);
 
+// Secure Boot as an EDK2-based firmware keeps it (host/fake_secure_boot.cpp):
+// SecureBoot and SetupMode (read-only), SecureBootEnable (takes effect at the
+// next start), CustomMode, and a platform key that can be deleted with an
+// empty time-based authenticated write in custom mode only, which puts the
+// firmware in Setup Mode at once. Off (no such variables) after Reset.
+enum class SecureBootState { None, Enforced, Disabled, Setup };
+struct SecureBootModel {
+  SecureBootState State = SecureBootState::None;
+  bool RefuseEnable = false;     // SecureBootEnable writes: EFI_WRITE_PROTECTED
+  bool RefuseCustomMode = false; // CustomMode writes: EFI_WRITE_PROTECTED
+  bool RefuseKeyDelete = false;  // deleting PK: EFI_SECURITY_VIOLATION even in custom mode
+};
+void ModelSecureBoot(const SecureBootModel& Model);
+
 struct SystemReset {
   EFI_RESET_TYPE Type;
   EFI_STATUS Status;

@@ -147,6 +147,7 @@ struct State {
   UINT64 SetVariableCalls = 0;
   UINT64 SetVariableFailCountdown = 0;
   EFI_STATUS SetVariableFailStatus = EFI_SUCCESS;
+  SecureBootModel SecureBoot;
   UINT64 ResetCount = 0;
   EFI_RESET_TYPE LastResetType = EfiResetCold;
   std::function<void(EFI_RESET_TYPE, EFI_STATUS)> ResetHandler;
@@ -217,6 +218,11 @@ void ReleaseAllBlocks(State& S);
 // Device path helpers.
 std::vector<UINT8> FileDevicePath(const std::u16string& Path);
 std::vector<UINT8> EndDevicePath();
+
+// The Secure Boot model's writes: true when the variable is one it models
+// (its answer in *Status), false to let the plain store handle the write.
+bool SecureBootModelWrite(const CHAR16* Name, const EFI_GUID& Guid, UINT32 Attributes,
+                          UINTN DataSize, const void* Data, EFI_STATUS* Status);
 
 // Boot services that are not offered answer this.
 EFI_STATUS Unsupported(const char* Service);

@@ -160,6 +160,9 @@ EFI_STATUS EFIAPI SetVariable(const CHAR16* VariableName, const EFI_GUID* Vendor
   if (VariableName == nullptr || VariableName[0] == 0 || VendorGuid == nullptr)
     return EFI_INVALID_PARAMETER;
   if (DataSize != 0 && Data == nullptr) return EFI_INVALID_PARAMETER;
+  EFI_STATUS modelled = EFI_SUCCESS;
+  if (SecureBootModelWrite(VariableName, *VendorGuid, Attributes, DataSize, Data, &modelled))
+    return modelled;
   constexpr UINT32 kKnown =
       EFI_VARIABLE_NON_VOLATILE | EFI_VARIABLE_BOOTSERVICE_ACCESS | EFI_VARIABLE_RUNTIME_ACCESS;
   if (Attributes & ~kKnown) return EFI_INVALID_PARAMETER;

@@ -10,6 +10,7 @@
 #include "reference_platform/platform_context.h"
 #include "reference_platform/platform_service.h"
 #include "reference_platform/reference_platform.h"
+#include "reference_platform/secure_boot.h"
 #include "reference_platform/serial.h"
 #include "reference_platform/setup_data_service.h"
 #include "reference_platform/store.h"
@@ -69,6 +70,8 @@ EFI_STATUS QuorvexPlatform_Run(EFI_HANDLE ImageHandle, EFI_SYSTEM_TABLE* SystemT
   Quorvex_Lib_Init(ImageHandle, SystemTable);
   Platform_BindFirmware(ImageHandle, SystemTable);
   Store_Load();
+  SecureBoot_Probe();
+  SecureBoot_ClearKeysIfRequested();
   InstallServices();
   if (PlatformStartHook) PlatformStartHook();
   UsbHidPointer_Start(ImageHandle);

@@ -383,8 +383,10 @@ protected:
           TEXT(SecurityEnterCurrentUserPassword), TEXT(SecurityEnterNewUserPassword),
           TEXT(SecurityConfirmNewUserPassword), TEXT(SecurityGateEnterPassword)})
       CheckEntry(title, TextBox("password title", W / 2 - 50, 2 * lh));
-    for (const CHAR16* line : {TEXT(SecurityVerifyError), TEXT(SecurityPressEnterToContinue),
-                               TEXT(SecuritySystemShuttingDown), TEXT(SecurityPasswordsNotSame)})
+    for (const CHAR16* line :
+         {TEXT(SecurityVerifyError), TEXT(SecurityPressEnterToContinue),
+          TEXT(SecuritySystemShuttingDown), TEXT(SecurityPasswordsNotSame),
+          TEXT(SecuritySecureBootRefused), TEXT(SecuritySecureBootRefusedDetail)})
       CheckEntry(line, CaptionBox("error box line", W / 2 - 20, W / 2 - 20));
     CheckGeneralHelp();
   }
