@@ -6,10 +6,11 @@
 #   make esp                   build/esp (EFI/BOOT/BOOTX64.EFI + QuorvexSetup.efi)
 #   make image                 build/quorvex.img: a GPT disk image holding the ESP
 #                              (boots in QEMU as a disk; can be written to a USB stick)
-#   make run [SCREENSHOT=f]    boot build/esp in QEMU (window, or VNC without a display);
-#                              with SCREENSHOT: headless, write the screen once drawn, stop;
-#                              MOUSE=1 adds a USB mouse next to the tablet, IMAGE=1 boots
-#                              build/quorvex.img instead of the directory
+#   make run [SCREENSHOT=f]    boot build/quorvex.img (the ESP on a FAT disk, as make image
+#                              makes it) in QEMU (window, or VNC without a display); when
+#                              QEMU stops, the pictures F12 saved are copied to
+#                              build/screenshots/; with SCREENSHOT: headless, write the
+#                              screen once drawn, stop; MOUSE=1 adds a USB mouse
 #   make sim                   the utility in a desktop window (build/host/quorvex-sim)
 #   make test                  unit, scenario, fuzz (briefly), image and end-to-end tests
 #   make fuzz [FUZZ_SECONDS=N] every libFuzzer target for N seconds (default 60)
@@ -86,10 +87,11 @@ sizes:
 	  test -f $$f && printf '%-22s %8d bytes\n' $$(basename $$f) $$(stat -c %s $$f); \
 	done; true
 
-run: esp $(if $(IMAGE),image)
-	@$(ROOT)/scripts/deps run
+# A real FAT disk: QEMU's emulated FAT directory can lose the tail of what
+# the guest writes (a screenshot's last bytes).
+run: image
 	@$(ROOT)/scripts/run-qemu $(if $(SCREENSHOT),--screenshot $(abspath $(SCREENSHOT))) \
-	  $(if $(MOUSE),--mouse) $(if $(IMAGE),--image $(IMAGE_FILE))
+	  $(if $(MOUSE),--mouse) --image $(IMAGE_FILE) --screenshots-to $(ROOT)/build/screenshots
 
 sim: host-configure
 	@cmake --build $(HOST_DIR) -j $(JOBS) --target quorvex-sim

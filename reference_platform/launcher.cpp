@@ -1,6 +1,7 @@
 // QuorvexPlatform.efi: installs the vendor services, then loads and starts
 // \QuorvexSetup.efi from the volume the launcher itself was loaded from.
 #include "platform/lib.h"
+#include "platform/watchdog.h"
 #include "reference_platform/debug_trace.h"
 #include "reference_platform/extended_key.h"
 #include "reference_platform/glyph_font.h"
@@ -211,6 +212,7 @@ extern "C" EFI_STATUS EFIAPI QuorvexPlatform_EntryPoint(EFI_HANDLE ImageHandle,
                                                         EFI_SYSTEM_TABLE* SystemTable) {
   if (!SystemTable || !SystemTable->BootServices) return EFI_INVALID_PARAMETER;
   Quorvex_Lib_Init(ImageHandle, SystemTable);
+  Quorvex_Watchdog_Disarm(SystemTable->BootServices);
   Platform_BindFirmware(ImageHandle, SystemTable);
   Store_Load();
   InstallServices();
@@ -224,5 +226,6 @@ extern "C" EFI_STATUS EFIAPI QuorvexPlatform_EntryPoint(EFI_HANDLE ImageHandle,
   ImageDisplay_ClearCache();
   GlyphFont_Release(&gTextFont);
   GlyphFont_Release(&gLargeDigitFont);
+  Quorvex_Watchdog_HandBack(SystemTable->BootServices);
   return status;
 }

@@ -70,8 +70,9 @@ class Machine:
         """display: "none" (headless), "vnc" (127.0.0.1), or "window".
         pointers: the USB pointing devices, "tablet" and/or "mouse".
         image: a raw disk image to boot instead of the ESP directory; its
-        writes are dropped unless image_writable."""
-        self.esp = os.path.abspath(esp)
+        writes are dropped unless image_writable. esp None with no image:
+        no disk at all (the firmware's own screens)."""
+        self.esp = os.path.abspath(esp) if esp else None
         self.image = os.path.abspath(image) if image else None
         self.image_writable = image_writable
         self.pointers = tuple(pointers)
@@ -99,6 +100,8 @@ class Machine:
             disk = f"format=raw,file={self.image}"
             if not self.image_writable:
                 disk += ",snapshot=on"
+        elif self.esp is None:
+            disk = None
         elif not os.path.isfile(os.path.join(self.esp, "EFI", "BOOT", "BOOTX64.EFI")):
             raise MachineError(f"{self.esp} has no EFI/BOOT/BOOTX64.EFI (run make esp)")
         else:
@@ -119,7 +122,7 @@ class Machine:
             "-device", "usb-kbd,bus=xhci.0",
             *pointer_devices,
             "-device", "virtio-rng-pci",
-            "-drive", disk,
+            *(["-drive", disk] if disk else []),
             "-nic", "none",
             "-serial", f"file:{self.serial_log}",
             "-qmp", f"unix:{self.qmp_path},server=on,wait=off",
@@ -148,6 +151,14 @@ class Machine:
             self.stop()
             raise MachineError("QEMU did not start: " + self.qemu_output())
         return self
+
+    def cpu_seconds(self):
+        """Host processor time QEMU has used so far (user + system, all its
+        threads), in seconds."""
+        with open(f"/proc/{self.process.pid}/stat") as f:
+            fields = f.read().rsplit(")", 1)[1].split()
+        # utime and stime are the 14th and 15th fields; fields[0] is the 3rd.
+        return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
 
     def running(self):
         return self.process is not None and self.process.poll() is None
