@@ -285,9 +285,11 @@ bool ParseLine(const std::string& Text, int Line, std::vector<ScriptCommand>* Co
     Commands->push_back(command);
     return true;
   }
-  if (verb == "restart" || verb == "quit") {
+  if (verb == "restart" || verb == "quit" || verb == "refuse-settime") {
     if (args != 0) return fail(verb + " takes no arguments");
-    command.Kind = verb == "restart" ? Verb::Restart : Verb::Quit;
+    command.Kind = verb == "restart" ? Verb::Restart
+                   : verb == "quit"  ? Verb::Quit
+                                     : Verb::RefuseSetTime;
     Commands->push_back(command);
     return true;
   }
@@ -434,6 +436,10 @@ void ScriptStep(ScriptRun& Run) {
       return;
     case Verb::Restart:
       TriggerRestart();
+      return;
+    case Verb::RefuseSetTime:
+      // From now on the firmware refuses every new time.
+      RefuseSetTime(EFI_DEVICE_ERROR);
       return;
     case Verb::Quit:
       Run.Finish(0, "");

@@ -47,6 +47,7 @@ enum class Verb {
   Time,
   Tick,
   Restart,
+  RefuseSetTime,
   Shot,
   ExpectPixel,
   Quit,
