@@ -285,11 +285,9 @@ bool ParseLine(const std::string& Text, int Line, std::vector<ScriptCommand>* Co
     Commands->push_back(command);
     return true;
   }
-  if (verb == "restart" || verb == "quit" || verb == "refuse-settime") {
+  if (verb == "restart" || verb == "quit") {
     if (args != 0) return fail(verb + " takes no arguments");
-    command.Kind = verb == "restart" ? Verb::Restart
-                   : verb == "quit"  ? Verb::Quit
-                                     : Verb::RefuseSetTime;
+    command.Kind = verb == "restart" ? Verb::Restart : Verb::Quit;
     Commands->push_back(command);
     return true;
   }
@@ -436,10 +434,6 @@ void ScriptStep(ScriptRun& Run) {
       return;
     case Verb::Restart:
       TriggerRestart();
-      return;
-    case Verb::RefuseSetTime:
-      // From now on the firmware refuses every new time.
-      RefuseSetTime(EFI_DEVICE_ERROR);
       return;
     case Verb::Quit:
       Run.Finish(0, "");

@@ -47,7 +47,6 @@ enum class Verb {
   Time,
   Tick,
   Restart,
-  RefuseSetTime,
   Shot,
   ExpectPixel,
   Quit,
