@@ -17,8 +17,9 @@
 #   make power-cuts [POWER_CUTS=N]  QEMU killed N times during a save (default 10)
 #   make bench [NO_QEMU=1]     instructions, screen traffic and pool peak per
 #                              interaction (optimised build in build/bench, callgrind),
-#                              and a tab move's key latency in QEMU against a trivial
-#                              UEFI application (not with NO_QEMU)
+#                              a tab move's key latency in QEMU against a trivial
+#                              UEFI application, and the idle host CPU of the setup
+#                              against OVMF's front page (both not with NO_QEMU)
 #
 # Every command first installs the Debian packages it needs (scripts/deps).
 
@@ -119,7 +120,7 @@ power-cuts: esp
 	@$(ROOT)/scripts/deps run
 	@QUORVEX_ESP=$(ESP_DIR) python3 $(ROOT)/tests/e2e/power_cut.py --cuts $(POWER_CUTS)
 
-# The QEMU key latency needs the ESPs; NO_QEMU=1 leaves it out.
+# The QEMU key latency and idle CPU need the ESPs; NO_QEMU=1 leaves them out.
 bench: $(if $(NO_QEMU),,esp)
 	@$(ROOT)/scripts/deps bench
 	@python3 $(ROOT)/tools/bench/bench.py $(if $(NO_QEMU),--no-qemu)

@@ -112,14 +112,15 @@ class PointerTest(harness.QemuTestCase):
             time.sleep(0.3)
             m.move_by(-1, 0)
 
-        def nudge_into_corner():
-            m.move_by(-1, -1)
-
-        # Into the top-left corner (the cursor stops there; the next move
-        # waits until it is seen there), then by steps.
+        # Into the top-left corner (the cursor stops there), then one step
+        # out. QEMU hands a large move to the guest in steps of at most 127,
+        # so the cursor reaches the corner while the rest of the move is
+        # still on its way; the step out comes after all of it, so the
+        # cursor at (1, 1) shows that the whole move was taken.
         m.move_by(-3000, -3000)
-        self.wait_cursor_at(0, 0, nudge_into_corner, "mouse move into the corner")
-        m.move_by(500, 200)
+        m.move_by(1, 1)
+        self.wait_cursor_at(1, 1, nudge, "mouse move into the corner and one step out")
+        m.move_by(499, 199)
         self.wait_cursor_at(500, 200, nudge, "mouse move from the corner")
         m.move_by(-150, 120)
         self.wait_cursor_at(350, 320, nudge, "mouse step")
