@@ -112,18 +112,26 @@ class PointerTest(harness.QemuTestCase):
             time.sleep(0.3)
             m.move_by(-1, 0)
 
-        # Into the top-left corner (the cursor stops there), then one step
-        # out. QEMU hands a large move to the guest in steps of at most 127,
-        # so the cursor reaches the corner while the rest of the move is
-        # still on its way; the step out comes after all of it, so the
-        # cursor at (1, 1) shows that the whole move was taken.
-        m.move_by(-3000, -3000)
-        m.move_by(1, 1)
-        self.wait_cursor_at(1, 1, nudge, "mouse move into the corner and one step out")
-        m.move_by(499, 199)
-        self.wait_cursor_at(500, 200, nudge, "mouse move from the corner")
+        # The mouse moves the cursor on from where the tablet's tap left it.
+        def nudge_tab_point():
+            m.move(131, 380)
+            time.sleep(0.3)
+            m.move(130, 380)
+
+        self.wait_cursor_at(130, 380, nudge_tab_point, "cursor where the tablet tapped")
+        m.move_by(370, -180)
+        self.wait_cursor_at(500, 200, nudge, "mouse move")
         m.move_by(-150, 120)
         self.wait_cursor_at(350, 320, nudge, "mouse step")
+
+        # Into the top-left corner: the cursor stops there. Checked last:
+        # QEMU hands a large move over in steps of at most 127 and adds any
+        # move sent meanwhile to what is left of it.
+        def nudge_into_corner():
+            m.move_by(-1, -1)
+
+        m.move_by(-3000, -3000)
+        self.wait_cursor_at(0, 0, nudge_into_corner, "mouse move into the corner")
 
         # Pulled out: the driver lets go of it (when the firmware's USB bus
         # driver next looks at the port), and the tablet still taps.
