@@ -6,11 +6,14 @@
 #   make esp                   build/esp (EFI/BOOT/BOOTX64.EFI + QuorvexSetup.efi)
 #   make image                 build/quorvex.img: a GPT disk image holding the ESP
 #                              (boots in QEMU as a disk; can be written to a USB stick)
+#   make firmware              build/firmware/QUORVEX_CODE.fd + QUORVEX_VARS.fd: Debian's
+#                              OVMF whose setup (F2 or Esc at power-on) is Quorvex
 #   make run [SCREENSHOT=f]    boot build/quorvex.img (the ESP on a FAT disk, as make image
 #                              makes it) in QEMU (window, or VNC without a display); when
 #                              QEMU stops, the pictures F12 saved are copied to
 #                              build/screenshots/; with SCREENSHOT: headless, write the
-#                              screen once drawn, stop; MOUSE=1 adds a USB mouse
+#                              screen once drawn, stop; MOUSE=1 adds a USB mouse,
+#                              FIRMWARE=1 boots the firmware image with no disk
 #   make sim                   the utility in a desktop window (build/host/quorvex-sim)
 #   make test                  unit, scenario, fuzz (briefly), image and end-to-end tests
 #   make fuzz [FUZZ_SECONDS=N] every libFuzzer target for N seconds (default 60)
@@ -31,13 +34,14 @@ FUZZ_SECONDS ?= 60
 POWER_CUTS ?= 10
 ESP_DIR   := $(ROOT)/build/esp
 IMAGE_FILE := $(ROOT)/build/quorvex.img
+FIRMWARE_DIR := $(ROOT)/build/firmware
 JOBS      ?= $(shell nproc)
 CMAKE_ARGS ?=
 
 # The trees are built by one ninja each; make itself runs the steps in order.
 .NOTPARALLEL:
 
-.PHONY: build host host-configure generated uefi esp image run sim test unit-test e2e sizes clean \
+.PHONY: build host host-configure generated uefi esp image firmware run sim test unit-test e2e sizes clean \
 	fuzz-build fuzz power-cuts bench
 
 build: host esp sizes
@@ -69,6 +73,12 @@ image: esp
 	@$(ROOT)/scripts/deps run
 	@python3 $(ROOT)/scripts/make_image.py --esp $(ESP_DIR) --out $(IMAGE_FILE)
 
+# The setup image goes through its own layout step in the UEFI tree (the place
+# to sign it) before tools/make_firmware.py builds the firmware around it.
+firmware: uefi
+	@$(ROOT)/scripts/deps run
+	@cmake --build $(UEFI_DIR) --target firmware
+
 # The libFuzzer tree (clang, ASan+UBSan), over the host tree's generated sources.
 fuzz-build: generated
 	@$(ROOT)/scripts/deps fuzz
@@ -84,15 +94,18 @@ fuzz: fuzz-build
 	done; exit $$status
 
 sizes:
-	@for f in $(UEFI_DIR)/QuorvexSetup.efi $(UEFI_DIR)/QuorvexPlatform.efi; do \
-	  test -f $$f && printf '%-22s %8d bytes\n' $$(basename $$f) $$(stat -c %s $$f); \
+	@for f in $(UEFI_DIR)/QuorvexSetup.efi $(UEFI_DIR)/QuorvexPlatform.efi \
+	    $(UEFI_DIR)/QuorvexFirmwareSetup.efi; do \
+	  test -f $$f && printf '%-26s %8d bytes\n' $$(basename $$f) $$(stat -c %s $$f); \
 	done; true
 
 # A real FAT disk: QEMU's emulated FAT directory can lose the tail of what
 # the guest writes (a screenshot's last bytes).
-run: image
+run: $(if $(FIRMWARE),firmware,image)
+	@$(ROOT)/scripts/deps run
 	@$(ROOT)/scripts/run-qemu $(if $(SCREENSHOT),--screenshot $(abspath $(SCREENSHOT))) \
-	  $(if $(MOUSE),--mouse) --image $(IMAGE_FILE) --screenshots-to $(ROOT)/build/screenshots
+	  $(if $(MOUSE),--mouse) $(if $(FIRMWARE),--firmware $(FIRMWARE_DIR),--image $(IMAGE_FILE) \
+	  --screenshots-to $(ROOT)/build/screenshots)
 
 sim: host-configure
 	@cmake --build $(HOST_DIR) -j $(JOBS) --target quorvex-sim
@@ -101,7 +114,7 @@ sim: host-configure
 # Host tests (unit, scenarios) in parallel; then the image checks and the
 # end-to-end tests, which boot QEMU one at a time. Both groups always run; the
 # command fails if either failed.
-test: build fuzz-build
+test: build firmware fuzz-build
 	@$(ROOT)/scripts/deps test
 	@status=0; \
 	  (cd $(HOST_DIR) && ctest --output-on-failure -j $(JOBS)) || status=1; \
@@ -112,7 +125,7 @@ test: build fuzz-build
 unit-test: host
 	@cd $(HOST_DIR) && ctest --output-on-failure -L unit
 
-e2e: esp
+e2e: esp firmware
 	@$(ROOT)/scripts/deps run
 	@cd $(UEFI_DIR) && ctest --output-on-failure -L e2e
 

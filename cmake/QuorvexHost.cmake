@@ -130,6 +130,14 @@ if(reference_sources)
   list(APPEND QUORVEX_HOST_LIBRARIES quorvex_reference)
 endif()
 
+if(QUORVEX_FIRMWARE_SOURCES AND TARGET quorvex_utility AND TARGET quorvex_reference)
+  add_library(quorvex_firmware_entry STATIC ${QUORVEX_FIRMWARE_SOURCES})
+  target_link_libraries(quorvex_firmware_entry PUBLIC quorvex_platform_lib
+                        PRIVATE quorvex_firmware_flags)
+  add_dependencies(quorvex_firmware_entry quorvex_generated)
+  list(APPEND QUORVEX_HOST_LIBRARIES quorvex_firmware_entry)
+endif()
+
 # The simulator: host/*.cpp. The file holding main() makes the executable; the
 # rest (the fake firmware) is a library the unit tests can use too.
 set(host_main)
@@ -213,7 +221,7 @@ if(tool_tests)
   add_test(NAME tools
            COMMAND ${QUORVEX_PYTHON} -m unittest discover -s ${QUORVEX_SOURCE_DIR}/tests/tools
                    -p "test_*.py")
-  set_tests_properties(tools PROPERTIES TIMEOUT 300 LABELS tools)
+  set_tests_properties(tools PROPERTIES TIMEOUT 600 LABELS tools)
 endif()
 
 # Robustness runs of the simulator (tests/robust): seeded random sessions,

@@ -30,6 +30,8 @@ quorvex_glob(QUORVEX_PLATFORM_LIB_SOURCES platform)
 file(GLOB QUORVEX_PLATFORM_LIB_ASM CONFIGURE_DEPENDS ${QUORVEX_SOURCE_DIR}/platform/*.S)
 list(APPEND QUORVEX_PLATFORM_LIB_SOURCES ${QUORVEX_PLATFORM_LIB_ASM})
 quorvex_glob(QUORVEX_REFERENCE_SOURCES reference_platform)
+# The setup image inside the firmware: platform and utility in one image.
+quorvex_glob(QUORVEX_FIRMWARE_SOURCES firmware)
 quorvex_glob(QUORVEX_HOST_SOURCES host)
 quorvex_glob(QUORVEX_UNIT_TEST_SOURCES tests/unit)
 

@@ -74,6 +74,18 @@ if(reference_sources)
   list(APPEND images QuorvexPlatform)
 endif()
 
+# The setup image inside the firmware: the reference platform and the utility
+# linked into one application, started by the platform's own set-up routine.
+if(QUORVEX_FIRMWARE_SOURCES AND TARGET quorvex_utility_objects AND TARGET quorvex_reference_objects)
+  add_library(quorvex_firmware_objects OBJECT ${QUORVEX_FIRMWARE_SOURCES})
+  target_link_libraries(quorvex_firmware_objects PUBLIC quorvex_uefi_flags)
+  add_executable(QuorvexFirmwareSetup)
+  target_link_libraries(QuorvexFirmwareSetup PRIVATE quorvex_firmware_objects
+                        quorvex_utility_objects quorvex_reference_objects quorvex_platform_lib_setup)
+  set_target_properties(QuorvexFirmwareSetup PROPERTIES LINK_FLAGS "/entry:QuorvexFirmware_EntryPoint")
+  list(APPEND images QuorvexFirmwareSetup)
+endif()
+
 # The EFI system partition: the launcher as the removable-media boot file and
 # the utility next to it.
 if(TARGET QuorvexSetup AND TARGET QuorvexPlatform)
@@ -86,6 +98,37 @@ if(TARGET QuorvexSetup AND TARGET QuorvexPlatform)
     DEPENDS QuorvexSetup QuorvexPlatform
     COMMENT "Laying out ${QUORVEX_ESP_DIR}"
     VERBATIM)
+endif()
+
+# The firmware image (make firmware; not part of ALL: it needs Debian's OVMF):
+# Debian's OVMF with its front page replaced by QuorvexFirmwareSetup.efi.
+#   1. the inner image is laid out as ${QUORVEX_FIRMWARE_DIR}/QuorvexFirmwareSetup.efi;
+#      a step that changes the image before it goes into the firmware (signing)
+#      adds its COMMAND there, after the copy;
+#   2. tools/make_firmware.py puts that file into the firmware volume.
+set(QUORVEX_FIRMWARE_DIR ${QUORVEX_SOURCE_DIR}/build/firmware CACHE PATH "Firmware image directory")
+set(QUORVEX_OVMF_CODE /usr/share/OVMF/OVMF_CODE_4M.fd CACHE FILEPATH "Firmware image to start from")
+set(QUORVEX_OVMF_VARS /usr/share/OVMF/OVMF_VARS_4M.fd CACHE FILEPATH "Its variable store")
+if(TARGET QuorvexFirmwareSetup)
+  find_program(QUORVEX_PYTHON NAMES python3 REQUIRED)
+  set(firmware_app ${QUORVEX_FIRMWARE_DIR}/QuorvexFirmwareSetup.efi)
+  add_custom_command(OUTPUT ${firmware_app}
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${QUORVEX_FIRMWARE_DIR}
+    COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:QuorvexFirmwareSetup> ${firmware_app}
+    DEPENDS QuorvexFirmwareSetup
+    COMMENT "Laying out the firmware's setup image"
+    VERBATIM)
+  file(GLOB fv_tool CONFIGURE_DEPENDS ${QUORVEX_SOURCE_DIR}/tools/fv/*.py)
+  add_custom_command(OUTPUT ${QUORVEX_FIRMWARE_DIR}/QUORVEX_CODE.fd
+    COMMAND ${QUORVEX_PYTHON} ${QUORVEX_SOURCE_DIR}/tools/make_firmware.py
+            --code ${QUORVEX_OVMF_CODE} --app ${firmware_app}
+            --out ${QUORVEX_FIRMWARE_DIR}/QUORVEX_CODE.fd
+            --vars ${QUORVEX_OVMF_VARS} --out-vars ${QUORVEX_FIRMWARE_DIR}/QUORVEX_VARS.fd
+    DEPENDS ${firmware_app} ${QUORVEX_OVMF_CODE} ${QUORVEX_SOURCE_DIR}/tools/make_firmware.py
+            ${fv_tool}
+    COMMENT "Building the firmware image"
+    VERBATIM)
+  add_custom_target(firmware DEPENDS ${QUORVEX_FIRMWARE_DIR}/QUORVEX_CODE.fd)
 endif()
 
 # The key-latency benchmark's yardstick: a trivial application on an ESP of
@@ -144,6 +187,9 @@ foreach(image IN LISTS images)
     set(objects quorvex_latency_app_objects)
   elseif(image STREQUAL WatchdogChain)
     set(objects quorvex_watchdog_chain_objects)
+  elseif(image STREQUAL QuorvexFirmwareSetup)
+    set(objects quorvex_firmware_objects quorvex_utility_objects quorvex_reference_objects
+                quorvex_platform_lib_setup)
   else()
     set(objects quorvex_reference_objects quorvex_platform_lib_reference)
   endif()
@@ -164,7 +210,7 @@ if(TARGET esp)
            COMMAND ${QUORVEX_PYTHON} -m unittest discover -s ${QUORVEX_SOURCE_DIR}/tests/e2e
                    -p "*_test.py" -v)
   set_tests_properties(e2e PROPERTIES LABELS e2e TIMEOUT 1200 RUN_SERIAL TRUE
-                       ENVIRONMENT "QUORVEX_ESP=${QUORVEX_ESP_DIR};QUORVEX_BUILD=${CMAKE_BINARY_DIR}")
+                       ENVIRONMENT "QUORVEX_ESP=${QUORVEX_ESP_DIR};QUORVEX_BUILD=${CMAKE_BINARY_DIR};QUORVEX_FIRMWARE=${QUORVEX_FIRMWARE_DIR}")
   # Power cuts during a save: ten QEMU kills at random moments of F10, Yes.
   add_test(NAME power-cuts
            COMMAND ${QUORVEX_PYTHON} ${QUORVEX_SOURCE_DIR}/tests/e2e/power_cut.py --cuts 10)

@@ -1,21 +1,9 @@
 // QuorvexPlatform.efi: installs the vendor services, then loads and starts
 // \QuorvexSetup.efi from the volume the launcher itself was loaded from.
 #include "platform/lib.h"
-#include "platform/watchdog.h"
-#include "reference_platform/debug_trace.h"
-#include "reference_platform/extended_key.h"
-#include "reference_platform/glyph_font.h"
-#include "reference_platform/hii_font_fallback.h"
-#include "reference_platform/image_display.h"
 #include "reference_platform/platform_context.h"
-#include "reference_platform/platform_service.h"
+#include "reference_platform/platform_run.h"
 #include "reference_platform/reference_platform.h"
-#include "reference_platform/serial.h"
-#include "reference_platform/setup_data_service.h"
-#include "reference_platform/store.h"
-#include "reference_platform/usb_hid_pointer.h"
-
-void (*PlatformStartHook)() = nullptr;
 
 namespace {
 
@@ -24,47 +12,8 @@ constexpr UINTN kFirstReadSize = 1u << 20;
 constexpr UINTN kLargestImage = 64u << 20;
 constexpr UINTN kLongestDevicePath = 64u << 10;
 
-constinit GlyphFontInstance gTextFont = {};
-constinit GlyphFontInstance gLargeDigitFont = {};
-
-// One line on the serial port and, when there is one, on the console.
 void Report(const CHAR8* What, EFI_STATUS Status) {
-  AsciiLine line;
-  AsciiLine_Start(&line, "QuorvexPlatform: ");
-  AsciiLine_Append(&line, What);
-  AsciiLine_Append(&line, " (status ");
-  AsciiLine_AppendHex(&line, Status);
-  AsciiLine_Append(&line, ")");
-  Serial_WriteLine(line.Text);
-  if (PlatformSystemTable && PlatformSystemTable->ConOut &&
-      PlatformSystemTable->ConOut->OutputString) {
-    CHAR16 wide[AsciiLine::kCapacity + 2];
-    UINTN i = 0;
-    for (; line.Text[i]; ++i) wide[i] = static_cast<UINT8>(line.Text[i]);
-    wide[i++] = u'\r';
-    wide[i++] = u'\n';
-    wide[i] = 0;
-    PlatformSystemTable->ConOut->OutputString(PlatformSystemTable->ConOut, wide);
-  }
-}
-
-void Install(const CHAR8* What, EFI_STATUS Status) {
-  if (EFI_ERROR(Status)) Report(What, Status);
-}
-
-void InstallServices() {
-  GlyphFont_Init(&gTextFont, &kGlyphFontData);
-  GlyphFont_Init(&gLargeDigitFont, &kLargeDigitFontData);
-  Install("cannot install the glyph font",
-          Platform_InstallOnNewHandle(kGlyphFontGuid, &gTextFont.Protocol));
-  Install("cannot install the large-digit font",
-          Platform_InstallOnNewHandle(kLargeDigitFontGuid, &gLargeDigitFont.Protocol));
-  Install("cannot install the image display service", ImageDisplay_Install());
-  Install("cannot install the platform service", PlatformService_Install());
-  Install("cannot install the debug trace protocol", DebugTrace_Install());
-  Install("cannot install the setup data service", SetupDataService_Install());
-  Install("cannot install the extended key-code protocol", ExtendedKey_Install());
-  Install("cannot install an HII Font protocol", HiiFontFallback_InstallIfMissing());
+  Platform_Report(What, Status);
 }
 
 // Reads the whole file into a pool buffer. Only Read is relied on: the
@@ -169,7 +118,7 @@ EFI_DEVICE_PATH_PROTOCOL* UtilityDevicePath(EFI_HANDLE Device) {
   return reinterpret_cast<EFI_DEVICE_PATH_PROTOCOL*>(path);
 }
 
-EFI_STATUS StartUtility(EFI_HANDLE ImageHandle) {
+EFI_STATUS StartUtility(EFI_HANDLE ImageHandle, EFI_SYSTEM_TABLE*) {
   void* interface = nullptr;
   EFI_STATUS status =
       PlatformBootServices->HandleProtocol(ImageHandle, &kLoadedImageGuid, &interface);
@@ -210,22 +159,5 @@ EFI_STATUS StartUtility(EFI_HANDLE ImageHandle) {
 
 extern "C" EFI_STATUS EFIAPI QuorvexPlatform_EntryPoint(EFI_HANDLE ImageHandle,
                                                         EFI_SYSTEM_TABLE* SystemTable) {
-  if (!SystemTable || !SystemTable->BootServices) return EFI_INVALID_PARAMETER;
-  Quorvex_Lib_Init(ImageHandle, SystemTable);
-  Quorvex_Watchdog_Disarm(SystemTable->BootServices);
-  Platform_BindFirmware(ImageHandle, SystemTable);
-  Store_Load();
-  InstallServices();
-  if (PlatformStartHook) PlatformStartHook();
-  UsbHidPointer_Start(ImageHandle);
-  const EFI_STATUS status = StartUtility(ImageHandle);
-  UsbHidPointer_Stop();
-  // The utility ended without a reset (a start-up failure): this image is
-  // about to be unloaded, so nothing may keep pointing into it.
-  Platform_UninstallAll();
-  ImageDisplay_ClearCache();
-  GlyphFont_Release(&gTextFont);
-  GlyphFont_Release(&gLargeDigitFont);
-  Quorvex_Watchdog_HandBack(SystemTable->BootServices);
-  return status;
+  return QuorvexPlatform_Run(ImageHandle, SystemTable, StartUtility);
 }

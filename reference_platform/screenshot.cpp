@@ -76,18 +76,28 @@ EFI_STATUS CaptureScreen(EFI_GRAPHICS_OUTPUT_BLT_PIXEL** Pixels, UINT32* Width, 
   return EFI_SUCCESS;
 }
 
-EFI_STATUS OpenRoot(EFI_FILE_PROTOCOL** Root) {
+// The file system on Device, or null.
+EFI_SIMPLE_FILE_SYSTEM_PROTOCOL* FileSystemOf(EFI_HANDLE Device) {
   void* interface = nullptr;
-  EFI_STATUS status =
-      PlatformBootServices->HandleProtocol(PlatformImageHandle, &kLoadedImageGuid, &interface);
-  if (EFI_ERROR(status) || !interface) return EFI_ERROR(status) ? status : EFI_NOT_FOUND;
-  EFI_HANDLE device = static_cast<EFI_LOADED_IMAGE_PROTOCOL*>(interface)->DeviceHandle;
-  interface = nullptr;
-  status = PlatformBootServices->HandleProtocol(device, &kSimpleFileSystemGuid, &interface);
-  if (EFI_ERROR(status) || !interface) return EFI_ERROR(status) ? status : EFI_NOT_FOUND;
-  auto* volume = static_cast<EFI_SIMPLE_FILE_SYSTEM_PROTOCOL*>(interface);
+  if (EFI_ERROR(PlatformBootServices->HandleProtocol(Device, &kSimpleFileSystemGuid, &interface)))
+    return nullptr;
+  return static_cast<EFI_SIMPLE_FILE_SYSTEM_PROTOCOL*>(interface);
+}
+
+// The device the platform was loaded from: the ESP for the launcher, the
+// firmware volume (no file system) for the setup inside the firmware.
+EFI_HANDLE OwnDevice() {
+  void* interface = nullptr;
+  if (EFI_ERROR(PlatformBootServices->HandleProtocol(PlatformImageHandle, &kLoadedImageGuid,
+                                                     &interface)) ||
+      !interface)
+    return nullptr;
+  return static_cast<EFI_LOADED_IMAGE_PROTOCOL*>(interface)->DeviceHandle;
+}
+
+EFI_STATUS OpenRoot(EFI_SIMPLE_FILE_SYSTEM_PROTOCOL* Volume, EFI_FILE_PROTOCOL** Root) {
   *Root = nullptr;
-  status = volume->OpenVolume(volume, Root);
+  EFI_STATUS status = Volume->OpenVolume(Volume, Root);
   if (!EFI_ERROR(status) && !*Root) status = EFI_NOT_FOUND;
   return status;
 }
@@ -154,6 +164,45 @@ EFI_STATUS SaveTo(EFI_FILE_PROTOCOL* Root, const UINT8* Png, UINTN Size, const C
 
 } // namespace
 
+namespace {
+
+// Saves on the first volume that takes the file: the platform's own volume
+// first, then every other file system in the firmware's order. Returns
+// EFI_NOT_FOUND when there is no file system at all; otherwise the last
+// failure, with What saying what failed.
+EFI_STATUS SaveOnFirstWritableVolume(const UINT8* Png, UINTN Size, const CHAR8** What) {
+  EFI_HANDLE own = OwnDevice();
+  EFI_HANDLE* handles = nullptr;
+  UINTN count = 0;
+  if (!PlatformBootServices->LocateHandleBuffer ||
+      EFI_ERROR(PlatformBootServices->LocateHandleBuffer(ByProtocol, &kSimpleFileSystemGuid,
+                                                         nullptr, &count, &handles)) ||
+      !handles)
+    count = 0;
+  EFI_STATUS status = EFI_NOT_FOUND;
+  *What = "no FAT volume to write to";
+  for (UINTN i = 0; i <= count; ++i) {
+    // Index 0 is the own device; the list then skips it.
+    EFI_HANDLE device = i == 0 ? own : handles[i - 1];
+    if (!device || (i > 0 && device == own)) continue;
+    EFI_SIMPLE_FILE_SYSTEM_PROTOCOL* volume = FileSystemOf(device);
+    if (!volume) continue;
+    EFI_FILE_PROTOCOL* root = nullptr;
+    status = OpenRoot(volume, &root);
+    if (EFI_ERROR(status)) {
+      *What = "cannot open the volume";
+      continue;
+    }
+    status = SaveTo(root, Png, Size, What);
+    root->Close(root);
+    if (!EFI_ERROR(status)) break;
+  }
+  if (handles) Quorvex_FreePool(handles);
+  return status;
+}
+
+} // namespace
+
 EFI_STATUS Screenshot_Save() {
   EFI_GRAPHICS_OUTPUT_BLT_PIXEL* pixels = nullptr;
   UINT32 width = 0, height = 0;
@@ -162,27 +211,18 @@ EFI_STATUS Screenshot_Save() {
     ReportFailure("cannot read the screen", status);
     return status;
   }
-  // The volume first: without one there is nothing to encode for.
-  EFI_FILE_PROTOCOL* root = nullptr;
-  status = OpenRoot(&root);
-  if (EFI_ERROR(status)) {
-    Quorvex_FreePool(pixels);
-    ReportFailure("no file system on the platform's volume", status);
-    return status;
-  }
   UINT8* png = nullptr;
   UINTN size = 0;
   status = PngEncode_Rgb(pixels, width, height, &png, &size);
   Quorvex_FreePool(pixels);
   if (EFI_ERROR(status)) {
     ReportFailure("cannot encode the picture", status);
-  } else {
-    const CHAR8* what = "";
-    status = SaveTo(root, png, size, &what);
-    if (EFI_ERROR(status)) ReportFailure(what, status);
-    Quorvex_FreePool(png);
+    return status;
   }
-  root->Close(root);
+  const CHAR8* what = "";
+  status = SaveOnFirstWritableVolume(png, size, &what);
+  if (EFI_ERROR(status)) ReportFailure(what, status);
+  Quorvex_FreePool(png);
   return status;
 }
 

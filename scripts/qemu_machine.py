@@ -20,6 +20,8 @@ from qmp import Qmp
 OVMF_DIR = "/usr/share/OVMF"
 OVMF_CODE = os.path.join(OVMF_DIR, "OVMF_CODE.fd")
 OVMF_VARS = os.path.join(OVMF_DIR, "OVMF_VARS.fd")
+# The variable store that matches the 4 MiB code image make firmware starts from.
+OVMF_VARS_4M = os.path.join(OVMF_DIR, "OVMF_VARS_4M.fd")
 
 PAGE_COLOUR = 0xEBF1FA
 RIGHT_COLUMN_COLOUR = 0xD8E1F2
@@ -66,13 +68,19 @@ def utility_drawn(img):
 class Machine:
     def __init__(self, esp, work_dir, display="none", vars_file=None, keep_vars=False,
                  serial_log=None, shutdown_exits=False, memory_mb=512, extra_args=(),
-                 pointers=("tablet",), image=None, image_writable=False):
+                 pointers=("tablet",), image=None, image_writable=False,
+                 firmware_code=None, vars_template=None):
         """display: "none" (headless), "vnc" (127.0.0.1), or "window".
         pointers: the USB pointing devices, "tablet" and/or "mouse".
         image: a raw disk image to boot instead of the ESP directory; its
-        writes are dropped unless image_writable. esp None with no image:
-        no disk at all (the firmware's own screens)."""
+        writes are dropped unless image_writable.
+        firmware_code: a firmware image to boot instead of OVMF (make
+        firmware). esp None with no image: no disk at all (the firmware's own
+        screens). vars_template: the
+        store vars_file is copied from (OVMF's when None)."""
         self.esp = os.path.abspath(esp) if esp else None
+        self.firmware_code = firmware_code or OVMF_CODE
+        self.vars_template = vars_template or OVMF_VARS
         self.image = os.path.abspath(image) if image else None
         self.image_writable = image_writable
         self.pointers = tuple(pointers)
@@ -115,7 +123,7 @@ class Machine:
                 "-nodefaults", "-no-user-config"]
         args += ["-accel", accelerator()]
         args += [
-            "-drive", f"if=pflash,format=raw,unit=0,readonly=on,file={OVMF_CODE}",
+            "-drive", f"if=pflash,format=raw,unit=0,readonly=on,file={self.firmware_code}",
             "-drive", f"if=pflash,format=raw,unit=1,file={self.vars_file}",
             "-vga", "none", "-device", "ramfb",
             "-device", "qemu-xhci,id=xhci",
@@ -140,7 +148,7 @@ class Machine:
 
     def start(self, timeout=30.0):
         if not (os.path.isfile(self.vars_file) and self.keep_vars):
-            shutil.copyfile(OVMF_VARS, self.vars_file)
+            shutil.copyfile(self.vars_template, self.vars_file)
         args = self.command_line()
         self.stderr = open(os.path.join(self.work_dir, "qemu.stderr"), "w")
         self.process = subprocess.Popen(args, stdin=subprocess.DEVNULL, stdout=self.stderr,

@@ -13,7 +13,9 @@ across guest resets within the test). The last screen and the serial log of
 every machine are kept in build/e2e/ under the test's name.
 
 Environment: QUORVEX_ESP (the ESP directory, default build/esp),
-QUORVEX_E2E_DIR (default build/e2e), QUORVEX_QEMU_ACCEL (default tcg).
+QUORVEX_FIRMWARE (the firmware image directory of make firmware, default
+build/firmware), QUORVEX_E2E_DIR (default build/e2e), QUORVEX_QEMU_ACCEL
+(default tcg).
 """
 import os
 import re
@@ -24,11 +26,12 @@ ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__)
 sys.path.insert(0, os.path.join(ROOT, "scripts"))
 
 import pngread  # noqa: E402
-from qemu_machine import (PAGE_COLOUR, RIGHT_COLUMN_COLOUR, TAB_HIGHLIGHT_COLOUR,  # noqa: E402,F401
-                          Machine, MachineError, utility_drawn)
+from qemu_machine import (OVMF_VARS_4M, PAGE_COLOUR, RIGHT_COLUMN_COLOUR,  # noqa: E402,F401
+                          TAB_HIGHLIGHT_COLOUR, Machine, MachineError, utility_drawn)
 
 SECURITY_TAB = (240, 350)  # inside the Security tab, clear of its caption
 ESP = os.environ.get("QUORVEX_ESP", os.path.join(ROOT, "build", "esp"))
+FIRMWARE = os.environ.get("QUORVEX_FIRMWARE", os.path.join(ROOT, "build", "firmware"))
 WORK = os.environ.get("QUORVEX_E2E_DIR", os.path.join(ROOT, "build", "e2e"))
 
 
@@ -55,6 +58,18 @@ class QemuTestCase(unittest.TestCase):
         self.addCleanup(self._stop_machine)
         if wait:
             self.machine.wait_until_drawn(self.boot_timeout)
+        return self.machine
+
+    def boot_firmware(self):
+        """Starts QEMU on the firmware image of make firmware, with no disk
+        and a fresh copy of the stock variable store; returns at once."""
+        code = os.path.join(FIRMWARE, "QUORVEX_CODE.fd")
+        if not os.path.isfile(code):
+            self.fail(f"no firmware image at {code}: run make firmware")
+        self.machine = Machine(None, WORK, display="none", serial_log=self.artefact(".serial.log"),
+                               firmware_code=code, vars_template=OVMF_VARS_4M)
+        self.machine.start()
+        self.addCleanup(self._stop_machine)
         return self.machine
 
     def _stop_machine(self):

@@ -23,6 +23,8 @@ RANK = {
 # Folders outside the utility and what each may include besides itself.
 ALLOWED = {
     "reference_platform": {"platform", "setup_data", "assets"},
+    # The setup image inside the firmware joins the platform and the utility.
+    "firmware": {"platform", "reference_platform", "core"},
 }
 
 FAKE_FIRMWARE_GLOB = "host/fake_*"

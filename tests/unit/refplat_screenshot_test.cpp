@@ -230,6 +230,39 @@ TEST_F(ScreenshotTest, EveryFailureIsOneSerialLineAndLeavesNothing) {
   ExpectScreen(Shot(5));
 }
 
+// The setup inside the firmware is loaded from a firmware volume, which has
+// no file system: the picture goes to the first volume that has one.
+TEST_F(ScreenshotTest, FromAVolumeWithoutFileSystemSavesOnTheNextOne) {
+  static constexpr EFI_GUID kMarker = {0x5A1E0001, 0x1, 0x2, {1, 2, 3, 4, 5, 6, 7, 8}};
+  static int marker = 0;
+  EFI_HANDLE firmwareVolume = nullptr;
+  ASSERT_EQ(fake::BootServices()->InstallProtocolInterface(&firmwareVolume, &kMarker,
+                                                           EFI_NATIVE_INTERFACE, &marker),
+            EFI_SUCCESS);
+  static EFI_LOADED_IMAGE_PROTOCOL loaded = {};
+  loaded.DeviceHandle = firmwareVolume;
+  EFI_HANDLE image = nullptr;
+  ASSERT_EQ(fake::BootServices()->InstallProtocolInterface(&image, &kLoadedImageGuid,
+                                                           EFI_NATIVE_INTERFACE, &loaded),
+            EFI_SUCCESS);
+  Platform_BindFirmware(image, fake::SystemTable());
+  testing::internal::CaptureStderr();
+  ASSERT_EQ(Screenshot_Save(), EFI_SUCCESS);
+  testing::internal::GetCapturedStderr();
+  ExpectScreen(Shot(0));
+  fs::remove(Shot(0));
+
+  fake::SetVolumeFault(fake::VolumeFault::ReadOnly);
+  ExpectFailure("the only file system is read-only");
+  fake::SetVolumeFault(fake::VolumeFault::None);
+  fake::HideProtocol(kSimpleFileSystemGuid);
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(Screenshot_Save(), EFI_NOT_FOUND);
+  EXPECT_NE(testing::internal::GetCapturedStderr().find("no FAT volume to write to"),
+            std::string::npos);
+  fake::HideProtocol(kSimpleFileSystemGuid, false);
+}
+
 // The key's silence in a password field is played through in a scenario;
 // here, that a changed hot key is followed.
 TEST_F(ScreenshotTest, HotKeyFollowsTheSetting) {
