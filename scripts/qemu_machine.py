@@ -76,8 +76,8 @@ class Machine:
         writes are dropped unless image_writable.
         firmware_code: a firmware image to boot instead of OVMF (make
         firmware). esp None with no image: no disk at all (the firmware's own
-        screens). vars_template: the
-        store vars_file is copied from (OVMF's when None)."""
+        screens). vars_template: the store vars_file is copied from (OVMF's
+        when None)."""
         self.esp = os.path.abspath(esp) if esp else None
         self.firmware_code = firmware_code or OVMF_CODE
         self.vars_template = vars_template or OVMF_VARS
