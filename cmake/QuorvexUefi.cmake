@@ -33,7 +33,6 @@ target_include_directories(quorvex_uefi_flags SYSTEM INTERFACE ${stb_dir})
 quorvex_prefix(gen_utility ${GEN} ${QUORVEX_GENERATED_UTILITY_SOURCES})
 quorvex_prefix(gen_reference ${GEN} ${QUORVEX_GENERATED_REFERENCE_SOURCES})
 set_source_files_properties(${gen_utility} ${gen_reference} PROPERTIES GENERATED TRUE)
-quorvex_placeholder_text_header(${GEN})
 
 # The platform library, compiled once per image: the setup utility's copy
 # carries the allocation trace switch, the reference platform's never traces

@@ -4,6 +4,18 @@
 //
 //   quorvex-sim [--mode WxH]... [--settings FILE] [--script FILE] [--out DIR]
 //               [--trace] [--window] [--fail-alloc N] [--hostile-service LIST]
+//               [--machine-boot KINDS] [--machine-smbios VERSION]
+//               [--machine-lang CODE] [--machine-lang-codes LIST]
+//               [--gate] [--password KIND=TEXT]...
+//
+// The --machine switches give the fake firmware what a real machine's has
+// (host/fake_machine.h): boot options with a BootOrder, SMBIOS tables, the
+// firmware's language variables. When one is given, the run ends with a line
+// "machine: BootOrder ... PlatformLang ..." on the standard error.
+//
+// --gate runs the reference platform's password gate before the utility;
+// --password installs a password (KIND supervisor, user, hdd_master or
+// hdd_user) before it starts.
 //
 // The last two are for robustness tests: --fail-alloc N makes the Nth pool
 // allocation of the run fail (0: none) and reports at the end how many
@@ -28,6 +40,7 @@
 
 #include "core/startup.h"
 #include "host/fake_firmware.h"
+#include "host/fake_machine.h"
 #include "host/fake_script.h"
 #include "host/hostile_service.h"
 #include "host/sim_bench.h"
@@ -36,6 +49,7 @@
 // The boot volume served from the output directory (screenshots).
 #include "host/fake_volume.h"
 #include "reference_platform/reference_platform.h"
+#include "reference_platform/store.h"
 
 namespace {
 
@@ -43,6 +57,14 @@ constexpr const char* kUsage =
     "usage: quorvex-sim [--mode WxH]... [--settings FILE] [--script FILE] [--out DIR] [--trace] "
     "[--window]\n"
     "                   [--fail-alloc N] [--hostile-service NAME[,NAME...]]\n"
+    "                   [--machine-boot KIND[,KIND...]] [--machine-smbios VERSION]\n"
+    "                   [--machine-lang CODE] [--machine-lang-codes LIST]\n"
+    "  --machine-boot ...     BootOrder and Boot#### options: hdd usb lan odd app shell missing\n"
+    "  --machine-smbios V     SMBIOS tables with firmware version V\n"
+    "  --machine-lang CODE    PlatformLang (--machine-lang-codes: PlatformLangCodes, a;b;c)\n"
+    "                   [--gate] [--password KIND=TEXT]...\n"
+    "  --gate                 ask for an installed password before the utility starts\n"
+    "  --password KIND=TEXT   install a password (supervisor, user, hdd_master, hdd_user)\n"
     "  --fail-alloc N         the Nth pool allocation of the run fails (0: none); the run ends\n"
     "                         with the allocation count and the blocks still held\n"
     "  --hostile-service ...  hostile answers of the setup data service and the clock:\n"
@@ -59,6 +81,14 @@ struct CommandLine {
   bool Window = false;
   bool FailAllocGiven = false;
   UINT64 FailAlloc = 0;
+  bool Machine = false; // a --machine switch was given
+  std::vector<std::string> BootKinds;
+  bool SmbiosGiven = false;
+  std::string SmbiosVersion;
+  std::string PlatformLang;
+  std::string PlatformLangCodes;
+  bool Gate = false;
+  std::vector<std::string> Passwords; // KIND=TEXT
 };
 
 // The state the exits need. Plain globals: the run ends from deep inside
@@ -88,6 +118,7 @@ void PrintUsage(std::FILE* Out) {
 [[noreturn]] void Finish(int Status, const std::string& Message) {
   sim::Bench_Mark("end");
   if (!Message.empty()) std::fprintf(stderr, "%s\n", Message.c_str());
+  if (Args.Machine) std::fprintf(stderr, "machine: %s\n", fake::DescribeMachine().c_str());
   if (TraceFile) {
     std::fclose(TraceFile);
     TraceFile = nullptr;
@@ -192,6 +223,26 @@ void ParseCommandLine(int Argc, char** Argv) {
     } else if (arg == "--hostile-service") {
       std::string error;
       if (!sim::Hostile_Parse(value("--hostile-service"), &error)) Usage(error);
+    } else if (arg == "--machine-boot") {
+      std::string error;
+      if (!fake::ParseBootKinds(value("--machine-boot"), &Args.BootKinds, &error)) Usage(error);
+      Args.Machine = true;
+    } else if (arg == "--machine-smbios") {
+      Args.SmbiosVersion = value("--machine-smbios");
+      Args.SmbiosGiven = Args.Machine = true;
+    } else if (arg == "--machine-lang") {
+      Args.PlatformLang = value("--machine-lang");
+      if (Args.PlatformLang.empty()) Usage("--machine-lang needs a language code");
+      Args.Machine = true;
+    } else if (arg == "--machine-lang-codes") {
+      Args.PlatformLangCodes = value("--machine-lang-codes");
+      Args.Machine = true;
+    } else if (arg == "--gate") {
+      Args.Gate = true;
+    } else if (arg == "--password") {
+      const std::string text = value("--password");
+      if (text.find('=') == std::string::npos) Usage("--password needs KIND=TEXT");
+      Args.Passwords.push_back(text);
     } else if (arg == "--help" || arg == "-h") {
       PrintUsage(stdout);
       std::exit(0);
@@ -251,6 +302,12 @@ void ApplySettings() {
                     "' is not a setting that can be set, or " + std::to_string(s.Value) +
                     " is outside its range");
   }
+  for (const std::string& p : Args.Passwords) {
+    const size_t equals = p.find('=');
+    if (!Password_SetByName(p.substr(0, equals).c_str(), p.substr(equals + 1).c_str()))
+      Finish(2, "--password " + p.substr(0, equals) +
+                    ": unknown kind, or the text is not printable ASCII within the maximum length");
+  }
 }
 
 void WriteTraceLine(const char* Line) {
@@ -300,6 +357,10 @@ int main(int argc, char** argv) {
   fake::Options options;
   options.Modes = Args.Modes;
   fake::Reset(options);
+  if (!Args.BootKinds.empty()) fake::InstallBootOptions(Args.BootKinds);
+  if (Args.SmbiosGiven) fake::InstallSmbios(Args.SmbiosVersion);
+  if (!Args.PlatformLang.empty() || !Args.PlatformLangCodes.empty())
+    fake::SetPlatformLang(Args.PlatformLang, Args.PlatformLangCodes);
   sim::Bench_Start();
   // The boot volume is the output directory: the screenshot key's pictures
   // land in DIR/screenshots/.
@@ -323,6 +384,7 @@ int main(int argc, char** argv) {
     SetupDataTraceSink = WriteTraceLine;
   }
   PlatformStartHook = ApplySettings;
+  PlatformGateEnabled = Args.Gate;
 
   if (Args.Window) {
     std::string error;

@@ -7,6 +7,7 @@
 
 #include "platform/efi.h"
 #include "platform/vendor_protocols.h"
+#include "setup_data/keyboard_layout.h"
 
 // ---- State ------------------------------------------------------------------
 extern UINT8 VirtualKeyboardActive;  // 1 between start and stop
@@ -27,18 +28,6 @@ constexpr UINT8 kLedsCapsOff = 0xC0;
 constexpr UINT8 kLedsCapsOn = 0xC4;
 
 // ---- Layout -----------------------------------------------------------------
-// Rows of the keyboard, top down: function keys, digits, q row, a row, z row,
-// the bottom row (symbols, Space, Enter).
-constexpr UINT32 kKeyboardRows = 6;
-constexpr UINT32 kKeyboardColumns = 12;
-// Column of the wide keys (ESC, Back, Caps, Shift, Enter) and of Space.
-constexpr UINT32 kWideKeyColumn = 10;
-constexpr UINT32 kSpaceColumn = 7;
-constexpr UINT32 kBottomSymbolCount = 7;
-
-struct KeyboardRect {
-  UINT64 X, Y, Width, Height;
-};
 // The panel and its keys for the current screen size.
 KeyboardRect Quorvex_VirtualKeyboard_Panel();
 // Key (Row, Column): its rectangle; false where the row has no key there.

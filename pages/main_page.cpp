@@ -213,7 +213,6 @@ void Quorvex_MainPage_Init() {
     SetupData_Get_french_available(&FrenchAvailable);
     BuildLanguageList();
   }
-  Quorvex_HelpBar_Draw();
 
   Quorvex_Page_HideAbsent(MainPageItems, MainPageItemCount);
 
@@ -314,7 +313,7 @@ void Quorvex_MainPage_Enter() {
   Quorvex_Page_KeyLoop(kMainPageView, hooks);
 }
 
-EFI_STATUS Quorvex_MainPage_MouseClick(INT64, INT64) {
+EFI_STATUS Quorvex_MainPage_MouseClick() {
   if (PageState == kStateMainPage && Quorvex_ClockError_Click() == EFI_SUCCESS) return EFI_SUCCESS;
   if (PageState == kStateMainPage && Quorvex_ClockEditor_Click() == EFI_SUCCESS) return EFI_SUCCESS;
   return Quorvex_Page_Click(kMainPageView,

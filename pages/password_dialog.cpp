@@ -112,10 +112,11 @@ void DrawWindow(const CHAR16* Title) {
 
 void DrawField() {
   const Box box = PasswordBox();
-  const UINT64 x = box.X + 50;
-  const UINT64 y = box.Y + GlyphLineHeight + 80;
-  const UINT64 width = SaturatingSub(box.Width, 100);
-  const UINT64 height = GlyphLineHeight + 20;
+  const LookRect field = Look_PasswordField({box.X, box.Y, box.Width, box.Height}, GlyphLineHeight);
+  const UINT64 x = field.X;
+  const UINT64 y = field.Y;
+  const UINT64 width = field.Width;
+  const UINT64 height = field.Height;
   // Without an off-screen frame (no memory for it) the field is drawn
   // straight to the screen: the mask must show every typed character.
   const bool buffered = !EFI_ERROR(Quorvex_DoubleBuffer_Start(x, y, width, height));
@@ -162,14 +163,8 @@ bool SameSecond(const EFI_TIME& A, const EFI_TIME& B) {
 } // namespace
 
 PasswordWindowRect Quorvex_SecurityPasswordBox() {
-  // Half the screen wide and a quarter high; above the on-screen keyboard
-  // while it runs, else centred.
-  Box box;
-  box.Width = ScreenWidth * 50 / 100;
-  box.Height = ScreenHeight * 25 / 100;
-  box.X = (ScreenWidth - box.Width) / 2;
-  box.Y = VirtualKeyboardActive != 0 ? ScreenHeight * 25 / 200 : (ScreenHeight - box.Height) / 2;
-  return box;
+  const LookRect r = Look_PasswordWindow(ScreenWidth, ScreenHeight, VirtualKeyboardActive != 0);
+  return {r.X, r.Y, r.Width, r.Height};
 }
 
 PasswordWindowRect Quorvex_SecurityMessageBoxRect() {

@@ -9,9 +9,8 @@
 #include "setup_data/page_state.h"
 #include "platform/bindings.h"
 #include "graphics/draw_util.h"
-#include "graphics/windows.h"
-#include "input/modal_windows.h"
 #include "setup_data/page_actions.h"
+#include "pages/confirm.h"
 #include "pages/page_common.h"
 #include "pages/password_dialog.h"
 #include "pages/pages.h"
@@ -96,18 +95,9 @@ void Quorvex_SecurityPage_Toggle(SetupItem*) {
 }
 
 void Quorvex_SecurityPage_ClearSecureBootKeys(SetupItem*) {
-  // The window's fixed captions are replaced by the current language's.
-  YesNoCaptions[0] = TextOf(TEXT(CommonYes));
-  YesNoCaptions[1] = TextOf(TEXT(CommonNo));
-  YesNoCaptions[2] = nullptr;
-  const UINT64 width = ScreenWidth * 50 / 100;
-  const UINT64 height = ScreenHeight * 25 / 100;
-  const INT64 top = (static_cast<INT64>(height) - 40) / 2 - static_cast<INT64>(GlyphLineHeight / 2);
-  UINT64 choice = 1;
-  const EFI_STATUS status = Quorvex_Choice_Window(
-      width, height, 25, top > 0 ? static_cast<UINT64>(top) : 0,
-      TextOf(TEXT(SecurityClearSecureBootKeysConfirm)), YesNoCaptions, 0, &choice);
-  if (status == EFI_SUCCESS && choice == 0) SetupData_clear_secure_boot_keys();
+  if (Quorvex_ConfirmYesNo(TextOf(TEXT(SecurityClearSecureBootKeysConfirm)))) {
+    SetupData_clear_secure_boot_keys();
+  }
 }
 
 void Quorvex_SecurityPage_UserPassword(SetupItem*) {
@@ -288,7 +278,7 @@ void Quorvex_SecurityPage_Enter() {
   Quorvex_Page_KeyLoop(kSecurityPageView, hooks);
 }
 
-EFI_STATUS Quorvex_SecurityPage_MouseClick(INT64, INT64) {
+EFI_STATUS Quorvex_SecurityPage_MouseClick() {
   if (Quorvex_SecurityPage_DialogClick() == EFI_SUCCESS) return EFI_SUCCESS;
   return Quorvex_Page_Click(kSecurityPageView, {Quorvex_SecurityPageSelected_Draw,
                                                 Quorvex_SecurityPageNotSelected_Draw, nullptr,

@@ -4,6 +4,7 @@
 #include "platform/watchdog.h"
 #include "reference_platform/debug_trace.h"
 #include "reference_platform/extended_key.h"
+#include "reference_platform/gate.h"
 #include "reference_platform/glyph_font.h"
 #include "reference_platform/hii_font_fallback.h"
 #include "reference_platform/image_display.h"
@@ -75,6 +76,7 @@ EFI_STATUS QuorvexPlatform_Run(EFI_HANDLE ImageHandle, EFI_SYSTEM_TABLE* SystemT
   InstallServices();
   if (PlatformStartHook) PlatformStartHook();
   UsbHidPointer_Start(ImageHandle);
+  if (PlatformGateEnabled) Gate_Run(GatePurposeSetup);
   const EFI_STATUS status = RunUtility(ImageHandle, SystemTable);
   UsbHidPointer_Stop();
   // The utility ended without a reset (a start-up failure): this image is

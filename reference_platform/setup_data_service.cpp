@@ -3,6 +3,7 @@
 #include "platform/lib.h"
 #include "reference_platform/password_field_watch.h"
 #include "reference_platform/passwords.h"
+#include "reference_platform/machine_settings.h"
 #include "reference_platform/platform_context.h"
 #include "reference_platform/reference_platform.h"
 #include "reference_platform/screenshot.h"
@@ -159,7 +160,8 @@ UINT64 GetSetting(const OpEntry& Entry, OpCall* Call) {
     WriteTypeWide(StoreType_TEXT, Call->Argument1, reinterpret_cast<UINTN>(text));
     return EFI_SUCCESS;
   }
-  const UINT64 value = Store_Get(Entry.Setting);
+  UINT64 value = Store_Get(Entry.Setting);
+  if (Entry.Setting == kSetting_boot_order) value = MachineSettings_BootOrderAnswer(value);
   WriteTypeWide(info.Type, Call->Argument1, value);
   return value;
 }
@@ -198,6 +200,7 @@ UINT64 Op_save_and_leave(OpCall* Call) {
   const EFI_STATUS saved = Store_Save();
   // Nothing is lost when the save fails: the utility stays and can try again.
   if (EFI_ERROR(saved)) return saved;
+  MachineSettings_Save();
   WriteTrace(Call, false, 0);
   Reset(EfiResetCold, EFI_SUCCESS);
   return EFI_DEVICE_ERROR; // reached only if the reset did not happen
@@ -217,6 +220,7 @@ UINT64 Op_save_battery_off_and_power_off(OpCall* Call) {
     Store_SetRequests(before); // nothing was powered off: no request stays behind
     return saved;
   }
+  MachineSettings_Save();
   WriteTrace(Call, false, 0);
   Reset(EfiResetShutdown, EFI_SUCCESS);
   return EFI_DEVICE_ERROR;
@@ -401,5 +405,6 @@ SetupDataProtocol* SetupDataService_Instance() {
 EFI_STATUS SetupDataService_Install() {
   gService = kOperations; // whatever a previous run laid over the table goes
   PasswordFieldWatch_Reset();
+  MachineSettings_Load();
   return Platform_InstallOnNewHandle(kSetupDataGuid, &gService);
 }

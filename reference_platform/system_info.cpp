@@ -1,7 +1,9 @@
 #include "reference_platform/system_info.h"
 
 #include "platform/lib.h"
+#include "reference_platform/disk_model.h"
 #include "reference_platform/platform_context.h"
+#include "reference_platform/smbios.h"
 
 namespace {
 
@@ -46,6 +48,32 @@ void SetAscii(InfoSlot Slot, const CHAR8* Text) {
   UINTN i = 0;
   for (; Text[i] && i + 1 < kTextCapacity; ++i) gTexts[Slot][i] = static_cast<UINT8>(Text[i]);
   gTexts[Slot][i] = 0;
+}
+
+// Where the firmware publishes SMBIOS tables, the firmware and EC versions,
+// the processor speed and the installed memory come from them; a value the
+// tables lack shows "Unknown".
+void ApplySmbios() {
+  SmbiosInfo info;
+  if (!Smbios_FromSystemTable(PlatformSystemTable, &info)) return;
+  if (info.Vendor[0] && info.Version[0]) {
+    Format(gTexts[SlotBios], kTextCapacity, u"%s %s", info.Vendor, info.Version);
+  } else {
+    SetAscii(SlotBios, info.Version[0] ? info.Version : info.Vendor[0] ? info.Vendor : "Unknown");
+  }
+  if (info.HasEcRelease) {
+    Format(gTexts[SlotEc], kTextCapacity, u"%u.%u", info.EcMajor, info.EcMinor);
+  } else {
+    SetAscii(SlotEc, "Unknown");
+  }
+  if (info.CurrentSpeedMhz >= 1000) {
+    Format(gTexts[SlotCpuSpeed], kTextCapacity, u"%u.%02u GHz", info.CurrentSpeedMhz / 1000,
+           (info.CurrentSpeedMhz % 1000) / 10);
+  } else if (info.CurrentSpeedMhz) {
+    Format(gTexts[SlotCpuSpeed], kTextCapacity, u"%u MHz", info.CurrentSpeedMhz);
+  }
+  if (info.MemoryMegabytes)
+    Format(gTexts[SlotMemory], kTextCapacity, u"%u MB", info.MemoryMegabytes);
 }
 
 // Memory descriptor of the UEFI memory map.
@@ -175,7 +203,9 @@ void ReadDisks() {
                                                          &handles)) ||
       !handles)
     return;
-  bool disk = false, odd = false;
+  // The disk shown is the first fixed disk whose controller names its model
+  // (ATA or NVMe identify data); without one, the first fixed disk's size.
+  bool sized = false, named = false, odd = false;
   for (UINTN i = 0; i < count; ++i) {
     void* interface = nullptr;
     if (EFI_ERROR(PlatformBootServices->HandleProtocol(handles[i], &kBlockIoGuid, &interface)) ||
@@ -183,14 +213,20 @@ void ReadDisks() {
       continue;
     const BlockIoMedia* media = static_cast<BlockIoProtocol*>(interface)->Media;
     if (!media || media->LogicalPartition) continue;
-    if (!disk && !media->RemovableMedia && media->MediaPresent) {
-      const UINT64 bytes = (media->LastBlock + 1) * media->BlockSize;
-      if (bytes >= 1000000000ull) {
-        Format(gTexts[SlotDisk], kTextCapacity, u"%u GB Disk", bytes / 1000000000ull);
-      } else {
-        Format(gTexts[SlotDisk], kTextCapacity, u"%u MB Disk", bytes / 1000000ull);
+    if (!named && !media->RemovableMedia && media->MediaPresent) {
+      CHAR8 model[kTextCapacity];
+      if (DiskModel_OfHandle(handles[i], model, sizeof(model))) {
+        SetAscii(SlotDisk, model);
+        named = true;
+      } else if (!sized) {
+        const UINT64 bytes = (media->LastBlock + 1) * media->BlockSize;
+        if (bytes >= 1000000000ull) {
+          Format(gTexts[SlotDisk], kTextCapacity, u"%u GB Disk", bytes / 1000000000ull);
+        } else {
+          Format(gTexts[SlotDisk], kTextCapacity, u"%u MB Disk", bytes / 1000000ull);
+        }
       }
-      disk = true;
+      sized = true;
     } else if (!odd && media->RemovableMedia && media->BlockSize == 2048) {
       SetAscii(SlotOdd, "CD/DVD Drive");
       odd = true;
@@ -205,6 +241,7 @@ void ReadAll() {
   ReadDisks();
   SetAscii(SlotBios, "QVX 1.00");
   SetAscii(SlotEc, "QVX EC 1.00");
+  ApplySmbios();
 }
 
 #else
@@ -218,6 +255,7 @@ void ReadAll() {
   SetAscii(SlotMemory, "4096 MB");
   SetAscii(SlotBios, "QVX 1.00");
   SetAscii(SlotEc, "QVX EC 1.00");
+  ApplySmbios();
 }
 
 #endif

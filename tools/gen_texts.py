@@ -6,6 +6,11 @@
 Reads every text source, validates it and writes
 
   DIR/setup_data/text_entries.h   one `extern TextEntry <Id>;` per entry
+  DIR/setup_data/text_constants.h every entry again as a constant triple
+                                  kText_<Id>[3] (English, Japanese, French),
+                                  for code outside the utility (the reference
+                                  platform's password gate) that cannot link
+                                  the table; only what it uses lands in its image
   DIR/text_table_data.cpp         the entries (zero-initialised, so they cost
                                   the image nothing), one constant UTF-16 pack
                                   of every non-empty slot, a table of
@@ -392,6 +397,19 @@ def render_source(entries):
     return "".join(out)
 
 
+def render_constants(entries):
+    lines = [HEADER_NOTE,
+             "// Every entry of the text table as a constant triple (English, Japanese,\n",
+             "// French), for images that do not link the table itself.\n",
+             "#pragma once\n\n",
+             '#include "platform/efi.h"\n\n']
+    for entry in entries:
+        slots = ", ".join('u"%s"' % _cpp_literal_body(entry.text(language))
+                          for language in LANGUAGES)
+        lines.append("inline constexpr const CHAR16* kText_%s[3] = {%s};\n" % (entry.id, slots))
+    return "".join(lines)
+
+
 def _write_if_changed(path, content):
     os.makedirs(os.path.dirname(path), exist_ok=True)
     try:
@@ -410,6 +428,8 @@ def generate(paths, out_dir):
     entries = load(paths)
     _write_if_changed(os.path.join(out_dir, "setup_data", "text_entries.h"),
                       render_header(entries))
+    _write_if_changed(os.path.join(out_dir, "setup_data", "text_constants.h"),
+                      render_constants(entries))
     _write_if_changed(os.path.join(out_dir, "text_table_data.cpp"), render_source(entries))
     return entries
 

@@ -101,3 +101,12 @@ def settle(machine, problems=None, timeout=SETTLE_TIMEOUT, interval=0.3,
         time.sleep(interval)
     raise AssertionError(f"timed out after {timeout:.0f} s waiting for {what}"
                          + (": " + "; ".join(found) if found else ""))
+
+
+def gate_shown(img):
+    """The platform's password gate at 1024 x 768: its plain left band, the top
+    border of its window above the on-screen keyboard, the page colour below,
+    and not the utility's screen."""
+    from qemu_machine import PAGE_COLOUR, utility_drawn
+    return (not utility_drawn(img) and img.pixel(10, 300) == TAB_PAGE_FOCUS and
+            img.pixel(512, 97) == 0xA5B3CF and img.pixel(512, img.height - 10) == PAGE_COLOUR)

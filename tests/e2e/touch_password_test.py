@@ -1,8 +1,9 @@
 """A password typed on the on-screen keyboard by touches alone, on the real
 firmware with QEMU's USB tablet as the touch panel: set twice (the salts
 from the RNG protocol OVMF offers over virtio-rng, the shipped PBKDF2
-iteration count, the time of one hash printed), saved with F10, accepted
-after the reset, and three wrong current passwords power the machine off.
+iteration count, the time of one hash printed), saved with F10, asked for
+by the platform's password gate after the reset (answered by touch too),
+accepted by the utility, and three wrong current passwords power the machine off.
 
 The firmware's console always offers a merged absolute pointer, so the
 keyboard starts on any OVMF; touches reach it only when a USB tablet driver
@@ -14,7 +15,7 @@ import time
 import unittest
 
 import harness
-from screen_checks import BUTTON_FACE, TEAL, Region, settle
+from screen_checks import BUTTON_FACE, TEAL, Region, gate_shown, settle
 
 MESSAGE_RED = 0xC00000
 # The password window's title line (above the keyboard, at y = H x 25/200).
@@ -126,7 +127,15 @@ class TouchPasswordTest(harness.QemuTestCase):
             m.wait_event("RESET", 90)
         except TimeoutError:
             self.fail("no reset within 90 s after saving")
-        m.wait_until_redrawn(self.boot_timeout)
+        # The platform's gate asks for the new password first, answered by
+        # touch on its own keyboard (the same keys in the same places).
+        m.wait_until(gate_shown, self.boot_timeout, what="the password gate")
+        for name in ("q", "1", "enter"):
+            if name == "enter":
+                m.screenshot(self.artefact("-gate.png"))
+            m.click(*k.centre(name))
+            time.sleep(0.3)
+        m.wait_until_drawn(self.boot_timeout)
         self.assertNotEqual(Region(self.to_security_page(), *k.item_area), not_registered,
                             "the User password row still reads as before the save")
 

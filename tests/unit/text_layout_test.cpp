@@ -381,7 +381,7 @@ protected:
           TEXT(SecurityConfirmNewPassword), TEXT(SecurityEnterCurrentMasterPassword),
           TEXT(SecurityEnterNewMasterPassword), TEXT(SecurityConfirmNewMasterPassword),
           TEXT(SecurityEnterCurrentUserPassword), TEXT(SecurityEnterNewUserPassword),
-          TEXT(SecurityConfirmNewUserPassword)})
+          TEXT(SecurityConfirmNewUserPassword), TEXT(SecurityGateEnterPassword)})
       CheckEntry(title, TextBox("password title", W / 2 - 50, 2 * lh));
     for (const CHAR16* line : {TEXT(SecurityVerifyError), TEXT(SecurityPressEnterToContinue),
                                TEXT(SecuritySystemShuttingDown), TEXT(SecurityPasswordsNotSame),
