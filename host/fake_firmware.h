@@ -109,10 +109,26 @@ void ResetPoolPeak();
 UINT64 StallCalls();
 UINT64 StalledMicroseconds();
 
+// The watchdog runs on simulated time: AdvanceClock passes time on it, and
+// when its timeout has passed the machine is reset (ResetSystem, cold, with
+// EFI_TIMEOUT) as a firmware's watchdog does. RunImage arms it for five
+// minutes before the image starts, as a firmware does for a boot option.
+constexpr UINT64 kBootWatchdogSeconds = 5 * 60;
+UINT64 WatchdogTimeout(); // seconds; 0 while disarmed
+void ArmWatchdog(UINT64 Seconds);
+
+// WaitForEvent calls, and what the last one waited on: how many events and
+// the period of its timer (100 ns units; 0 when it had none).
+UINT64 WaitCalls();
+UINT64 LastWaitTimer();
+UINT64 LastWaitEvents();
+
 // The fake clock stands still unless it is set or advanced.
 void SetClock(const EFI_TIME& Time);
 EFI_TIME Clock();
 void AdvanceClock(UINT64 Seconds); // carries into minutes, hours, days, months, years
+// SetTime answers Status without setting the clock (EFI_SUCCESS: it sets it).
+void RefuseSetTime(EFI_STATUS Status);
 // Interactive use: GetTime answers the host's local time instead.
 void SetClockFollowsHost(bool Follow);
 bool IsValidTime(const EFI_TIME& Time);

@@ -80,6 +80,7 @@ EFI_STATUS EFIAPI GetTime(EFI_TIME* Time, EFI_TIME_CAPABILITIES* Capabilities) {
 
 EFI_STATUS EFIAPI SetTime(EFI_TIME* Time) {
   if (Time == nullptr || !IsValidTime(*Time)) return EFI_INVALID_PARAMETER;
+  if (EFI_ERROR(g->SetTimeRefusal)) return g->SetTimeRefusal;
   g->Clock = *Time;
   return EFI_SUCCESS;
 }
@@ -229,6 +230,9 @@ void SetClock(const EFI_TIME& Time) {
 EFI_TIME Clock() {
   return g->Clock;
 }
+void RefuseSetTime(EFI_STATUS Status) {
+  g->SetTimeRefusal = Status;
+}
 void SetClockFollowsHost(bool Follow) {
   g->ClockFollowsHost = Follow;
 }
@@ -245,6 +249,7 @@ void AdvanceClock(UINT64 Seconds) {
   const UINT64 now = ToSeconds(g->Clock);
   const UINT64 limit = ToSeconds(last);
   FromSeconds(Seconds > limit - now ? limit : now + Seconds, &g->Clock);
+  PassWatchdogTime(Seconds);
 }
 
 bool PeekVariable(const std::u16string& Name, const EFI_GUID& Guid, std::vector<UINT8>* Data,

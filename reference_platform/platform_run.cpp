@@ -1,6 +1,7 @@
 #include "reference_platform/platform_run.h"
 
 #include "platform/lib.h"
+#include "platform/watchdog.h"
 #include "reference_platform/debug_trace.h"
 #include "reference_platform/extended_key.h"
 #include "reference_platform/gate.h"
@@ -68,6 +69,9 @@ EFI_STATUS QuorvexPlatform_Run(EFI_HANDLE ImageHandle, EFI_SYSTEM_TABLE* SystemT
                                PlatformUtilityRunner RunUtility) {
   if (!SystemTable || !SystemTable->BootServices) return EFI_INVALID_PARAMETER;
   Quorvex_Lib_Init(ImageHandle, SystemTable);
+  // The firmware armed its watchdog before starting this image; nobody may
+  // be hurried in the setup.
+  Quorvex_Watchdog_Disarm(SystemTable->BootServices);
   Platform_BindFirmware(ImageHandle, SystemTable);
   Store_Load();
   SecureBoot_Probe();
@@ -84,5 +88,6 @@ EFI_STATUS QuorvexPlatform_Run(EFI_HANDLE ImageHandle, EFI_SYSTEM_TABLE* SystemT
   ImageDisplay_ClearCache();
   GlyphFont_Release(&gTextFont);
   GlyphFont_Release(&gLargeDigitFont);
+  Quorvex_Watchdog_HandBack(SystemTable->BootServices);
   return status;
 }

@@ -79,8 +79,9 @@ class Machine:
         image: a raw disk image to boot instead of the ESP directory; its
         writes are dropped unless image_writable.
         firmware_code: a firmware image to boot instead of OVMF (make
-        firmware); with it, esp None means no disk at all. vars_template: the
-        store vars_file is copied from (OVMF's when None).
+        firmware). esp None with no image: no disk at all (the firmware's own
+        screens). vars_template: the store vars_file is copied from (OVMF's
+        when None).
         secure_boot: SMM on, as OVMF's Secure Boot build needs; by default
         that build with the snakeoil keys enrolled (a fresh variable store
         starts with Secure Boot enforced).
@@ -175,6 +176,14 @@ class Machine:
             self.stop()
             raise MachineError("QEMU did not start: " + self.qemu_output())
         return self
+
+    def cpu_seconds(self):
+        """Host processor time QEMU has used so far (user + system, all its
+        threads), in seconds."""
+        with open(f"/proc/{self.process.pid}/stat") as f:
+            fields = f.read().rsplit(")", 1)[1].split()
+        # utime and stime are the 14th and 15th fields; fields[0] is the 3rd.
+        return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
 
     def running(self):
         return self.process is not None and self.process.poll() is None
