@@ -16,7 +16,6 @@ option(QUORVEX_SANITIZE "Build the host code with AddressSanitizer and UBSan" ON
 find_program(QUORVEX_PYTHON NAMES python3 REQUIRED)
 set(GEN ${CMAKE_BINARY_DIR}/generated)
 file(MAKE_DIRECTORY ${GEN}/setup_data)
-quorvex_placeholder_text_header(${GEN})
 
 # Warnings and sanitizers, shared by every host target.
 add_library(quorvex_host_flags INTERFACE)
@@ -42,62 +41,46 @@ target_compile_definitions(quorvex_firmware_flags INTERFACE
 # ---------------------------------------------------------------------------
 # Generators
 # ---------------------------------------------------------------------------
-set(generated_outputs)
-if(QUORVEX_GENERATE_TEXTS)
-  add_custom_command(
-    OUTPUT ${GEN}/setup_data/text_entries.h ${GEN}/setup_data/text_constants.h
-           ${GEN}/text_table_data.cpp
-    COMMAND ${QUORVEX_PYTHON} ${QUORVEX_SOURCE_DIR}/tools/gen_texts.py --out-dir ${GEN}
-            ${QUORVEX_TEXT_FILES}
-    DEPENDS ${QUORVEX_SOURCE_DIR}/tools/gen_texts.py ${QUORVEX_TEXT_FILES}
-    COMMENT "Generating the text table"
-    VERBATIM)
-  list(APPEND generated_outputs ${GEN}/setup_data/text_entries.h ${GEN}/setup_data/text_constants.h
-       ${GEN}/text_table_data.cpp)
-endif()
+add_custom_command(
+  OUTPUT ${GEN}/setup_data/text_entries.h ${GEN}/setup_data/text_constants.h
+         ${GEN}/text_table_data.cpp
+  COMMAND ${QUORVEX_PYTHON} ${QUORVEX_SOURCE_DIR}/tools/gen_texts.py --out-dir ${GEN}
+          ${QUORVEX_TEXT_FILES}
+  DEPENDS ${QUORVEX_SOURCE_DIR}/tools/gen_texts.py ${QUORVEX_TEXT_FILES}
+  COMMENT "Generating the text table"
+  VERBATIM)
 
-if(QUORVEX_GENERATE_PICTURES)
-  add_custom_command(
-    OUTPUT ${GEN}/assets_data.cpp ${GEN}/assets_data.h
-    COMMAND ${QUORVEX_PYTHON} ${QUORVEX_SOURCE_DIR}/tools/bin2cpp.py --out-dir ${GEN}
-            ${QUORVEX_PICTURE_FILES}
-    DEPENDS ${QUORVEX_SOURCE_DIR}/tools/bin2cpp.py ${QUORVEX_PICTURE_FILES}
-    COMMENT "Embedding the pictures"
-    VERBATIM)
-  list(APPEND generated_outputs ${GEN}/assets_data.cpp ${GEN}/assets_data.h)
-endif()
+add_custom_command(
+  OUTPUT ${GEN}/assets_data.cpp ${GEN}/assets_data.h
+  COMMAND ${QUORVEX_PYTHON} ${QUORVEX_SOURCE_DIR}/tools/bin2cpp.py --out-dir ${GEN}
+          ${QUORVEX_PICTURE_FILES}
+  DEPENDS ${QUORVEX_SOURCE_DIR}/tools/bin2cpp.py ${QUORVEX_PICTURE_FILES}
+  COMMENT "Embedding the pictures"
+  VERBATIM)
 
-if(QUORVEX_GENERATE_FONTS)
-  # A native build tool: no sanitizers, its output is what matters.
-  add_executable(font_raster ${QUORVEX_SOURCE_DIR}/tools/font_raster.cpp)
-  target_include_directories(font_raster PRIVATE ${QUORVEX_SOURCE_DIR} ${GEN})
-  target_compile_options(font_raster PRIVATE -Wall -Wextra -Werror)
-  target_link_libraries(font_raster PRIVATE m)
-  set(font_extra)
-  set(font_depends)
-  if(QUORVEX_HAVE_FIXED_STRINGS)
-    set(font_extra --extra ${QUORVEX_SOURCE_DIR}/tools/fixed_strings.txt)
-    set(font_depends ${QUORVEX_SOURCE_DIR}/tools/fixed_strings.txt)
-  endif()
-  add_custom_command(
-    OUTPUT ${GEN}/font_data.cpp
-    COMMAND font_raster --out ${GEN}/font_data.cpp --texts ${QUORVEX_TEXT_FILES} ${font_extra}
-    DEPENDS font_raster ${QUORVEX_TEXT_FILES} ${font_depends}
-    COMMENT "Rasterising the fonts"
-    VERBATIM)
-  list(APPEND generated_outputs ${GEN}/font_data.cpp)
-endif()
+# A native build tool: no sanitizers, its output is what matters.
+add_executable(font_raster ${QUORVEX_SOURCE_DIR}/tools/font_raster.cpp)
+target_include_directories(font_raster PRIVATE ${QUORVEX_SOURCE_DIR} ${GEN})
+target_compile_options(font_raster PRIVATE -Wall -Wextra -Werror)
+target_link_libraries(font_raster PRIVATE m)
+add_custom_command(
+  OUTPUT ${GEN}/font_data.cpp
+  COMMAND font_raster --out ${GEN}/font_data.cpp --texts ${QUORVEX_TEXT_FILES}
+          --extra ${QUORVEX_SOURCE_DIR}/tools/fixed_strings.txt
+  DEPENDS font_raster ${QUORVEX_TEXT_FILES} ${QUORVEX_SOURCE_DIR}/tools/fixed_strings.txt
+  COMMENT "Rasterising the fonts"
+  VERBATIM)
 
 # font_preview: draws sample lines with the embedded fonts into a PNG, for
 # judging the rasterised glyphs by eye (ninja -C build/host font_preview).
-quorvex_exists(have_font_preview tools/font_preview.cpp)
-if(QUORVEX_GENERATE_FONTS AND have_font_preview)
-  add_executable(font_preview EXCLUDE_FROM_ALL ${QUORVEX_SOURCE_DIR}/tools/font_preview.cpp
-                 ${GEN}/font_data.cpp)
-  target_include_directories(font_preview PRIVATE ${QUORVEX_SOURCE_DIR} ${GEN})
-  target_compile_options(font_preview PRIVATE -Wall -Wextra -Werror)
-endif()
+add_executable(font_preview EXCLUDE_FROM_ALL ${QUORVEX_SOURCE_DIR}/tools/font_preview.cpp
+               ${GEN}/font_data.cpp)
+target_include_directories(font_preview PRIVATE ${QUORVEX_SOURCE_DIR} ${GEN})
+target_compile_options(font_preview PRIVATE -Wall -Wextra -Werror)
 
+set(generated_outputs ${GEN}/setup_data/text_entries.h ${GEN}/setup_data/text_constants.h
+    ${GEN}/text_table_data.cpp
+    ${GEN}/assets_data.cpp ${GEN}/assets_data.h ${GEN}/font_data.cpp)
 add_custom_target(quorvex_generated ALL DEPENDS ${generated_outputs})
 
 quorvex_prefix(gen_utility ${GEN} ${QUORVEX_GENERATED_UTILITY_SOURCES})
@@ -207,10 +190,8 @@ if(QUORVEX_UNIT_TEST_SOURCES)
   set_tests_properties(unit-tests PROPERTIES TIMEOUT 600 LABELS unit)
 endif()
 
-# Scenario tests (tests/scenarios) run the simulator; their runner is added
-# when it exists.
-quorvex_exists(have_scenario_runner tests/scenarios/run_scenarios.py)
-if(have_scenario_runner AND TARGET quorvex-sim)
+# Scenario tests (tests/scenarios) run the simulator.
+if(TARGET quorvex-sim)
   add_test(NAME scenarios
            COMMAND ${QUORVEX_PYTHON} ${QUORVEX_SOURCE_DIR}/tests/scenarios/run_scenarios.py
                    --sim $<TARGET_FILE:quorvex-sim> --out ${CMAKE_BINARY_DIR}/scenario-out)
@@ -229,21 +210,17 @@ endif()
 # Robustness runs of the simulator (tests/robust): seeded random sessions,
 # an allocation failure at every allocation of scripted sessions, and hostile
 # setup data service answers.
-quorvex_exists(have_robust_drivers tests/robust/sim_run.py)
-if(have_robust_drivers AND TARGET quorvex-sim)
+if(TARGET quorvex-sim)
   set(QUORVEX_RANDOM_SESSION_SECONDS 60 CACHE STRING "Seconds of random simulator sessions")
   add_test(NAME random-sessions
            COMMAND ${QUORVEX_PYTHON} ${QUORVEX_SOURCE_DIR}/tests/robust/random_sessions.py
                    --sim $<TARGET_FILE:quorvex-sim> --budget ${QUORVEX_RANDOM_SESSION_SECONDS})
   set_tests_properties(random-sessions PROPERTIES TIMEOUT 600 LABELS robust)
   foreach(driver alloc_failure hostile_service)
-    quorvex_exists(have_driver tests/robust/${driver}.py)
-    if(have_driver)
-      string(REPLACE "_" "-" name ${driver})
-      add_test(NAME ${name}
-               COMMAND ${QUORVEX_PYTHON} ${QUORVEX_SOURCE_DIR}/tests/robust/${driver}.py
-                       --sim $<TARGET_FILE:quorvex-sim> --out ${CMAKE_BINARY_DIR}/robust-out)
-      set_tests_properties(${name} PROPERTIES TIMEOUT 900 LABELS robust)
-    endif()
+    string(REPLACE "_" "-" name ${driver})
+    add_test(NAME ${name}
+             COMMAND ${QUORVEX_PYTHON} ${QUORVEX_SOURCE_DIR}/tests/robust/${driver}.py
+                     --sim $<TARGET_FILE:quorvex-sim> --out ${CMAKE_BINARY_DIR}/robust-out)
+    set_tests_properties(${name} PROPERTIES TIMEOUT 900 LABELS robust)
   endforeach()
 endif()

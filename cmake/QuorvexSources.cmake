@@ -12,19 +12,6 @@ function(quorvex_glob out)
   set(${out} ${files} PARENT_SCOPE)
 endfunction()
 
-# quorvex_exists(<out-var> <relative path>): TRUE when the file exists; the
-# check is repeated at every build, so a generator added later is picked up.
-function(quorvex_exists out path)
-  # A one-character bracket turns the path into a pattern for the glob.
-  string(REGEX REPLACE "(.)$" "[\\1]" pattern "${path}")
-  file(GLOB found CONFIGURE_DEPENDS ${QUORVEX_SOURCE_DIR}/${pattern})
-  if(found)
-    set(${out} TRUE PARENT_SCOPE)
-  else()
-    set(${out} FALSE PARENT_SCOPE)
-  endif()
-endfunction()
-
 quorvex_glob(QUORVEX_UTILITY_SOURCES core setup_data graphics input pages assets)
 quorvex_glob(QUORVEX_PLATFORM_LIB_SOURCES platform)
 file(GLOB QUORVEX_PLATFORM_LIB_ASM CONFIGURE_DEPENDS ${QUORVEX_SOURCE_DIR}/platform/*.S)
@@ -41,43 +28,11 @@ file(GLOB QUORVEX_PICTURE_FILES CONFIGURE_DEPENDS ${QUORVEX_SOURCE_DIR}/assets/*
      ${QUORVEX_SOURCE_DIR}/assets/*.jpg)
 list(SORT QUORVEX_PICTURE_FILES)
 
-quorvex_exists(QUORVEX_HAVE_GEN_TEXTS tools/gen_texts.py)
-quorvex_exists(QUORVEX_HAVE_FONT_RASTER tools/font_raster.cpp)
-quorvex_exists(QUORVEX_HAVE_FIXED_STRINGS tools/fixed_strings.txt)
-
-# Which generated sources exist in this configuration. The host tree makes
-# them; the UEFI tree compiles the same files from the host tree's directory.
-set(QUORVEX_GENERATE_TEXTS FALSE)
-if(QUORVEX_HAVE_GEN_TEXTS AND QUORVEX_TEXT_FILES)
-  set(QUORVEX_GENERATE_TEXTS TRUE)
-else()
-  message(STATUS "Text table not generated yet: needs tools/gen_texts.py and setup_data/texts/*.txt")
-endif()
-set(QUORVEX_GENERATE_PICTURES FALSE)
-if(QUORVEX_PICTURE_FILES)
-  set(QUORVEX_GENERATE_PICTURES TRUE)
-else()
-  message(STATUS "Pictures not embedded yet: no assets/*.png or assets/*.jpg")
-endif()
-set(QUORVEX_GENERATE_FONTS FALSE)
-if(QUORVEX_HAVE_FONT_RASTER AND QUORVEX_TEXT_FILES)
-  set(QUORVEX_GENERATE_FONTS TRUE)
-else()
-  message(STATUS "Fonts not rasterised yet: needs tools/font_raster.cpp and setup_data/texts/*.txt")
-endif()
-
-# The generated sources, relative to a generated directory.
-set(QUORVEX_GENERATED_UTILITY_SOURCES)
-set(QUORVEX_GENERATED_REFERENCE_SOURCES)
-if(QUORVEX_GENERATE_TEXTS)
-  list(APPEND QUORVEX_GENERATED_UTILITY_SOURCES text_table_data.cpp)
-endif()
-if(QUORVEX_GENERATE_PICTURES)
-  list(APPEND QUORVEX_GENERATED_UTILITY_SOURCES assets_data.cpp)
-endif()
-if(QUORVEX_GENERATE_FONTS)
-  list(APPEND QUORVEX_GENERATED_REFERENCE_SOURCES font_data.cpp)
-endif()
+# The generated sources, relative to a generated directory: the host tree
+# makes them; the UEFI and fuzz trees compile the same files from the host
+# tree's directory.
+set(QUORVEX_GENERATED_UTILITY_SOURCES text_table_data.cpp assets_data.cpp)
+set(QUORVEX_GENERATED_REFERENCE_SOURCES font_data.cpp)
 
 # quorvex_prefix(<out-var> <dir> <files>...)
 function(quorvex_prefix out dir)
@@ -86,13 +41,4 @@ function(quorvex_prefix out dir)
     list(APPEND result ${dir}/${f})
   endforeach()
   set(${out} ${result} PARENT_SCOPE)
-endfunction()
-
-# Until the text generator exists, an empty text_entries.h lets the rest of
-# the tree compile (text_table.h includes it).
-function(quorvex_placeholder_text_header dir)
-  if(NOT QUORVEX_GENERATE_TEXTS AND NOT EXISTS ${dir}/setup_data/text_entries.h)
-    file(WRITE ${dir}/setup_data/text_entries.h
-         "// Placeholder: the text generator has not run yet.\n#pragma once\n")
-  endif()
 endfunction()

@@ -241,6 +241,10 @@ UINT64 Quorvex_Item_HitTest(const SetupItem* Items, UINT64 Count, UINT64 X, UINT
   return hit;
 }
 
+UINT64 Quorvex_Item_Left() {
+  return ScreenWidth / 4 + kListIndent;
+}
+
 UINT64 Quorvex_Item_Top(const SetupItem* Items, UINT64 Count, UINT64 Index) {
   if (!Items || Index >= Count) return kListTop;
   UINT64 starts[kMaxItemPages];
@@ -367,7 +371,7 @@ void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused, UINT8
   d.Focused = Focused;
   d.ScrollSize = ScrollSize;
   d.ScrollPosition = ScrollPosition;
-  d.X = width / 4 + kListIndent;
+  d.X = Quorvex_Item_Left();
   VisitSteps(&d, mainPage, ScrollBar != 0, [&](const ListStepEntry& Step) {
     if (d.StepCount < kMaxRetainedSteps) {
       d.Steps[d.StepCount++] = Step;
@@ -383,11 +387,14 @@ void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused, UINT8
     if (d.Overflow) {
       // More steps than the records hold: drawn whole, not retained.
       Quorvex_Retained_Forget(&gListRegion);
-      Quorvex_DoubleBuffer_Start(region.X, region.Y, region.Width, region.Height);
+      const bool buffered =
+          !EFI_ERROR(Quorvex_DoubleBuffer_Start(region.X, region.Y, region.Width, region.Height));
       VisitSteps(&d, mainPage, ScrollBar != 0,
                  [&](const ListStepEntry& Step) { DrawStep(d, Step); });
-      Quorvex_DoubleBuffer_Flush();
-      Quorvex_DoubleBuffer_Stop();
+      if (buffered) {
+        Quorvex_DoubleBuffer_Flush();
+        Quorvex_DoubleBuffer_Stop();
+      }
     } else {
       Quorvex_Retained_Redraw(&gListRegion, region, d.StepCount, DrawListStep, &d);
     }

@@ -2,6 +2,7 @@
 // split, toggles, drop-down lists, pop-up form buttons and adjustment buttons.
 #pragma once
 
+#include "graphics/draw_util.h"
 #include "platform/efi.h"
 #include "setup_data/setup_item.h"
 
@@ -47,6 +48,14 @@ UINT64 Quorvex_Item_HitTest(const SetupItem* Items, UINT64 Count, UINT64 X, UINT
 // Top y of row Index on its list page (50 + heights and gaps of the visible
 // rows before it on that page).
 UINT64 Quorvex_Item_Top(const SetupItem* Items, UINT64 Count, UINT64 Index);
+
+// Left edge of the item rows: a quarter of the screen in, then indented.
+UINT64 Quorvex_Item_Left();
+// Option Index of the unfolded list that hangs below the drop-down control
+// at (X, Y), Width x Height: where its text is drawn and where a click
+// chooses it.
+ScreenRect Quorvex_DropDown_OptionRect(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
+                                       UINT64 Index);
 
 // The controls take texts ready to draw (current language) and only draw:
 // callers take the cursor down around them.

@@ -63,8 +63,10 @@ bool BreakAllowedBefore(const CHAR16* Text, UINTN Index) {
   if (current == 0 || previous == kNoBreakSpace || current == kNoBreakSpace) return false;
   if (previous == u' ') return current != u' ';
   if (current == u' ') return false;
-  if (NoLineStart(current) || NoLineEnd(previous)) return false;
-  return IsWide(previous) || IsWide(current);
+  // Only next to a wide character may a line end without a blank; the
+  // character sets are looked at only then.
+  if (!IsWide(previous) && !IsWide(current)) return false;
+  return !NoLineStart(current) && !NoLineEnd(previous);
 }
 
 // True when the segment starting at Text[Index] (up to the next break

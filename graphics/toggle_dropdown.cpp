@@ -55,6 +55,12 @@ EFI_STATUS ClosedList(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height, const CHA
 
 } // namespace
 
+ScreenRect Quorvex_DropDown_OptionRect(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
+                                       UINT64 Index) {
+  return {X + 30, SaturatingSub(Y + Height + Index * GlyphLineHeight, 17), SaturatingSub(Width, 30),
+          GlyphLineHeight};
+}
+
 EFI_STATUS Quorvex_Toggle_Item_Control(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
                                        const CHAR16* Label, const CHAR16* Option, UINT64 Value) {
   return Toggle(X, Y, Width, Height, Label, Option, Value, kColourPageArea, kColourDarkText,
@@ -113,10 +119,10 @@ EFI_STATUS Quorvex_ItemSelected_Label_DropDownList_Control(UINT64 X, UINT64 Y, U
                                   count * lineHeight + 10, kColourButtonFace, kColourDarkText));
   for (UINT64 i = 0; i < count; ++i) {
     const bool lit = i == Highlighted;
+    const ScreenRect r = Quorvex_DropDown_OptionRect(X, Y, Width, Height, i);
     Keep(&status, Quorvex_DrawString(Options[i], Pixel(lit ? kColourWhite : kColourDarkText),
-                                     Pixel(lit ? kColourAccent : kColourButtonFace), X + 30,
-                                     SaturatingSub(Y + Height + i * lineHeight, 17),
-                                     SaturatingSub(Width, 30), lineHeight));
+                                     Pixel(lit ? kColourAccent : kColourButtonFace), r.X, r.Y,
+                                     r.Width, r.Height));
   }
   return status;
 }

@@ -1,10 +1,9 @@
 // Parsing and running simulator scripts (see fake_script.h).
 #include "host/fake_script.h"
 
-#include "host/parse_number.h"
+#include "host/text_parse.h"
 
 #include <cstdio>
-#include <sstream>
 
 #include "host/fake_firmware.h"
 
@@ -51,57 +50,12 @@ constexpr KeyName kKeyNames[] = {
     {"capslock", SCAN_NULL, 0},
 };
 
-bool IsBlank(char C) {
-  return C == ' ' || C == '\t' || C == '\r';
-}
-
-// The line without its comment and surrounding blanks.
-std::string StripLine(const std::string& Line) {
-  size_t end = Line.size();
-  for (size_t i = 0; i < Line.size(); ++i) {
-    if (Line[i] == '#' && (i == 0 || IsBlank(Line[i - 1]))) {
-      end = i;
-      break;
-    }
-  }
-  size_t begin = 0;
-  while (begin < end && IsBlank(Line[begin])) ++begin;
-  while (end > begin && IsBlank(Line[end - 1])) --end;
-  return Line.substr(begin, end - begin);
-}
-
-std::vector<std::string> Split(const std::string& Text) {
-  std::vector<std::string> words;
-  std::string word;
-  for (char c : Text) {
-    if (IsBlank(c)) {
-      if (!word.empty()) words.push_back(word);
-      word.clear();
-    } else {
-      word += c;
-    }
-  }
-  if (!word.empty()) words.push_back(word);
-  return words;
-}
-
-bool ParseNumber(const std::string& Text, UINT64 Max, UINT64* Value) {
-  if (Text.empty() || Text.size() > 13) return false;
-  UINT64 value = 0;
-  for (char c : Text) {
-    if (c < '0' || c > '9') return false;
-    value = value * 10 + static_cast<UINT64>(c - '0');
-  }
-  if (value > Max) return false;
-  *Value = value;
-  return true;
-}
-
 // A relative count: an optional '-' and a decimal number up to kMaxCoordinate.
 bool ParseDelta(const std::string& Text, INT32* Value) {
   const bool negative = !Text.empty() && Text[0] == '-';
   UINT64 magnitude;
-  if (!ParseNumber(negative ? Text.substr(1) : Text, kMaxCoordinate, &magnitude)) return false;
+  if (!ParseUnsigned(negative ? Text.substr(1) : Text, kMaxCoordinate, &magnitude, Radix::Decimal))
+    return false;
   *Value = negative ? -static_cast<INT32>(magnitude) : static_cast<INT32>(magnitude);
   return true;
 }
@@ -139,21 +93,9 @@ bool ParseTime(const std::string& Date, const std::string& Clock, EFI_TIME* Time
 }
 
 bool ParseRgb(const std::string& Text, UINT32* Rgb) {
-  if (Text.size() != 6) return false;
-  UINT32 value = 0;
-  for (char c : Text) {
-    UINT32 digit;
-    if (c >= '0' && c <= '9')
-      digit = static_cast<UINT32>(c - '0');
-    else if (c >= 'a' && c <= 'f')
-      digit = static_cast<UINT32>(c - 'a' + 10);
-    else if (c >= 'A' && c <= 'F')
-      digit = static_cast<UINT32>(c - 'A' + 10);
-    else
-      return false;
-    value = value << 4 | digit;
-  }
-  *Rgb = value;
+  UINT64 value = 0;
+  if (Text.size() != 6 || !ParseUnsigned("0x" + Text, 0xFFFFFF, &value)) return false;
+  *Rgb = static_cast<UINT32>(value);
   return true;
 }
 
@@ -216,7 +158,7 @@ bool DecodeText(const std::string& Text, std::u16string* Out, std::string* Error
 // Parses one non-empty line into zero or more commands.
 bool ParseLine(const std::string& Text, int Line, std::vector<ScriptCommand>* Commands,
                std::string* Error) {
-  const std::vector<std::string> words = Split(Text);
+  const std::vector<std::string> words = SplitWords(Text);
   const std::string& verb = words[0];
   const size_t args = words.size() - 1;
   ScriptCommand command{};
@@ -228,8 +170,8 @@ bool ParseLine(const std::string& Text, int Line, std::vector<ScriptCommand>* Co
   };
   auto point = [&]() {
     UINT64 x, y;
-    if (args != 2 || !ParseNumber(words[1], kMaxCoordinate, &x) ||
-        !ParseNumber(words[2], kMaxCoordinate, &y))
+    if (args != 2 || !ParseUnsigned(words[1], kMaxCoordinate, &x, Radix::Decimal) ||
+        !ParseUnsigned(words[2], kMaxCoordinate, &y, Radix::Decimal))
       return false;
     command.X = static_cast<UINT32>(x);
     command.Y = static_cast<UINT32>(y);
@@ -243,16 +185,17 @@ bool ParseLine(const std::string& Text, int Line, std::vector<ScriptCommand>* Co
       if (words[1] == k.Name) key = &k;
     if (key == nullptr) return fail("unknown key name '" + words[1] + "'");
     UINT64 count = 1;
-    if (args == 2 && (!ParseNumber(words[2], kMaxCount, &count) || count == 0))
+    if (args == 2 && (!ParseUnsigned(words[2], kMaxCount, &count, Radix::Decimal) || count == 0))
       return fail("the key count must be a number from 1 to 10000");
-    command.Kind = Verb::Key;
+    // Caps Lock has no key code of its own: only the toggle state changes.
+    command.Kind = words[1] == "capslock" ? Verb::CapsLock : Verb::Key;
     command.ScanCode = key->ScanCode;
     command.Char = key->Char;
     for (UINT64 i = 0; i < count; ++i) Commands->push_back(command);
     return true;
   }
   if (verb == "type") {
-    const std::string text = StripLine(Text.substr(4));
+    const std::string text = StripTextLine(Text.substr(4));
     if (text.empty()) return fail("usage: type TEXT");
     std::u16string units;
     if (!DecodeText(text, &units, Error)) return false;
@@ -278,7 +221,7 @@ bool ParseLine(const std::string& Text, int Line, std::vector<ScriptCommand>* Co
     return true;
   }
   if (verb == "tick") {
-    if (args != 1 || !ParseNumber(words[1], kMaxTick, &command.Seconds))
+    if (args != 1 || !ParseUnsigned(words[1], kMaxTick, &command.Seconds, Radix::Decimal))
       return fail("usage: tick SECONDS");
     command.Kind = Verb::Tick;
     Commands->push_back(command);
@@ -300,8 +243,9 @@ bool ParseLine(const std::string& Text, int Line, std::vector<ScriptCommand>* Co
   }
   if (verb == "expect-pixel") {
     UINT64 x, y;
-    if (args != 3 || !ParseNumber(words[1], kMaxCoordinate, &x) ||
-        !ParseNumber(words[2], kMaxCoordinate, &y) || !ParseRgb(words[3], &command.Rgb))
+    if (args != 3 || !ParseUnsigned(words[1], kMaxCoordinate, &x, Radix::Decimal) ||
+        !ParseUnsigned(words[2], kMaxCoordinate, &y, Radix::Decimal) ||
+        !ParseRgb(words[3], &command.Rgb))
       return fail("usage: expect-pixel X Y RRGGBB");
     command.Kind = Verb::ExpectPixel;
     command.X = static_cast<UINT32>(x);
@@ -359,20 +303,12 @@ std::string Hex6(UINT32 Rgb) {
 
 bool ParseScript(const std::string& Text, std::vector<ScriptCommand>* Commands,
                  std::string* Error) {
-  std::istringstream in(Text);
-  std::string line;
-  int number = 0;
-  while (std::getline(in, line)) {
-    ++number;
-    const std::string text = StripLine(line);
-    if (text.empty()) continue;
+  return ForEachTextLine(Text, [&](int Number, const std::string& Line) {
     std::string message;
-    if (!ParseLine(text, number, Commands, &message)) {
-      *Error = std::to_string(number) + ": " + message;
-      return false;
-    }
-  }
-  return true;
+    if (ParseLine(Line, Number, Commands, &message)) return true;
+    *Error = std::to_string(Number) + ": " + message;
+    return false;
+  });
 }
 
 void ScriptStep(ScriptRun& Run) {
@@ -404,10 +340,10 @@ void ScriptStep(ScriptRun& Run) {
       continue;
     }
     case Verb::Key:
-      if (command.ScanCode == SCAN_NULL && command.Char == 0)
-        PressCapsLock();
-      else
-        PushKey(command.ScanCode, command.Char);
+      PushKey(command.ScanCode, command.Char);
+      return;
+    case Verb::CapsLock:
+      PressCapsLock();
       return;
     case Verb::Click:
       MouseMoveTo(command.X, command.Y, true);

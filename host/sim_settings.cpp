@@ -2,22 +2,11 @@
 // name is a setting is the store's to say; this only checks the shape.
 #include "host/sim_settings.h"
 
-#include "host/parse_number.h"
-
-#include <sstream>
+#include "host/text_parse.h"
 
 namespace sim {
 
 namespace {
-
-std::string Trim(const std::string& Text) {
-  size_t begin = 0;
-  size_t end = Text.size();
-  while (begin < end && (Text[begin] == ' ' || Text[begin] == '\t')) ++begin;
-  while (end > begin && (Text[end - 1] == ' ' || Text[end - 1] == '\t' || Text[end - 1] == '\r'))
-    --end;
-  return Text.substr(begin, end - begin);
-}
 
 bool ValidName(const std::string& Name) {
   if (Name.empty()) return false;
@@ -30,30 +19,23 @@ bool ValidName(const std::string& Name) {
 
 bool ParseSettings(const std::string& Text, std::vector<SettingLine>* Settings,
                    std::string* Error) {
-  std::istringstream in(Text);
-  std::string line;
-  int number = 0;
-  while (std::getline(in, line)) {
-    ++number;
-    const size_t hash = line.find('#');
-    const std::string text = Trim(hash == std::string::npos ? line : line.substr(0, hash));
-    if (text.empty()) continue;
-    const size_t equals = text.find('=');
-    const std::string name = Trim(text.substr(0, equals));
+  return ForEachTextLine(Text, [&](int Number, const std::string& Line) {
+    const size_t equals = Line.find('=');
+    const std::string name = StripTextLine(Line.substr(0, equals));
     if (equals == std::string::npos || !ValidName(name)) {
-      *Error = std::to_string(number) + ": expected 'name = value' with a lower_snake_case name";
+      *Error = std::to_string(Number) + ": expected 'name = value' with a lower_snake_case name";
       return false;
     }
     UINT64 value;
-    const std::string valueText = Trim(text.substr(equals + 1));
+    const std::string valueText = StripTextLine(Line.substr(equals + 1));
     if (!ParseUnsigned(valueText, ~0ull, &value)) {
-      *Error = std::to_string(number) + ": '" + valueText +
+      *Error = std::to_string(Number) + ": '" + valueText +
                "' is not a number (decimal, or hex with 0x)";
       return false;
     }
-    Settings->push_back({number, name, value});
-  }
-  return true;
+    Settings->push_back({Number, name, value});
+    return true;
+  });
 }
 
 } // namespace sim

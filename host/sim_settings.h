@@ -1,5 +1,5 @@
 // The simulator's --settings file: lines `name = value` (decimal or 0x hex),
-// blank lines and '#' comments.
+// blank lines and '#' comments (at the start of a line or after a blank).
 #pragma once
 
 #include <string>

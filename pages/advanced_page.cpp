@@ -7,11 +7,10 @@
 #include "setup_data/page_state.h"
 #include "platform/bindings.h"
 #include "graphics/draw_util.h"
-#include "graphics/windows.h"
-#include "input/modal_windows.h"
 #include "pages/boot_order.h"
 #include "setup_data/page_actions.h"
 #include "input/mouse.h"
+#include "pages/confirm.h"
 #include "pages/page_common.h"
 #include "pages/pages.h"
 #include "setup_data/advanced_page_table.h"
@@ -60,24 +59,9 @@ void ReadFlag(bool* Flag, UINT64 (*Get)(UINT8*)) {
   *Flag = value != 0;
 }
 
-bool Confirm(const CHAR16* Message) {
-  YesNoCaptions[0] = TextOf(TEXT(CommonYes));
-  YesNoCaptions[1] = TextOf(TEXT(CommonNo));
-  YesNoCaptions[2] = nullptr;
-  const UINT64 width = ScreenWidth * 50 / 100;
-  const UINT64 height = ScreenHeight * 25 / 100;
-  const INT64 top = (static_cast<INT64>(height) - 40) / 2 - static_cast<INT64>(GlyphLineHeight / 2);
-  UINT64 choice = 1;
-  return Quorvex_Choice_Window(width, height, 25, top > 0 ? static_cast<UINT64>(top) : 0, Message,
-                               YesNoCaptions, 0, &choice) == EFI_SUCCESS &&
-         choice == 0;
-}
-
 // Runs the sub-page with the System Configuration row as the focused row.
 void EnterSubPage() {
-  const UINT64 old = SelectedIndex(AdvancedPageItems, AdvancedPageItemCount);
-  if (old < AdvancedPageItemCount) Row(old).Selected = 0;
-  Row(AdvancedRowSystemConfiguration).Selected = 1;
+  Quorvex_Page_SelectRow(AdvancedPageItems, AdvancedPageItemCount, AdvancedRowSystemConfiguration);
   PageState = kStateAdvancedSubPage;
   Quorvex_SystemConfigurationPage_Enter();
 }
@@ -143,7 +127,8 @@ void Quorvex_AdvancedPage_SystemConfiguration(SetupItem*) {
 }
 
 void Quorvex_AdvancedPage_BootLogo(SetupItem*) {
-  if (Confirm(TextOf(TEXT(AdvancedSetDefaultImageQuestion)))) SetupData_reset_boot_logo();
+  if (Quorvex_ConfirmYesNo(TextOf(TEXT(AdvancedSetDefaultImageQuestion))))
+    SetupData_reset_boot_logo();
 }
 
 void Quorvex_AdvancedPage_ChangeBootOrder(SetupItem*) {
@@ -242,7 +227,7 @@ void Quorvex_AdvancedPage_Enter() {
   Quorvex_Page_KeyLoop(kAdvancedPageView, PageLoopHooks{});
 }
 
-EFI_STATUS Quorvex_AdvancedPage_MouseClick(INT64, INT64) {
+EFI_STATUS Quorvex_AdvancedPage_MouseClick() {
   // The Advanced tab while the sub-page is shown keeps the sub-page.
   if (!Quorvex_PointerBusy() && Quorvex_Page_InTabStrip() && Quorvex_Page_OnTab(kTabAdvanced) &&
       (PageState == kStateAdvancedSubPage || PageState == kStateAdvancedSubPageTab)) {

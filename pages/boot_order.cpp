@@ -284,9 +284,9 @@ UINT64 Quorvex_BootOrder_CountFor(bool OptionalOne, bool OptionalTwo) {
   return 2 + (OptionalOne ? 1 : 0) + (OptionalTwo ? 1 : 0);
 }
 
-// ---- Load, layout, save (the Advanced page's second routines) ---------------------
+// ---- Load, layout, save ---------------------
 
-void Quorvex_AdvancedPage_LoadValues2() {
+void Quorvex_BootOrder_Load() {
   UINT8 lan = 0;
   UINT8 odd = 0;
   SetupData_Get_boot_class_lan_present(&lan);
@@ -296,15 +296,11 @@ void Quorvex_AdvancedPage_LoadValues2() {
   Quorvex_BootOrder_Unpack(BootOrderPacked, BootOrderCount, BootOrder);
 }
 
-void Quorvex_AdvancedPage_Init2() {
-  Quorvex_AdvancedPage_LoadValues2();
-}
-
-void Quorvex_AdvancedPage_Layout2() {
+void Quorvex_BootOrder_Layout() {
   UnpackIntoRows();
 }
 
-void Quorvex_AdvancedPage_Store2() {
+void Quorvex_BootOrder_Store() {
   SetupData_Set_boot_order(BootOrderPacked);
 }
 
@@ -410,7 +406,7 @@ void Quorvex_BootOrder_Dialog() {
 // A click on the dialog: a device row, a button (its action at once), or the
 // close mark (Cancel). Anything else, and any click while the dialog is not
 // running, is not this handler's.
-EFI_STATUS Quorvex_AdvancedPage_MouseClick2(INT64, INT64) {
+EFI_STATUS Quorvex_BootOrder_Click() {
   if (PageState != kStateBootOrderDialog) return EFI_ABORTED;
   const Geometry g = DialogGeometry();
   const ScreenRect box = {U(g.Left), U(g.Top), U(g.Width), U(g.Height)};

@@ -24,6 +24,14 @@ UINT64 Quorvex_BootOrder_Pack(UINT64 Packed, UINT64 Count, const UINT64* Order);
 // Positions shown: 4 with both optional classes, 3 with one, 2 with none.
 UINT64 Quorvex_BootOrder_CountFor(bool OptionalOne, bool OptionalTwo);
 
+// The boot order setting: read into the order array (set-up and after the
+// defaults were loaded), laid out into the dialog's rows, stored back.
+void Quorvex_BootOrder_Load();
+void Quorvex_BootOrder_Layout();
+void Quorvex_BootOrder_Store();
+// A click on the dialog while it runs.
+EFI_STATUS Quorvex_BootOrder_Click();
+
 // One key of the dialog; false when the dialog ends.
 bool Quorvex_BootOrder_Key(const EFI_INPUT_KEY& Key);
 // Runs the dialog (PageState 10 while it runs, 9 after).

@@ -5,12 +5,12 @@
 #include "input/keys.h"
 #include "setup_data/page_state.h"
 #include "platform/bindings.h"
-#include "graphics/windows.h"
-#include "input/modal_windows.h"
 #include "setup_data/page_actions.h"
+#include "pages/confirm.h"
 #include "pages/page_common.h"
 #include "pages/page_table.h"
 #include "pages/pages.h"
+#include "pages/secure_boot_item.h"
 #include "setup_data/exit_page_table.h"
 #include "setup_data/setup_data_wrappers.h"
 #include "setup_data/text_table.h"
@@ -19,23 +19,6 @@ constinit const PageView kExitPageView = {ExitPageItems, &ExitPageItemCount, kTa
                                           kStateExitTab, kStateExitPage,     nullptr};
 
 namespace {
-
-// Asks a Yes/No question in the confirmation window; true only for Yes.
-// Lines is the number of text lines of the message (centred vertically).
-bool Confirm(const CHAR16* Message, UINT64 Lines) {
-  YesNoCaptions[0] = TextOf(TEXT(CommonYes));
-  YesNoCaptions[1] = TextOf(TEXT(CommonNo));
-  YesNoCaptions[2] = nullptr;
-  const UINT64 width = ScreenWidth * 50 / 100;
-  const UINT64 height = ScreenHeight * 25 / 100;
-  const INT64 centre = (static_cast<INT64>(height) - 40) / 2;
-  const INT64 top = centre - static_cast<INT64>(Lines * GlyphLineHeight / 2);
-  UINT64 choice = 1;
-  const EFI_STATUS status =
-      Quorvex_Choice_Window(width, height, 25, top > 0 ? static_cast<UINT64>(top) : 0, Message,
-                            YesNoCaptions, 0, &choice);
-  return status == EFI_SUCCESS && choice == 0;
-}
 
 // The platform's answer whether the battery may be disabled now.
 bool BatteryMayBeDisabled() {
@@ -58,6 +41,15 @@ void RedrawCurrentPage() {
   }
 }
 
+// A setting the firmware refused: the user is told, the pages show what the
+// firmware has, and nothing is left until the user saves again.
+bool StayAfterRefusal() {
+  if (!Quorvex_SecureBootItem_ReportRefusal()) return false;
+  Quorvex_RefreshAllPages();
+  RedrawCurrentPage();
+  return true;
+}
+
 void FixFocusOf(const PageView& View) {
   FixFocus(View.Items, *View.Count);
 }
@@ -67,20 +59,21 @@ void FixFocusOf(const PageView& View) {
 // ---- Global actions -------------------------------------------------------------
 
 void Quorvex_ExitSavingChanges() {
-  if (!Confirm(TextOf(TEXT(ExitSavingChanges)), 1)) return;
+  if (!Quorvex_ConfirmYesNo(TextOf(TEXT(ExitSavingChanges)))) return;
   Quorvex_StoreAllPages();
+  if (StayAfterRefusal()) return;
   SetupData_save_and_leave();
 }
 
 void Quorvex_ExitDiscardingChanges() {
-  if (!Confirm(TextOf(TEXT(ExitDiscardingChanges)), 1)) return;
+  if (!Quorvex_ConfirmYesNo(TextOf(TEXT(ExitDiscardingChanges)))) return;
   SetupData_leave_without_saving(EFI_ABORTED);
 }
 
 void Quorvex_LoadSetupDefaults() {
   // Restricted access cannot load the defaults: no question, nothing at all.
   if (!Quorvex_FullAccess()) return;
-  if (!Confirm(TextOf(TEXT(ExitLoadSetupDefaults)), 1)) return;
+  if (!Quorvex_ConfirmYesNo(TextOf(TEXT(ExitLoadSetupDefaults)))) return;
   SetupData_load_defaults();
   // The store now holds the defaults: bring every page's records up to date,
   // then move the focus off rows that can no longer hold it.
@@ -91,9 +84,10 @@ void Quorvex_LoadSetupDefaults() {
 }
 
 void Quorvex_DisableBatteryAndPowerOff() {
-  if (!Confirm(TextOf(TEXT(ExitDisableBatteryConfirm)), 3)) return;
+  if (!Quorvex_ConfirmYesNo(TextOf(TEXT(ExitDisableBatteryConfirm)), 3)) return;
   if (!BatteryMayBeDisabled()) return;
   Quorvex_StoreAllPages();
+  if (StayAfterRefusal()) return;
   SetupData_save_battery_off_and_power_off();
 }
 
@@ -126,7 +120,7 @@ void Quorvex_ExitPage_Init() {
 
 // The access level: 0 with supervisor access; otherwise 1, 2 or 3 by the
 // BIOS access rights; 3 whenever the platform's restriction holds.
-void Quorvex_ExitPage_Init2() {
+void Quorvex_ExitPage_SetAccessLevel() {
   if (SetupData_ReadValue_supervisor_access() == 1) {
     AccessLevel = 0;
   } else {
@@ -167,15 +161,14 @@ void Quorvex_ExitPage_Enter() {
   Quorvex_Page_KeyLoop(kExitPageView, PageLoopHooks{});
 }
 
-// The first handler of the chain: the message windows that F1, F9, F10 and
-// Esc open over every page.
-EFI_STATUS Quorvex_ExitPage_MouseClick(INT64, INT64) {
+EFI_STATUS Quorvex_MessageWindows_Click() {
   if (Quorvex_ChoiceWindow_Click() == EFI_SUCCESS) return EFI_SUCCESS;
+  if (Quorvex_SecureBootItem_Click() == EFI_SUCCESS) return EFI_SUCCESS;
   return Quorvex_GeneralHelp_Click();
 }
 
 // The page's own tab and items.
-EFI_STATUS Quorvex_ExitPage_MouseClick2(INT64, INT64) {
+EFI_STATUS Quorvex_ExitPage_MouseClick() {
   return Quorvex_Page_Click(
       kExitPageView,
       {Quorvex_ExitPageSelected_Draw, Quorvex_ExitPageNotSelected_Draw, nullptr, nullptr, nullptr});

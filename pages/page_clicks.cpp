@@ -37,16 +37,6 @@ bool Quorvex_Page_InItemArea() {
   return Quorvex_PointInRect(ScreenWidth / 4, 0, ScreenWidth * 2 / 4, ScreenHeight);
 }
 
-namespace {
-
-void Select(SetupItem* Items, UINT64 Count, UINT64 Row) {
-  const UINT64 old = SelectedIndex(Items, Count);
-  if (old < Count) Items[old].Selected = 0;
-  Items[Row].Selected = 1;
-}
-
-} // namespace
-
 // The general help: OK and the close mark close it (as Esc would), the
 // scroll bar's track turns its pages towards the click. It takes every click
 // while it is open: the window it covers (a boot order dialog, an open list)
@@ -120,15 +110,17 @@ EFI_STATUS Quorvex_Page_DropDownClick(const PageView& View) {
   if (row >= count) return EFI_ABORTED;
   SetupItem& item = items[row];
   if (item.Kind != ItemDropDown || !ItemListOpen(item)) return EFI_ABORTED;
-  const UINT64 top = Quorvex_Item_Top(items, count, row) + item.Height;
-  if (top < 17 || top - 17 >= ScreenHeight) return EFI_ABORTED;
-  const UINT64 first = top - 17;
+  const UINT64 top = Quorvex_Item_Top(items, count, row);
+  // A list that would hang above or below the screen takes no click.
+  const ScreenRect first =
+      Quorvex_DropDown_OptionRect(Quorvex_Item_Left(), top, item.Width, item.Height, 0);
+  if (top + item.Height < 17 || first.Y >= ScreenHeight) return EFI_ABORTED;
   const UINT64 options = Quorvex_OptionCount(item.Options);
-  const UINT64 width = item.Width > 30 ? item.Width - 30 : 0;
   bool hit = false;
   for (UINT64 k = 0; k < options; ++k) {
-    if (Quorvex_PointInRect(ScreenWidth / 4 + 80, first + k * GlyphLineHeight, width,
-                            GlyphLineHeight)) {
+    const ScreenRect r =
+        Quorvex_DropDown_OptionRect(Quorvex_Item_Left(), top, item.Width, item.Height, k);
+    if (Quorvex_PointInRect(r.X, r.Y, r.Width, r.Height)) {
       item.Data = k;
       hit = true;
       break;
@@ -165,7 +157,7 @@ EFI_STATUS Quorvex_Page_Click(const PageView& View, const PageClickHooks& Hooks)
   if (row >= count || !ItemFocusable(items[row])) return EFI_ABORTED;
 
   if (PageState == View.TabState) {
-    Select(items, count, row);
+    Quorvex_Page_SelectRow(items, count, row);
     PageState = View.InsideState;
     if (Hooks.FocusedDraw != nullptr) {
       Hooks.FocusedDraw();
@@ -175,16 +167,10 @@ EFI_STATUS Quorvex_Page_Click(const PageView& View, const PageClickHooks& Hooks)
     return EFI_SUCCESS;
   }
   if (items[row].Selected == 0) {
-    Select(items, count, row);
+    Quorvex_Page_SelectRow(items, count, row);
     Quorvex_Page_DrawList(View, true);
     return EFI_SUCCESS;
   }
-  if (Hooks.Activate != nullptr) {
-    Hooks.Activate();
-  } else {
-    ActivateSelected(items, count);
-  }
-  if (Hooks.AfterActivate != nullptr) Hooks.AfterActivate();
-  if (PageState == View.InsideState) Quorvex_Page_DrawList(View, true);
+  Quorvex_Page_RunSelected(View, Hooks.Activate, Hooks.AfterActivate);
   return EFI_SUCCESS;
 }

@@ -13,6 +13,7 @@
 #include "input/mouse.h"
 #include "input/virtual_keyboard.h"
 #include "pages/clock_editor.h"
+#include "pages/clock_error.h"
 #include "setup_data/page_actions.h"
 #include "pages/password_dialog.h"
 #include "pages/sysconfig_page.h"
@@ -181,9 +182,7 @@ bool Quorvex_Page_TurnListPage(SetupItem* Items, UINT64 Count, INT32 Step) {
   const UINT64 row = FirstFocusableOnPage(Items, Count, starts, pages, page);
   if (row < Count) {
     // The focus follows onto the new page.
-    const UINT64 old = SelectedIndex(Items, Count);
-    if (old < Count) Items[old].Selected = 0;
-    Items[row].Selected = 1;
+    Quorvex_Page_SelectRow(Items, Count, row);
     Quorvex_Item_ShowFocusedPage();
   } else {
     // Nothing there can take the focus: the page is shown, the focus stays.
@@ -250,13 +249,7 @@ bool Quorvex_Page_HandleKey(const PageView& View, const PageLoopHooks& Hooks,
     break;
   }
   if (Key.UnicodeChar == CHAR_CARRIAGE_RETURN && PageState == View.InsideState) {
-    if (Hooks.Activate != nullptr) {
-      Hooks.Activate();
-    } else {
-      ActivateSelected(items, count);
-    }
-    if (Hooks.AfterActivate != nullptr) Hooks.AfterActivate();
-    if (PageState == View.InsideState) Quorvex_Page_DrawList(View, true);
+    Quorvex_Page_RunSelected(View, Hooks.Activate, Hooks.AfterActivate);
   }
   return PageState == View.InsideState;
 }
@@ -400,10 +393,27 @@ void Quorvex_Pages_ForgetModalState() {
   ClockEditorOpen = 0;
   ClockEditorAccept = 0;
   ClockEditorActive = nullptr;
+  ClockErrorOpen = 0;
   SubPageActionBusy = 0;
   Quorvex_Item_ShowFocusedPage();
   Quorvex_Pages_ForEachView(
       [](const PageView& View) { Quorvex_Page_CloseLists(View.Items, *View.Count); });
+}
+
+void Quorvex_Page_SelectRow(SetupItem* Items, UINT64 Count, UINT64 Row) {
+  const UINT64 old = SelectedIndex(Items, Count);
+  if (old < Count) Items[old].Selected = 0;
+  Items[Row].Selected = 1;
+}
+
+void Quorvex_Page_RunSelected(const PageView& View, void (*Activate)(), void (*AfterActivate)()) {
+  if (Activate != nullptr) {
+    Activate();
+  } else {
+    ActivateSelected(View.Items, *View.Count);
+  }
+  if (AfterActivate != nullptr) AfterActivate();
+  if (PageState == View.InsideState) Quorvex_Page_DrawList(View, true);
 }
 
 void ActivateSelected(SetupItem* Items, UINT64 Count) {

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "platform/efi.h"
+#include "setup_data/page_state.h"
 #include "setup_data/setup_item.h"
 
 // ---- Tab column -------------------------------------------------------------
@@ -31,14 +32,16 @@ void Quorvex_Pages_ForgetModalState();
 // Runs the Action of the selected row with ActionBusy set, then redraws the
 // help bar.
 void ActivateSelected(SetupItem* Items, UINT64 Count);
+// Makes Row the only selected row of Items.
+void Quorvex_Page_SelectRow(SetupItem* Items, UINT64 Count, UINT64 Row);
 
 // ---- A page's items ---------------------------------------------------------
 struct PageView {
   SetupItem* Items;
   const UINT64* Count;
   UINT32 Tab;
-  UINT32 TabState;    // PageState with the tab highlighted
-  UINT32 InsideState; // PageState while the items have the focus
+  PageStateValue TabState;    // PageState with the tab highlighted
+  PageStateValue InsideState; // PageState while the items have the focus
   // Brings option texts and dependent rows up to date before a draw; may be
   // null.
   void (*BeforeDraw)();
@@ -103,6 +106,10 @@ struct PageLoopHooks {
   // draw.
   void (*Leave)();
 };
+// Enter on the selected row (or a click on it): Activate, or the row's own
+// action when null, then AfterActivate (may be null), then the list drawn
+// again while the page keeps the focus.
+void Quorvex_Page_RunSelected(const PageView& View, void (*Activate)(), void (*AfterActivate)());
 // Runs the item loop while PageState is the view's InsideState.
 void Quorvex_Page_KeyLoop(const PageView& View, const PageLoopHooks& Hooks);
 

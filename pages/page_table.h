@@ -1,11 +1,12 @@
 // The one table of the setup pages: for each of the five tabbed pages and
-// the Advanced page's System Configuration sub-page, its tab, its states and
-// its routines. The tab moves, the set-up, refresh, layout and store orders,
-// the redraw after the defaults are loaded and the click chain all read it.
+// the Advanced page's System Configuration sub-page, its item view and the
+// routines looked up by tab or by PageState. The fixed orders of set-up,
+// layout, store, reload and clicks are lists of routines beside it.
 #pragma once
 
 #include "pages/page_common.h"
 #include "platform/efi.h"
+#include "setup_data/page_state.h"
 
 enum PageRowId : UINT32 {
   kRowMain,
@@ -17,41 +18,38 @@ enum PageRowId : UINT32 {
   kPageRows,
 };
 
+// What the main loop, the message windows and the tab clicks look up by tab
+// or by PageState. Set-up, layout, store, reload and the click chain run
+// fixed orders of routines, listed in page_table.cpp.
 struct PageRow {
   const PageView* View; // items, tab, tab state and inside state
+  // Fills the item records with texts and static values (before set-up).
   void (*Prepare)();
-  void (*Init)();
+  // Greys out, hides and re-focuses items after a setting changed.
   void (*Refresh)();
-  void (*Layout)();
-  void (*Store)();
+  // The page with its tab highlighted; the tab alone, not highlighted.
   void (*SelectedDraw)();
   void (*NotSelectedDraw)();
+  // Gives the page the focus and runs its key loop until it is left.
   void (*Enter)();
-  EFI_STATUS (*MouseClick)(INT64 X, INT64 Y);
-  // A second click handler at its own place in the chain (null when none).
-  EFI_STATUS (*MouseClick2)(INT64 X, INT64 Y);
   // The page with the focus on its items again (after the defaults were
   // loaded); null: the list focused under its tab in the page-focus look.
   void (*FocusedRedraw)();
-  // A page's second routines and its settings reload (null when none).
-  void (*Init2)();
-  void (*Layout2)();
-  void (*Store2)();
-  void (*LoadValues)();
-  void (*LoadValues2)();
 };
 
 extern const PageRow kPageTable[kPageRows];
 
 // The row of a tab of the left band (kTabMain … kTabExit).
 const PageRow& Quorvex_PageTable_TabRow(UINT32 Tab);
-// The row whose tab (0-5) or items (6-12) PageState names; null for the boot
+// The row whose tab (0-5) or items (6-12) State names; null for the boot
 // order dialog and values out of range. The sub-page's tab state names the
 // Advanced tab.
-const PageRow* Quorvex_PageTable_TabStateRow(UINT32 State);
-const PageRow* Quorvex_PageTable_InsideStateRow(UINT32 State);
+const PageRow* Quorvex_PageTable_TabStateRow(PageStateValue State);
+const PageRow* Quorvex_PageTable_InsideStateRow(PageStateValue State);
 
-// The fixed orders of start-up, saving and reloading, over the table.
+// The fixed orders of start-up, saving and reloading. Set-up only reads the
+// settings into the records; SetUpAll then draws the help bar again in the
+// stored language.
 void Quorvex_Pages_PrepareAll();
 void Quorvex_Pages_SetUpAll();
 void Quorvex_Pages_LayOutAll();

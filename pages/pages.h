@@ -18,7 +18,7 @@
   void Quorvex_##Page##Selected_Draw();                                                            \
   void Quorvex_##Page##NotSelected_Draw();                                                         \
   void Quorvex_##Page##_Enter();                                                                   \
-  EFI_STATUS Quorvex_##Page##_MouseClick(INT64 X, INT64 Y);
+  EFI_STATUS Quorvex_##Page##_MouseClick();
 
 QUORVEX_PAGE_ROUTINES(MainPage)
 QUORVEX_PAGE_ROUTINES(SecurityPage)
@@ -27,24 +27,19 @@ QUORVEX_PAGE_ROUTINES(AdvancedPage)
 QUORVEX_PAGE_ROUTINES(SystemConfigurationPage)
 QUORVEX_PAGE_ROUTINES(ExitPage)
 
-// The Advanced page's second set-up, layout and store routines (boot order),
-// and the Exit page's second set-up routine (access level).
-void Quorvex_AdvancedPage_Init2();
-void Quorvex_AdvancedPage_Layout2();
-void Quorvex_AdvancedPage_Store2();
-void Quorvex_ExitPage_Init2();
+// The access level (0 supervisor, 1-3 by the BIOS access rights), computed
+// last in set-up.
+void Quorvex_ExitPage_SetAccessLevel();
 
-// The second click handlers: the Advanced page's boot order dialog and the
-// Exit page's own tab and items (its first serves the message windows).
-EFI_STATUS Quorvex_AdvancedPage_MouseClick2(INT64 X, INT64 Y);
-EFI_STATUS Quorvex_ExitPage_MouseClick2(INT64 X, INT64 Y);
+// The first click handler of the chain: the message windows that F1, F9,
+// F10 and Esc open over every page.
+EFI_STATUS Quorvex_MessageWindows_Click();
 
 // The settings part of the set-up routines, run again after the defaults are
 // loaded so that the records show the store's new values.
 void Quorvex_SecurityPage_LoadValues();
 void Quorvex_PowerManagementPage_LoadValues();
 void Quorvex_AdvancedPage_LoadValues();
-void Quorvex_AdvancedPage_LoadValues2();
 void Quorvex_SystemConfigurationPage_LoadValues();
 
 // The global actions, reachable from every page by F9, F10 and Esc.

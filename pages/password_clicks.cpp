@@ -16,21 +16,18 @@
 
 namespace {
 
-constexpr UINT64 kButtonWidth = 100;
-constexpr UINT64 kButtonHeight = 30;
-
 // The close mark where the window's drawer puts it.
 bool OnCloseMark(const PasswordWindowRect& Box) {
   const ScreenRect mark = Quorvex_CloseMark_Rect({Box.X, Box.Y, Box.Width, Box.Height});
   return Quorvex_PointInRect(mark.X, mark.Y, mark.Width, mark.Height);
 }
 
-// The message box's button: the button as drawn (35 pixels up from the
-// bottom) and the 30 pixels above it, so a press on its upper edge counts.
+// The message box's button where the window's drawer puts it, and the 25
+// pixels above it, so a press on its upper edge counts.
 bool OnMessageButton(const PasswordWindowRect& Box) {
-  const UINT64 x = Box.X + Box.Width / 2 - kButtonWidth / 2;
-  return Quorvex_PointInRect(x, Box.Y + Box.Height - 60, kButtonWidth, kButtonHeight) ||
-         Quorvex_PointInRect(x, Box.Y + Box.Height - 35, kButtonWidth, kButtonHeight);
+  const ScreenRect button = Quorvex_ErrorWindow_ButtonRect({Box.X, Box.Y, Box.Width, Box.Height});
+  return Quorvex_PointInRect(button.X, SaturatingSub(button.Y, 25), button.Width,
+                             button.Height + 25);
 }
 
 } // namespace
@@ -61,4 +58,12 @@ EFI_STATUS Quorvex_SecurityPage_DialogClick() {
     return EFI_SUCCESS;
   }
   return EFI_ABORTED;
+}
+
+EFI_STATUS Quorvex_SecurityMessageBox_Click() {
+  if (SecurityMessageBoxOpen == 0) return EFI_ABORTED;
+  const PasswordWindowRect message = Quorvex_SecurityMessageBoxRect();
+  if (!OnCloseMark(message) && !OnMessageButton(message)) return EFI_ABORTED;
+  SecurityMessageBoxOpen = 0;
+  return EFI_SUCCESS;
 }

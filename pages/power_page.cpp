@@ -132,7 +132,7 @@ void Quorvex_PowerManagementPage_Enter() {
   Quorvex_Page_KeyLoop(kPowerManagementPageView, hooks);
 }
 
-EFI_STATUS Quorvex_PowerManagementPage_MouseClick(INT64, INT64) {
+EFI_STATUS Quorvex_PowerManagementPage_MouseClick() {
   return Quorvex_Page_Click(kPowerManagementPageView, {Quorvex_PowerManagementPageSelected_Draw,
                                                        Quorvex_PowerManagementPageNotSelected_Draw,
                                                        nullptr, nullptr, nullptr});

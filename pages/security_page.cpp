@@ -9,12 +9,12 @@
 #include "setup_data/page_state.h"
 #include "platform/bindings.h"
 #include "graphics/draw_util.h"
-#include "graphics/windows.h"
-#include "input/modal_windows.h"
 #include "setup_data/page_actions.h"
+#include "pages/confirm.h"
 #include "pages/page_common.h"
 #include "pages/password_dialog.h"
 #include "pages/pages.h"
+#include "pages/secure_boot_item.h"
 #include "setup_data/security_page_table.h"
 #include "setup_data/setup_data_wrappers.h"
 #include "setup_data/sysconfig_page_table.h"
@@ -96,18 +96,9 @@ void Quorvex_SecurityPage_Toggle(SetupItem*) {
 }
 
 void Quorvex_SecurityPage_ClearSecureBootKeys(SetupItem*) {
-  // The window's fixed captions are replaced by the current language's.
-  YesNoCaptions[0] = TextOf(TEXT(CommonYes));
-  YesNoCaptions[1] = TextOf(TEXT(CommonNo));
-  YesNoCaptions[2] = nullptr;
-  const UINT64 width = ScreenWidth * 50 / 100;
-  const UINT64 height = ScreenHeight * 25 / 100;
-  const INT64 top = (static_cast<INT64>(height) - 40) / 2 - static_cast<INT64>(GlyphLineHeight / 2);
-  UINT64 choice = 1;
-  const EFI_STATUS status = Quorvex_Choice_Window(
-      width, height, 25, top > 0 ? static_cast<UINT64>(top) : 0,
-      TextOf(TEXT(SecurityClearSecureBootKeysConfirm)), YesNoCaptions, 0, &choice);
-  if (status == EFI_SUCCESS && choice == 0) SetupData_clear_secure_boot_keys();
+  if (Quorvex_ConfirmYesNo(TextOf(TEXT(SecurityClearSecureBootKeysConfirm)))) {
+    SetupData_clear_secure_boot_keys();
+  }
 }
 
 void Quorvex_SecurityPage_UserPassword(SetupItem*) {
@@ -145,6 +136,7 @@ void Quorvex_SecurityPage_Prepare() {
 }
 
 void Quorvex_SecurityPage_Init() {
+  Quorvex_SecureBootItem_ReadPresence();
   Quorvex_Page_HideAbsent(SecurityPageItems, SecurityPageItemCount);
   Quorvex_SecurityPage_LoadValues();
   UserOnlyAtStart =
@@ -258,9 +250,7 @@ void Quorvex_SecurityPage_Store() {
   if (Row(SecurityRowMode).Present != 0) {
     SetupData_Set_hdd_password_mode(Row(SecurityRowMode).Data);
   }
-  if (Row(SecurityRowSecureBoot).Present != 0) {
-    SetupData_Set_secure_boot(ItemState(Row(SecurityRowSecureBoot)));
-  }
+  Quorvex_SecureBootItem_Store();
   if (Row(SecurityRowTpm).Present != 0) SetupData_Set_tpm(ItemState(Row(SecurityRowTpm)));
   if (Row(SecurityRowBootMenu).Present != 0) {
     SetupData_Set_boot_menu(ItemState(Row(SecurityRowBootMenu)));
@@ -288,7 +278,7 @@ void Quorvex_SecurityPage_Enter() {
   Quorvex_Page_KeyLoop(kSecurityPageView, hooks);
 }
 
-EFI_STATUS Quorvex_SecurityPage_MouseClick(INT64, INT64) {
+EFI_STATUS Quorvex_SecurityPage_MouseClick() {
   if (Quorvex_SecurityPage_DialogClick() == EFI_SUCCESS) return EFI_SUCCESS;
   return Quorvex_Page_Click(kSecurityPageView, {Quorvex_SecurityPageSelected_Draw,
                                                 Quorvex_SecurityPageNotSelected_Draw, nullptr,
@@ -299,4 +289,5 @@ void Quorvex_SecurityPage_Reset() {
   PasswordDeletedFlag = 0;
   UserOnlyAtStart = 0;
   VerifyFailCount = 0;
+  Quorvex_SecureBootItem_Reset();
 }

@@ -222,7 +222,7 @@ void Quorvex_SystemConfigurationPage_Enter() {
   Quorvex_Page_KeyLoop(kSystemConfigurationPageView, hooks);
 }
 
-EFI_STATUS Quorvex_SystemConfigurationPage_MouseClick(INT64, INT64) {
+EFI_STATUS Quorvex_SystemConfigurationPage_MouseClick() {
   if (Quorvex_Page_DropDownClick(kSystemConfigurationPageView) == EFI_SUCCESS) return EFI_SUCCESS;
   if (Quorvex_PointerBusy() || !Quorvex_Page_InItemArea()) return EFI_ABORTED;
   if (PageState != kStateAdvancedSubPageTab && PageState != kStateAdvancedSubPage) {

@@ -131,14 +131,18 @@ UINT8 BootOptions_ClassifyOption(const UINT8* Data, UINTN Size, bool Optical) {
   return BootOptions_ClassifyPath(option.Path, option.PathSize, Optical);
 }
 
-UINT64 BootOptions_PackedOrder(const UINT8* Classes, UINTN Count) {
+UINT64 BootOptions_PackedOrder(const UINT8* Classes, UINTN Count, UINT64 Stored) {
+  // The classes of the machine's options, in the order of their first option.
+  UINT8 machine[kBootClassCount];
+  UINTN present = 0;
+  for (UINTN i = 0; Classes && i < Count && present < kBootClassCount; ++i)
+    if (Classes[i] < kBootClassCount && !Named(machine, present, Classes[i]))
+      machine[present++] = Classes[i];
   UINT8 order[kBootClassCount];
-  UINTN n = 0;
-  for (UINTN i = 0; Classes && i < Count && n < kBootClassCount; ++i)
-    if (Classes[i] < kBootClassCount && !Named(order, n, Classes[i])) order[n++] = Classes[i];
-  constexpr UINT8 kFill[kBootClassCount] = {BootClassHdd, BootClassUsb, BootClassLan, BootClassOdd};
-  for (UINT8 c : kFill)
-    if (!Named(order, n, c)) order[n++] = c;
+  BootOptions_UnpackOrder(Stored, order);
+  UINTN next = 0;
+  for (UINT8& c : order)
+    if (Named(machine, present, c)) c = machine[next++];
   UINT64 packed = 0;
   for (UINTN i = 0; i < kBootClassCount; ++i)
     packed |= static_cast<UINT64>(order[i] + 1) << (4 * i);

@@ -42,11 +42,12 @@ UINT8 BootOptions_ClassifyPath(const UINT8* Path, UINTN PathSize, bool Optical);
 UINT8 BootOptions_ClassifyOption(const UINT8* Data, UINTN Size, bool Optical);
 
 // The packed class order (four bits per position, class + 1) of a boot
-// order whose entries have the classes Classes[0..Count): classes in the
-// order of their first option, then the classes without options with the
-// always-shown ones (HDD/SSD, USB) before the optional ones (LAN, ODD), so
-// that the positions the dialog shows name classes the machine has.
-UINT64 BootOptions_PackedOrder(const UINT8* Classes, UINTN Count);
+// order whose entries have the classes Classes[0..Count), over the order
+// stored before (Stored): the positions of the classes the machine has
+// options of take those classes in the order of their first option; a class
+// without options keeps its stored position, so that a user's "USB first"
+// survives a boot without a stick. Always a permutation of the four classes.
+UINT64 BootOptions_PackedOrder(const UINT8* Classes, UINTN Count, UINT64 Stored);
 
 // The class order a packed value names: nibbles from position 0 up to the
 // first zero, unknown or repeated one, then the classes not named yet in

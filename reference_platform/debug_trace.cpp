@@ -29,10 +29,6 @@ static_assert(kDebugTraceOperationIndex == 21);
 
 } // namespace
 
-DebugTraceProtocolTable* DebugTrace_Instance() {
-  return &gTable;
-}
-
 EFI_STATUS DebugTrace_Install() {
   return Platform_InstallOnNewHandle(kDebugTraceGuid, &gTable);
 }

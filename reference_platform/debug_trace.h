@@ -4,5 +4,4 @@
 
 #include "platform/vendor_protocols.h"
 
-DebugTraceProtocolTable* DebugTrace_Instance();
 EFI_STATUS DebugTrace_Install();

@@ -5,7 +5,14 @@
 namespace {
 
 const FontGlyphRecord* FindExact(const FontData* Font, CHAR16 Character) {
-  if (!Font || !Font->Glyphs) return nullptr;
+  if (!Font || !Font->Glyphs || Font->GlyphCount == 0) return nullptr;
+  // The records are sorted by code point and start with a run without
+  // gaps (the printable ASCII): there the offset from the first code point
+  // is the index.
+  const UINT32 guess = static_cast<UINT32>(Character) - Font->Glyphs[0].CodePoint;
+  if (Character >= Font->Glyphs[0].CodePoint && guess < Font->GlyphCount &&
+      Font->Glyphs[guess].CodePoint == Character)
+    return &Font->Glyphs[guess];
   UINT32 low = 0, high = Font->GlyphCount;
   while (low < high) {
     const UINT32 middle = low + (high - low) / 2;

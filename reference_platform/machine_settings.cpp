@@ -145,7 +145,8 @@ void LoadBootOrder() {
   }
   Quorvex_FreePool(order);
   gHasBootOrder = true;
-  Store_Set(kSetting_boot_order, BootOptions_PackedOrder(gClasses, gCount));
+  Store_Set(kSetting_boot_order,
+            BootOptions_PackedOrder(gClasses, gCount, Store_Get(kSetting_boot_order)));
   Store_Set(kSetting_boot_class_lan_present, lan ? 1 : 0);
   Store_Set(kSetting_boot_class_odd_present, odd ? 1 : 0);
 }

@@ -1,6 +1,6 @@
 // The reference platform: the launcher that installs the vendor services a
 // stock UEFI firmware lacks and then starts QuorvexSetup.efi, and the hooks
-// and store API the host simulator drives it through.
+// the host simulator drives it through (the store's API is in store.h).
 #pragma once
 
 #include "platform/efi.h"
@@ -28,20 +28,3 @@ bool Password_SetByName(const char* Kind, const char* Text);
 // Receives one line per setup data operation ("op 27 -> 0"); null in the UEFI
 // image. The simulator sets it to write its trace file.
 extern void (*SetupDataTraceSink)(const char* Line);
-
-// ---------------------------------------------------------------------------
-// Settings store (see store.h for the record and the per-setting accessors).
-// ---------------------------------------------------------------------------
-// Sets a setting by its schema name; also "<name>_present" for the presence
-// answer of a setting that has a presence operation. False when the name is
-// unknown, the setting is a read-only value text, or the value is outside the
-// setting's range (nothing changes then).
-bool Store_SetByName(const char* Name, UINT64 Value);
-// Reads the store from its variable; defaults when it is missing or corrupt.
-void Store_Load();
-// Writes the whole store in one SetVariable call.
-EFI_STATUS Store_Save();
-// The schema's defaults for every setting the user can change, except the
-// ones that do not revert (Secure Boot, TPM); the language, the passwords and
-// the platform's own answers keep their values.
-void Store_LoadDefaults();

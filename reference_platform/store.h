@@ -4,7 +4,6 @@
 #pragma once
 
 #include "platform/efi.h"
-#include "reference_platform/reference_platform.h"
 
 enum StoreType : UINT8 {
   StoreType_U8,
@@ -96,6 +95,20 @@ inline constexpr EFI_GUID kStoreVariableGuid = {
 // firmware's variable services.
 constexpr UINT32 kStoreVariableAttributes =
     EFI_VARIABLE_NON_VOLATILE | EFI_VARIABLE_BOOTSERVICE_ACCESS;
+
+// Sets a setting by its schema name; also "<name>_present" for the presence
+// answer of a setting that has a presence operation. False when the name is
+// unknown, the setting is a read-only value text, or the value is outside the
+// setting's range (nothing changes then).
+bool Store_SetByName(const char* Name, UINT64 Value);
+// Reads the store from its variable; defaults when it is missing or corrupt.
+void Store_Load();
+// Writes the whole store in one SetVariable call.
+EFI_STATUS Store_Save();
+// The schema's defaults for every setting the user can change, except the
+// ones that do not revert (Secure Boot, TPM); the language, the passwords and
+// the platform's own answers keep their values.
+void Store_LoadDefaults();
 
 // What the last Store_Load found.
 enum StoreLoadResult : UINT32 { StoreLoaded, StoreMissing, StoreCorrupt, StoreUnreadable };

@@ -5,11 +5,9 @@
 // current language each time it draws.
 #include "setup_data/advanced_page_table.h"
 
+#include "setup_data/item_row.h"
 #include "setup_data/page_actions.h"
 #include "setup_data/text_table.h"
-
-// Rows name only the fields they set; every other field is zero.
-#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
 
 namespace {
 
@@ -34,138 +32,78 @@ const CHAR16* AdvancedSleepChargeOptions[kAdvancedSleepChargeSlots] = {
     TEXT(AdvancedAlternateMode), nullptr};
 
 SetupItem AdvancedPageItems[AdvancedPageRowCount] = {
-    {.Present = 1,
-     .Selected = 1,
-     .Kind = ItemDropDown,
-     .Width = kAdvancedRowWidth,
-     .Height = kAdvancedListHeight,
-     .Gap = kAdvancedRowGap,
-     .Help = TEXT(AdvancedBootSpeedHelp),
-     .Action = Quorvex_Page_OpenDropDown,
-     .Label = TEXT(AdvancedBootSpeed),
-     .Options = BootSpeedOptions},
-    {.Present = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kAdvancedRowWidth,
-     .Height = kAdvancedRowHeight,
-     .Gap = kAdvancedRowGap,
-     .Help = TEXT(AdvancedExecuteDisableBitHelp),
-     .Action = Quorvex_Page_ToggleOption,
-     .Label = TEXT(AdvancedExecuteDisableBit),
-     .Data = reinterpret_cast<UINT64>(AvailabilityOptions)},
-    {.Present = 1,
-     .Kind = ItemDropDown,
-     .Width = kAdvancedRowWidth,
-     .Height = kAdvancedListHeight,
-     .Gap = kAdvancedRowGap,
-     .Help = TEXT(AdvancedVirtualizationHelp),
-     .Action = Quorvex_Page_OpenDropDown,
-     .Label = TEXT(AdvancedVirtualization),
-     .Options = VirtualizationOptions},
-    {.Present = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kAdvancedRowWidth,
-     .Height = kAdvancedRowHeight,
-     .Gap = kAdvancedRowGap,
-     .Help = TEXT(AdvancedBeepSoundHelp),
-     .Action = Quorvex_Page_ToggleOption,
-     .Label = TEXT(AdvancedBeepSound),
-     .Data = reinterpret_cast<UINT64>(BeepOptions)},
-    {.Present = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kAdvancedRowWidth,
-     .Height = kAdvancedRowHeight,
-     .Gap = kAdvancedRowGap,
-     .Help = TEXT(AdvancedIntelAtHelp),
-     .Action = Quorvex_Page_ToggleOption,
-     .Label = TEXT(AdvancedIntelAt),
-     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
-    {.Present = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kAdvancedRowWidth,
-     .Height = kAdvancedRowHeight,
-     .Gap = kAdvancedRowGap,
-     .Help = TEXT(AdvancedIntelAtSuspendHelp),
-     .Action = Quorvex_Page_ToggleOption,
-     .Label = TEXT(AdvancedIntelAtSuspend),
-     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
-    {.Present = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kAdvancedRowWidth,
-     .Height = kAdvancedRowHeight,
-     .Gap = kAdvancedRowGap,
-     .Help = TEXT(AdvancedRapidStartHelp),
-     .Action = Quorvex_Page_ToggleOption,
-     .Label = TEXT(AdvancedRapidStart),
-     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
-    {.Present = 1,
-     .Kind = ItemDropDown,
-     .Width = kAdvancedRowWidth,
-     .Height = kAdvancedListHeight,
-     .Gap = kAdvancedRowGap,
-     .Help = TEXT(AdvancedSleepAndChargeHelp),
-     .Action = Quorvex_Page_OpenDropDown,
-     .Label = TEXT(AdvancedSleepAndCharge),
-     .Options = AdvancedSleepChargeOptions},
-    {.Present = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kAdvancedRowWidth,
-     .Height = kAdvancedRowHeight,
-     .Gap = kAdvancedRowGap,
-     .Help = TEXT(AdvancedCdpChargeModeHelp),
-     .Action = Quorvex_Page_ToggleOption,
-     .Label = TEXT(AdvancedCdpChargeMode),
-     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
-    {.Present = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kAdvancedRowWidth,
-     .Height = kAdvancedRowHeight,
-     .Gap = kAdvancedRowGap,
-     .Help = TEXT(AdvancedUsbPowerInSleepHelp),
-     .Action = Quorvex_Page_ToggleOption,
-     .Label = TEXT(AdvancedUsbPowerInSleep),
-     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
-    {.Present = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kAdvancedRowWidth,
-     .Height = kAdvancedRowHeight,
-     .Gap = kAdvancedRowGap,
-     .Help = TEXT(AdvancedSleepAndMusicHelp),
-     .Action = Quorvex_Page_ToggleOption,
-     .Label = TEXT(AdvancedSleepAndMusic),
-     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
-    {.Present = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kAdvancedRowWidth,
-     .Height = kAdvancedRowHeight,
-     .Gap = kAdvancedRowGap,
-     .Help = TEXT(AdvancedUsbLegacyEmulationHelp),
-     .Action = Quorvex_Page_ToggleOption,
-     .Label = TEXT(AdvancedUsbLegacyEmulation),
-     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
-    {.Present = 1,
-     .Kind = ItemButton,
-     .Width = kAdvancedRowWidth,
-     .Height = kAdvancedRowHeight,
-     .Gap = kAdvancedRowGap,
-     .Help = TEXT(AdvancedChangeBootOrderHelp),
-     .Action = Quorvex_AdvancedPage_ChangeBootOrder,
-     .Label = TEXT(AdvancedChangeBootOrder)},
+    ItemRow(ItemDropDown, TEXT(AdvancedBootSpeed),
+            {kAdvancedRowWidth, kAdvancedListHeight, kAdvancedRowGap})
+        .Help(TEXT(AdvancedBootSpeedHelp))
+        .Action(Quorvex_Page_OpenDropDown)
+        .Options(BootSpeedOptions)
+        .Focused(),
+    ItemRow(ItemOptionCycle, TEXT(AdvancedExecuteDisableBit),
+            {kAdvancedRowWidth, kAdvancedRowHeight, kAdvancedRowGap})
+        .Help(TEXT(AdvancedExecuteDisableBitHelp))
+        .Action(Quorvex_Page_ToggleOption)
+        .Data(reinterpret_cast<UINT64>(AvailabilityOptions)),
+    ItemRow(ItemDropDown, TEXT(AdvancedVirtualization),
+            {kAdvancedRowWidth, kAdvancedListHeight, kAdvancedRowGap})
+        .Help(TEXT(AdvancedVirtualizationHelp))
+        .Action(Quorvex_Page_OpenDropDown)
+        .Options(VirtualizationOptions),
+    ItemRow(ItemOptionCycle, TEXT(AdvancedBeepSound),
+            {kAdvancedRowWidth, kAdvancedRowHeight, kAdvancedRowGap})
+        .Help(TEXT(AdvancedBeepSoundHelp))
+        .Action(Quorvex_Page_ToggleOption)
+        .Data(reinterpret_cast<UINT64>(BeepOptions)),
+    ItemRow(ItemOptionCycle, TEXT(AdvancedIntelAt),
+            {kAdvancedRowWidth, kAdvancedRowHeight, kAdvancedRowGap})
+        .Help(TEXT(AdvancedIntelAtHelp))
+        .Action(Quorvex_Page_ToggleOption)
+        .Data(reinterpret_cast<UINT64>(OnOffOptions)),
+    ItemRow(ItemOptionCycle, TEXT(AdvancedIntelAtSuspend),
+            {kAdvancedRowWidth, kAdvancedRowHeight, kAdvancedRowGap})
+        .Help(TEXT(AdvancedIntelAtSuspendHelp))
+        .Action(Quorvex_Page_ToggleOption)
+        .Data(reinterpret_cast<UINT64>(OnOffOptions)),
+    ItemRow(ItemOptionCycle, TEXT(AdvancedRapidStart),
+            {kAdvancedRowWidth, kAdvancedRowHeight, kAdvancedRowGap})
+        .Help(TEXT(AdvancedRapidStartHelp))
+        .Action(Quorvex_Page_ToggleOption)
+        .Data(reinterpret_cast<UINT64>(OnOffOptions)),
+    ItemRow(ItemDropDown, TEXT(AdvancedSleepAndCharge),
+            {kAdvancedRowWidth, kAdvancedListHeight, kAdvancedRowGap})
+        .Help(TEXT(AdvancedSleepAndChargeHelp))
+        .Action(Quorvex_Page_OpenDropDown)
+        .Options(AdvancedSleepChargeOptions),
+    ItemRow(ItemOptionCycle, TEXT(AdvancedCdpChargeMode),
+            {kAdvancedRowWidth, kAdvancedRowHeight, kAdvancedRowGap})
+        .Help(TEXT(AdvancedCdpChargeModeHelp))
+        .Action(Quorvex_Page_ToggleOption)
+        .Data(reinterpret_cast<UINT64>(OnOffOptions)),
+    ItemRow(ItemOptionCycle, TEXT(AdvancedUsbPowerInSleep),
+            {kAdvancedRowWidth, kAdvancedRowHeight, kAdvancedRowGap})
+        .Help(TEXT(AdvancedUsbPowerInSleepHelp))
+        .Action(Quorvex_Page_ToggleOption)
+        .Data(reinterpret_cast<UINT64>(OnOffOptions)),
+    ItemRow(ItemOptionCycle, TEXT(AdvancedSleepAndMusic),
+            {kAdvancedRowWidth, kAdvancedRowHeight, kAdvancedRowGap})
+        .Help(TEXT(AdvancedSleepAndMusicHelp))
+        .Action(Quorvex_Page_ToggleOption)
+        .Data(reinterpret_cast<UINT64>(OnOffOptions)),
+    ItemRow(ItemOptionCycle, TEXT(AdvancedUsbLegacyEmulation),
+            {kAdvancedRowWidth, kAdvancedRowHeight, kAdvancedRowGap})
+        .Help(TEXT(AdvancedUsbLegacyEmulationHelp))
+        .Action(Quorvex_Page_ToggleOption)
+        .Data(reinterpret_cast<UINT64>(OnOffOptions)),
+    ItemRow(ItemButton, TEXT(AdvancedChangeBootOrder),
+            {kAdvancedRowWidth, kAdvancedRowHeight, kAdvancedRowGap})
+        .Help(TEXT(AdvancedChangeBootOrderHelp))
+        .Action(Quorvex_AdvancedPage_ChangeBootOrder),
     // No help text of its own: the help box stays empty on this row.
-    {.Present = 1,
-     .Kind = ItemButton,
-     .Width = kAdvancedRowWidth,
-     .Height = kAdvancedRowHeight,
-     .Gap = kAdvancedRowGap,
-     .Action = Quorvex_AdvancedPage_SystemConfiguration,
-     .Label = TEXT(AdvancedSystemConfiguration)},
-    {.Present = 1,
-     .Kind = ItemButton,
-     .Width = kAdvancedRowWidth,
-     .Height = kAdvancedRowHeight,
-     .Gap = kAdvancedRowGap,
-     .Help = TEXT(AdvancedBootUpLogoHelp),
-     .Action = Quorvex_AdvancedPage_BootLogo,
-     .Label = TEXT(AdvancedBootUpLogo)},
+    ItemRow(ItemButton, TEXT(AdvancedSystemConfiguration),
+            {kAdvancedRowWidth, kAdvancedRowHeight, kAdvancedRowGap})
+        .Action(Quorvex_AdvancedPage_SystemConfiguration),
+    ItemRow(ItemButton, TEXT(AdvancedBootUpLogo),
+            {kAdvancedRowWidth, kAdvancedRowHeight, kAdvancedRowGap})
+        .Help(TEXT(AdvancedBootUpLogoHelp))
+        .Action(Quorvex_AdvancedPage_BootLogo),
 };
 UINT64 AdvancedPageItemCount = AdvancedPageRowCount;

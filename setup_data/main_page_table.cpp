@@ -2,11 +2,9 @@
 // page's layout routine recomputes them from the screen width.
 #include "setup_data/main_page_table.h"
 
+#include "setup_data/item_row.h"
 #include "setup_data/page_actions.h"
 #include "setup_data/text_table.h"
-
-// Rows name only the fields they set; every other field is zero.
-#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
 
 CHAR16 MainTimeValue[kMainValueUnits];
 CHAR16 MainDateValue[kMainValueUnits];
@@ -15,81 +13,29 @@ const CHAR16* MainLanguageOptions[4] = {TEXT(MainLanguageEnglish), TEXT(MainLang
                                         TEXT(MainLanguageFrench), nullptr};
 
 SetupItem MainPageItems[MainPageRowCount] = {
-    {.Present = 1,
-     .Selected = 1,
-     .Kind = ItemValueButton,
-     .Width = 212,
-     .Height = 35,
-     .Gap = 25,
-     .Help = TEXT(MainSystemTimeHelp),
-     .Action = Quorvex_MainPage_EditTime,
-     .Label = TEXT(MainSystemTime),
-     .Data = reinterpret_cast<UINT64>(MainTimeValue),
-     .Value = kMainLabelWidth},
-    {.Present = 1,
-     .Kind = ItemValueButton,
-     .Width = 212,
-     .Height = 35,
-     .Gap = 25,
-     .Help = TEXT(MainSystemDateHelp),
-     .Action = Quorvex_MainPage_EditDate,
-     .Label = TEXT(MainSystemDate),
-     .Data = reinterpret_cast<UINT64>(MainDateValue),
-     .Value = kMainLabelWidth},
+    ItemRow(ItemValueButton, TEXT(MainSystemTime), {212, 35, 25})
+        .Help(TEXT(MainSystemTimeHelp))
+        .Action(Quorvex_MainPage_EditTime)
+        .Data(reinterpret_cast<UINT64>(MainTimeValue))
+        .Value(kMainLabelWidth)
+        .Focused(),
+    ItemRow(ItemValueButton, TEXT(MainSystemDate), {212, 35, 25})
+        .Help(TEXT(MainSystemDateHelp))
+        .Action(Quorvex_MainPage_EditDate)
+        .Data(reinterpret_cast<UINT64>(MainDateValue))
+        .Value(kMainLabelWidth),
     // Information rows: Data receives the value text from the setup data
     // service at set-up.
-    {.Present = 1,
-     .Kind = ItemInfo,
-     .Width = 212,
-     .Height = 50,
-     .Label = TEXT(MainCpuType),
-     .Value = kMainLabelWidth},
-    {.Present = 1,
-     .Kind = ItemInfo,
-     .Width = 212,
-     .Height = 50,
-     .Label = TEXT(MainCpuSpeed),
-     .Value = kMainLabelWidth},
-    {.Present = 1,
-     .Kind = ItemInfo,
-     .Width = 262,
-     .Height = 50,
-     .Label = TEXT(MainHddSsd),
-     .Value = kMainLabelWidth},
-    {.Present = 1,
-     .Kind = ItemInfo,
-     .Width = 212,
-     .Height = 50,
-     .Label = TEXT(MainOdd),
-     .Value = kMainLabelWidth},
-    {.Present = 1,
-     .Kind = ItemInfo,
-     .Width = 212,
-     .Height = 50,
-     .Label = TEXT(MainTotalMemorySize),
-     .Value = kMainLabelWidth},
-    {.Present = 1,
-     .Kind = ItemInfo,
-     .Width = 212,
-     .Height = 50,
-     .Label = TEXT(MainSystemBiosVersion),
-     .Value = kMainLabelWidth},
-    {.Present = 1,
-     .Kind = ItemInfo,
-     .Width = 212,
-     .Height = 50,
-     .Label = TEXT(MainEcVersion),
-     .Value = kMainLabelWidth},
-    {.Present = 1,
-     .Kind = ItemDropDown,
-     .Width = 412,
-     .Height = 62,
-     .Gap = 25,
-     .Help = TEXT(MainLanguageHelp),
-     .Action = Quorvex_MainPage_ChooseLanguage,
-     .Label = TEXT(MainLanguage),
-     .Data = 0,
-     .Value = 0,
-     .Options = MainLanguageOptions},
+    ItemRow(ItemInfo, TEXT(MainCpuType), {212, 50, 0}).Value(kMainLabelWidth),
+    ItemRow(ItemInfo, TEXT(MainCpuSpeed), {212, 50, 0}).Value(kMainLabelWidth),
+    ItemRow(ItemInfo, TEXT(MainHddSsd), {262, 50, 0}).Value(kMainLabelWidth),
+    ItemRow(ItemInfo, TEXT(MainOdd), {212, 50, 0}).Value(kMainLabelWidth),
+    ItemRow(ItemInfo, TEXT(MainTotalMemorySize), {212, 50, 0}).Value(kMainLabelWidth),
+    ItemRow(ItemInfo, TEXT(MainSystemBiosVersion), {212, 50, 0}).Value(kMainLabelWidth),
+    ItemRow(ItemInfo, TEXT(MainEcVersion), {212, 50, 0}).Value(kMainLabelWidth),
+    ItemRow(ItemDropDown, TEXT(MainLanguage), {412, 62, 25})
+        .Help(TEXT(MainLanguageHelp))
+        .Action(Quorvex_MainPage_ChooseLanguage)
+        .Options(MainLanguageOptions),
 };
 UINT64 MainPageItemCount = MainPageRowCount;

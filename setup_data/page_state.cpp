@@ -1,3 +1,3 @@
 #include "setup_data/page_state.h"
 
-UINT32 PageState;
+PageStateValue PageState;

@@ -20,9 +20,9 @@ enum PageStateValue : UINT32 {
   kStateAdvancedSubPage = 11,
   kStateExitPage = 12,
 };
-extern UINT32 PageState;
+extern PageStateValue PageState;
 
 // True while one of the tab states (0-5) holds.
-constexpr bool IsTabState(UINT32 State) {
+constexpr bool IsTabState(PageStateValue State) {
   return State <= kStateExitTab;
 }

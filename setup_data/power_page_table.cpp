@@ -5,11 +5,9 @@
 // current language each time it draws.
 #include "setup_data/power_page_table.h"
 
+#include "setup_data/item_row.h"
 #include "setup_data/page_actions.h"
 #include "setup_data/text_table.h"
-
-// Rows name only the fields they set; every other field is zero.
-#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
 
 namespace {
 
@@ -28,124 +26,72 @@ const CHAR16* const SataInterfaceOptions[] = {TEXT(PowerBatteryLife), TEXT(Power
 UINT64 PowerBacklightTimeMaximum = kPowerBacklightTimeInitial;
 
 SetupItem PowerManagementPageItems[PowerManagementPageRowCount] = {
-    {.Present = 1,
-     .Selected = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kPowerRowWidth,
-     .Height = kPowerToggleHeight,
-     .Gap = kPowerRowGap,
-     .Help = TEXT(PowerWakeOnLanHelp),
-     .Action = Quorvex_Page_ToggleOption,
-     .Label = TEXT(PowerWakeOnLan),
-     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
-    {.Present = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kPowerRowWidth,
-     .Height = kPowerToggleHeight,
-     .Gap = kPowerRowGap,
-     .Help = TEXT(PowerWakeOnKeyboardHelp),
-     .Action = Quorvex_Page_ToggleOption,
-     .Label = TEXT(PowerWakeOnKeyboard),
-     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
-    {.Present = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kPowerRowWidth,
-     .Height = kPowerToggleHeight,
-     .Gap = kPowerRowGap,
-     .Help = TEXT(PowerCriticalBatteryWakeUpHelp),
-     .Action = Quorvex_Page_ToggleOption,
-     .Label = TEXT(PowerCriticalBatteryWakeUp),
-     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
-    {.Present = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kPowerRowWidth,
-     .Height = kPowerToggleHeight,
-     .Gap = kPowerRowGap,
-     .Help = TEXT(PowerPanelOpenPowerOnHelp),
-     .Action = Quorvex_Page_ToggleOption,
-     .Label = TEXT(PowerPanelOpenPowerOn),
-     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
-    {.Present = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kPowerRowWidth,
-     .Height = kPowerToggleHeight,
-     .Gap = kPowerRowGap,
-     .Help = TEXT(PowerPowerOnByAcHelp),
-     .Action = Quorvex_Page_ToggleOption,
-     .Label = TEXT(PowerPowerOnByAc),
-     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
-    {.Present = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kPowerRowWidth,
-     .Height = kPowerToggleHeight,
-     .Gap = kPowerRowGap,
-     .Help = TEXT(PowerInternalCirHelp),
-     .Action = Quorvex_Page_ToggleOption,
-     .Label = TEXT(PowerInternalCir),
-     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
-    {.Present = 1,
-     .Kind = ItemDropDown,
-     .Width = kPowerRowWidth,
-     .Height = kPowerListHeight,
-     .Gap = kPowerRowGap,
-     .Help = TEXT(PowerDynamicCpuFrequencyModeHelp),
-     .Action = Quorvex_Page_OpenDropDown,
-     .Label = TEXT(PowerDynamicCpuFrequencyMode),
-     .Options = DynamicCpuOptions},
-    {.Present = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kPowerRowWidth,
-     .Height = kPowerToggleHeight,
-     .Gap = kPowerRowGap,
-     .Help = TEXT(PowerCoreMultiProcessingHelp),
-     .Action = Quorvex_Page_ToggleOption,
-     .Label = TEXT(PowerCoreMultiProcessing),
-     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
-    {.Present = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kPowerRowWidth,
-     .Height = kPowerToggleHeight,
-     .Gap = kPowerRowGap,
-     .Help = TEXT(PowerTurboBoostHelp),
-     .Action = Quorvex_Page_ToggleOption,
-     .Label = TEXT(PowerTurboBoost),
-     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
-    {.Present = 1,
-     .Kind = ItemDropDown,
-     .Width = kPowerRowWidth,
-     .Height = kPowerListHeight,
-     .Gap = kPowerRowGap,
-     .Help = TEXT(PowerKeyboardBacklightModeHelp),
-     .Action = Quorvex_Page_OpenDropDown,
-     .Label = TEXT(PowerKeyboardBacklightMode),
-     .Options = BacklightModeOptions},
+    ItemRow(ItemOptionCycle, TEXT(PowerWakeOnLan),
+            {kPowerRowWidth, kPowerToggleHeight, kPowerRowGap})
+        .Help(TEXT(PowerWakeOnLanHelp))
+        .Action(Quorvex_Page_ToggleOption)
+        .Data(reinterpret_cast<UINT64>(OnOffOptions))
+        .Focused(),
+    ItemRow(ItemOptionCycle, TEXT(PowerWakeOnKeyboard),
+            {kPowerRowWidth, kPowerToggleHeight, kPowerRowGap})
+        .Help(TEXT(PowerWakeOnKeyboardHelp))
+        .Action(Quorvex_Page_ToggleOption)
+        .Data(reinterpret_cast<UINT64>(OnOffOptions)),
+    ItemRow(ItemOptionCycle, TEXT(PowerCriticalBatteryWakeUp),
+            {kPowerRowWidth, kPowerToggleHeight, kPowerRowGap})
+        .Help(TEXT(PowerCriticalBatteryWakeUpHelp))
+        .Action(Quorvex_Page_ToggleOption)
+        .Data(reinterpret_cast<UINT64>(OnOffOptions)),
+    ItemRow(ItemOptionCycle, TEXT(PowerPanelOpenPowerOn),
+            {kPowerRowWidth, kPowerToggleHeight, kPowerRowGap})
+        .Help(TEXT(PowerPanelOpenPowerOnHelp))
+        .Action(Quorvex_Page_ToggleOption)
+        .Data(reinterpret_cast<UINT64>(OnOffOptions)),
+    ItemRow(ItemOptionCycle, TEXT(PowerPowerOnByAc),
+            {kPowerRowWidth, kPowerToggleHeight, kPowerRowGap})
+        .Help(TEXT(PowerPowerOnByAcHelp))
+        .Action(Quorvex_Page_ToggleOption)
+        .Data(reinterpret_cast<UINT64>(OnOffOptions)),
+    ItemRow(ItemOptionCycle, TEXT(PowerInternalCir),
+            {kPowerRowWidth, kPowerToggleHeight, kPowerRowGap})
+        .Help(TEXT(PowerInternalCirHelp))
+        .Action(Quorvex_Page_ToggleOption)
+        .Data(reinterpret_cast<UINT64>(OnOffOptions)),
+    ItemRow(ItemDropDown, TEXT(PowerDynamicCpuFrequencyMode),
+            {kPowerRowWidth, kPowerListHeight, kPowerRowGap})
+        .Help(TEXT(PowerDynamicCpuFrequencyModeHelp))
+        .Action(Quorvex_Page_OpenDropDown)
+        .Options(DynamicCpuOptions),
+    ItemRow(ItemOptionCycle, TEXT(PowerCoreMultiProcessing),
+            {kPowerRowWidth, kPowerToggleHeight, kPowerRowGap})
+        .Help(TEXT(PowerCoreMultiProcessingHelp))
+        .Action(Quorvex_Page_ToggleOption)
+        .Data(reinterpret_cast<UINT64>(OnOffOptions)),
+    ItemRow(ItemOptionCycle, TEXT(PowerTurboBoost),
+            {kPowerRowWidth, kPowerToggleHeight, kPowerRowGap})
+        .Help(TEXT(PowerTurboBoostHelp))
+        .Action(Quorvex_Page_ToggleOption)
+        .Data(reinterpret_cast<UINT64>(OnOffOptions)),
+    ItemRow(ItemDropDown, TEXT(PowerKeyboardBacklightMode),
+            {kPowerRowWidth, kPowerListHeight, kPowerRowGap})
+        .Help(TEXT(PowerKeyboardBacklightModeHelp))
+        .Action(Quorvex_Page_OpenDropDown)
+        .Options(BacklightModeOptions),
     // "+" and "-" change the time while the row has the focus; Enter does
     // nothing here.
-    {.Present = 1,
-     .Kind = ItemAdjust,
-     .Width = kPowerRowWidth,
-     .Height = kPowerListHeight,
-     .Gap = kPowerRowGap,
-     .Help = TEXT(PowerBacklightLightingTimeHelp),
-     .Label = TEXT(PowerBacklightLightingTime),
-     .Data = kPowerBacklightTimeInitial},
-    {.Present = 1,
-     .Kind = ItemDropDown,
-     .Width = kPowerRowWidth,
-     .Height = kPowerListHeight,
-     .Gap = kPowerRowGap,
-     .Help = TEXT(PowerSataInterfaceSettingHelp),
-     .Action = Quorvex_Page_OpenDropDown,
-     .Label = TEXT(PowerSataInterfaceSetting),
-     .Options = SataInterfaceOptions},
-    {.Present = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kPowerRowWidth,
-     .Height = kPowerToggleHeight,
-     .Gap = kPowerRowGap,
-     .Help = TEXT(PowerInternalUsb3ControllerHelp),
-     .Action = Quorvex_Page_ToggleOption,
-     .Label = TEXT(PowerInternalUsb3Controller),
-     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
+    ItemRow(ItemAdjust, TEXT(PowerBacklightLightingTime),
+            {kPowerRowWidth, kPowerListHeight, kPowerRowGap})
+        .Help(TEXT(PowerBacklightLightingTimeHelp))
+        .Data(kPowerBacklightTimeInitial),
+    ItemRow(ItemDropDown, TEXT(PowerSataInterfaceSetting),
+            {kPowerRowWidth, kPowerListHeight, kPowerRowGap})
+        .Help(TEXT(PowerSataInterfaceSettingHelp))
+        .Action(Quorvex_Page_OpenDropDown)
+        .Options(SataInterfaceOptions),
+    ItemRow(ItemOptionCycle, TEXT(PowerInternalUsb3Controller),
+            {kPowerRowWidth, kPowerToggleHeight, kPowerRowGap})
+        .Help(TEXT(PowerInternalUsb3ControllerHelp))
+        .Action(Quorvex_Page_ToggleOption)
+        .Data(reinterpret_cast<UINT64>(OnOffOptions)),
 };
 UINT64 PowerManagementPageItemCount = PowerManagementPageRowCount;

@@ -2,11 +2,9 @@
 // the page's layout routine recomputes them from the screen width.
 #include "setup_data/security_page_table.h"
 
+#include "setup_data/item_row.h"
 #include "setup_data/page_actions.h"
 #include "setup_data/text_table.h"
-
-// Rows name only the fields they set; every other field is zero.
-#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
 
 namespace {
 
@@ -23,114 +21,52 @@ constexpr UINT64 kWidth = 412;
 } // namespace
 
 SetupItem SecurityPageItems[SecurityPageRowCount] = {
-    {.Present = 1,
-     .Kind = ItemHeading,
-     .Width = kWidth,
-     .Height = kSecurityHeadingHeight,
-     .GreyedOut = 1,
-     .Label = TEXT(SecurityBiosPassword)},
-    {.Present = 1,
-     .Selected = 1,
-     .Kind = ItemButton,
-     .Width = kWidth,
-     .Height = kSecurityButtonHeight,
-     .Gap = kSecurityRowGap,
-     .Help = TEXT(SecurityUserHelp),
-     .Action = Quorvex_SecurityPage_UserPassword,
-     .Label = TEXT(SecurityUser)},
-    {.Present = 1,
-     .Kind = ItemButton,
-     .Width = kWidth,
-     .Height = kSecurityButtonHeight,
-     .Gap = kSecurityRowGap,
-     .Help = TEXT(SecuritySupervisorHelp),
-     .Action = Quorvex_SecurityPage_SupervisorPassword,
-     .Label = TEXT(SecuritySupervisor)},
-    {.Present = 1,
-     .Kind = ItemHeading,
-     .Width = kWidth,
-     .Height = kSecurityHeadingHeight,
-     .Help = TEXT(SecurityModeHelp),
-     .GreyedOut = 1,
-     .Label = TEXT(SecurityHddSsdPassword)},
-    {.Present = 1,
-     .Kind = ItemDropDown,
-     .Width = kWidth,
-     .Height = kSecurityDropDownHeight,
-     .Gap = kSecurityRowGap,
-     .Help = TEXT(SecurityModeHelp),
-     .Action = Quorvex_SecurityPage_OptionList,
-     .Label = TEXT(SecurityMode),
-     .Data = 0,
-     .Value = 0,
-     .Options = ModeOptions},
+    ItemRow(ItemHeading, TEXT(SecurityBiosPassword), {kWidth, kSecurityHeadingHeight, 0}).Greyed(),
+    ItemRow(ItemButton, TEXT(SecurityUser), {kWidth, kSecurityButtonHeight, kSecurityRowGap})
+        .Help(TEXT(SecurityUserHelp))
+        .Action(Quorvex_SecurityPage_UserPassword)
+        .Focused(),
+    ItemRow(ItemButton, TEXT(SecuritySupervisor), {kWidth, kSecurityButtonHeight, kSecurityRowGap})
+        .Help(TEXT(SecuritySupervisorHelp))
+        .Action(Quorvex_SecurityPage_SupervisorPassword),
+    ItemRow(ItemHeading, TEXT(SecurityHddSsdPassword), {kWidth, kSecurityHeadingHeight, 0})
+        .Help(TEXT(SecurityModeHelp))
+        .Greyed(),
+    ItemRow(ItemDropDown, TEXT(SecurityMode), {kWidth, kSecurityDropDownHeight, kSecurityRowGap})
+        .Help(TEXT(SecurityModeHelp))
+        .Action(Quorvex_SecurityPage_OptionList)
+        .Options(ModeOptions),
     // Only offered in Master+User mode; the refresh shows it.
-    {.Present = 1,
-     .Kind = ItemButton,
-     .Width = kWidth,
-     .Height = kSecurityButtonHeight,
-     .Gap = kSecurityRowGap,
-     .Help = TEXT(SecurityMasterHelp),
-     .Action = Quorvex_SecurityPage_MasterPassword,
-     .GreyedOut = 1,
-     .Hidden = 1,
-     .Label = TEXT(SecurityMaster)},
-    {.Present = 1,
-     .Kind = ItemButton,
-     .Width = kWidth,
-     .Height = kSecurityButtonHeight,
-     .Gap = kSecurityRowGap,
-     .Help = TEXT(SecurityHddUserHelp),
-     .Action = Quorvex_SecurityPage_HddUserPassword,
-     .Label = TEXT(SecurityUser)},
-    {.Present = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kWidth,
-     .Height = kSecurityButtonHeight,
-     .Gap = kSecurityRowGap,
-     .Help = TEXT(SecuritySecureBootHelp),
-     .Action = Quorvex_SecurityPage_Toggle,
-     .Label = TEXT(SecuritySecureBoot),
-     .Data = reinterpret_cast<UINT64>(OnOffOptions),
-     .Value = 0},
-    {.Present = 1,
-     .Kind = ItemButton,
-     .Width = kWidth,
-     .Height = kSecurityButtonHeight,
-     .Gap = kSecurityRowGap,
-     .Help = TEXT(SecurityClearSecureBootKeysHelp),
-     .Action = Quorvex_SecurityPage_ClearSecureBootKeys,
-     .Label = TEXT(SecurityClearSecureBootKeys)},
-    {.Present = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kWidth,
-     .Height = kSecurityButtonHeight,
-     .Gap = kSecurityRowGap,
-     .Help = TEXT(SecurityTpmHelp),
-     .Action = Quorvex_SecurityPage_Toggle,
-     .Label = TEXT(SecurityTpm),
-     .Data = reinterpret_cast<UINT64>(OnOffOptions),
-     .Value = 0},
-    {.Present = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kWidth,
-     .Height = kSecurityButtonHeight,
-     .Gap = kSecurityRowGap,
-     .Help = TEXT(SecurityBootMenuHelp),
-     .Action = Quorvex_SecurityPage_Toggle,
-     .Label = TEXT(SecurityBootMenu),
-     .Data = reinterpret_cast<UINT64>(OnOffOptions),
-     .Value = 0},
-    {.Present = 1,
-     .Kind = ItemDropDown,
-     .Width = kWidth,
-     .Height = kSecurityDropDownHeight,
-     .Gap = kSecurityRowGap,
-     .Help = TEXT(SecurityBiosAccessRightsHelp),
-     .Action = Quorvex_SecurityPage_OptionList,
-     .Label = TEXT(SecurityBiosAccessRights),
-     .Data = 0,
-     .Value = 0,
-     .Options = AccessRightsOptions},
+    ItemRow(ItemButton, TEXT(SecurityMaster), {kWidth, kSecurityButtonHeight, kSecurityRowGap})
+        .Help(TEXT(SecurityMasterHelp))
+        .Action(Quorvex_SecurityPage_MasterPassword)
+        .Greyed()
+        .Hidden(),
+    ItemRow(ItemButton, TEXT(SecurityUser), {kWidth, kSecurityButtonHeight, kSecurityRowGap})
+        .Help(TEXT(SecurityHddUserHelp))
+        .Action(Quorvex_SecurityPage_HddUserPassword),
+    ItemRow(ItemOptionCycle, TEXT(SecuritySecureBoot),
+            {kWidth, kSecurityButtonHeight, kSecurityRowGap})
+        .Help(TEXT(SecuritySecureBootHelp))
+        .Action(Quorvex_SecurityPage_Toggle)
+        .Data(reinterpret_cast<UINT64>(OnOffOptions)),
+    ItemRow(ItemButton, TEXT(SecurityClearSecureBootKeys),
+            {kWidth, kSecurityButtonHeight, kSecurityRowGap})
+        .Help(TEXT(SecurityClearSecureBootKeysHelp))
+        .Action(Quorvex_SecurityPage_ClearSecureBootKeys),
+    ItemRow(ItemOptionCycle, TEXT(SecurityTpm), {kWidth, kSecurityButtonHeight, kSecurityRowGap})
+        .Help(TEXT(SecurityTpmHelp))
+        .Action(Quorvex_SecurityPage_Toggle)
+        .Data(reinterpret_cast<UINT64>(OnOffOptions)),
+    ItemRow(ItemOptionCycle, TEXT(SecurityBootMenu),
+            {kWidth, kSecurityButtonHeight, kSecurityRowGap})
+        .Help(TEXT(SecurityBootMenuHelp))
+        .Action(Quorvex_SecurityPage_Toggle)
+        .Data(reinterpret_cast<UINT64>(OnOffOptions)),
+    ItemRow(ItemDropDown, TEXT(SecurityBiosAccessRights),
+            {kWidth, kSecurityDropDownHeight, kSecurityRowGap})
+        .Help(TEXT(SecurityBiosAccessRightsHelp))
+        .Action(Quorvex_SecurityPage_OptionList)
+        .Options(AccessRightsOptions),
 };
 UINT64 SecurityPageItemCount = SecurityPageRowCount;

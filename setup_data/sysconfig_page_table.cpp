@@ -5,11 +5,9 @@
 // current language each time it draws.
 #include "setup_data/sysconfig_page_table.h"
 
+#include "setup_data/item_row.h"
 #include "setup_data/page_actions.h"
 #include "setup_data/text_table.h"
-
-// Rows name only the fields they set; every other field is zero.
-#pragma GCC diagnostic ignored "-Wmissing-field-initializers"
 
 namespace {
 
@@ -37,95 +35,55 @@ const CHAR16* SysConfigExternalDisplayOptions[kSysConfigExternalDisplaySlots] = 
 SetupItem SystemConfigurationPageItems[SystemConfigurationPageRowCount] = {
     // Greyed until the access level is applied at refresh; Esc leaves the
     // sub-page either way.
-    {.Present = 1,
-     .Kind = ItemButton,
-     .Width = kSysConfigButtonWidth,
-     .Height = kSysConfigButtonHeight,
-     .Gap = kSysConfigRowGap,
-     .Action = Quorvex_SystemConfigurationPage_PreviousPage,
-     .GreyedOut = 1,
-     .Label = TEXT(SysConfigPreviousPageRow)},
+    ItemRow(ItemButton, TEXT(SysConfigPreviousPageRow),
+            {kSysConfigButtonWidth, kSysConfigButtonHeight, kSysConfigRowGap})
+        .Action(Quorvex_SystemConfigurationPage_PreviousPage)
+        .Greyed(),
     // The sub-page's title: an information row without a value text.
-    {.Present = 1,
-     .Kind = ItemInfo,
-     .Width = kSysConfigRowWidth,
-     .Height = kSysConfigHeadingHeight,
-     .Gap = kSysConfigRowGap,
-     .GreyedOut = 1,
-     .Label = TEXT(AdvancedSystemConfiguration),
-     .Value = kSysConfigHeadingLabelWidth},
-    {.Present = 1,
-     .Selected = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kSysConfigRowWidth,
-     .Height = kSysConfigToggleHeight,
-     .Gap = kSysConfigRowGap,
-     .Help = TEXT(SysConfigBuiltInLanHelp),
-     .Action = Quorvex_Page_ToggleOption,
-     .Label = TEXT(SysConfigBuiltInLan),
-     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
-    {.Present = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kSysConfigRowWidth,
-     .Height = kSysConfigToggleHeight,
-     .Gap = kSysConfigRowGap,
-     .Help = TEXT(SysConfigPointingDeviceHelp),
-     .Action = Quorvex_Page_ToggleOption,
-     .Label = TEXT(SysConfigPointingDevice),
-     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
-    {.Present = 1,
-     .Kind = ItemOptionCycle,
-     .Width = kSysConfigRowWidth,
-     .Height = kSysConfigToggleHeight,
-     .Gap = kSysConfigRowGap,
-     .Help = TEXT(SysConfigWebCameraHelp),
-     .Action = Quorvex_Page_ToggleOption,
-     .Label = TEXT(SysConfigWebCamera),
-     .Data = reinterpret_cast<UINT64>(OnOffOptions)},
-    {.Present = 1,
-     .Kind = ItemDropDown,
-     .Width = kSysConfigRowWidth,
-     .Height = kSysConfigListHeight,
-     .Gap = kSysConfigRowGap,
-     .Help = TEXT(SysConfigSataControllerModeHelp),
-     .Action = Quorvex_Page_OpenDropDown,
-     .Label = TEXT(SysConfigSataControllerMode),
-     .Options = SataModeOptions},
-    {.Present = 1,
-     .Kind = ItemDropDown,
-     .Width = kSysConfigRowWidth,
-     .Height = kSysConfigListHeight,
-     .Gap = kSysConfigRowGap,
-     .Help = TEXT(SysConfigBootModeHelp),
-     .Action = Quorvex_Page_OpenDropDown,
-     .Label = TEXT(SysConfigBootMode),
-     .Options = BootModeOptions},
-    {.Present = 1,
-     .Kind = ItemDropDown,
-     .Width = kSysConfigRowWidth,
-     .Height = kSysConfigListHeight,
-     .Gap = kSysConfigRowGap,
-     .Help = TEXT(SysConfigPowerOnDisplayHelp),
-     .Action = Quorvex_Page_OpenDropDown,
-     .Label = TEXT(SysConfigPowerOnDisplay),
-     .Options = PowerOnDisplayOptions},
-    {.Present = 1,
-     .Kind = ItemDropDown,
-     .Width = kSysConfigRowWidth,
-     .Height = kSysConfigListHeight,
-     .Gap = kSysConfigRowGap,
-     .Help = TEXT(SysConfigPowerOnDisplayHelp),
-     .Action = Quorvex_Page_OpenDropDown,
-     .Label = TEXT(SysConfigExternalDisplayDevice),
-     .Options = SysConfigExternalDisplayOptions},
-    {.Present = 1,
-     .Kind = ItemDropDown,
-     .Width = kSysConfigRowWidth,
-     .Height = kSysConfigFunctionKeysHeight,
-     .Gap = kSysConfigRowGap,
-     .Help = TEXT(SysConfigFunctionKeysModeHelp),
-     .Action = Quorvex_Page_OpenDropDown,
-     .Label = TEXT(SysConfigFunctionKeysMode),
-     .Options = FunctionKeysOptions},
+    ItemRow(ItemInfo, TEXT(AdvancedSystemConfiguration),
+            {kSysConfigRowWidth, kSysConfigHeadingHeight, kSysConfigRowGap})
+        .Value(kSysConfigHeadingLabelWidth)
+        .Greyed(),
+    ItemRow(ItemOptionCycle, TEXT(SysConfigBuiltInLan),
+            {kSysConfigRowWidth, kSysConfigToggleHeight, kSysConfigRowGap})
+        .Help(TEXT(SysConfigBuiltInLanHelp))
+        .Action(Quorvex_Page_ToggleOption)
+        .Data(reinterpret_cast<UINT64>(OnOffOptions))
+        .Focused(),
+    ItemRow(ItemOptionCycle, TEXT(SysConfigPointingDevice),
+            {kSysConfigRowWidth, kSysConfigToggleHeight, kSysConfigRowGap})
+        .Help(TEXT(SysConfigPointingDeviceHelp))
+        .Action(Quorvex_Page_ToggleOption)
+        .Data(reinterpret_cast<UINT64>(OnOffOptions)),
+    ItemRow(ItemOptionCycle, TEXT(SysConfigWebCamera),
+            {kSysConfigRowWidth, kSysConfigToggleHeight, kSysConfigRowGap})
+        .Help(TEXT(SysConfigWebCameraHelp))
+        .Action(Quorvex_Page_ToggleOption)
+        .Data(reinterpret_cast<UINT64>(OnOffOptions)),
+    ItemRow(ItemDropDown, TEXT(SysConfigSataControllerMode),
+            {kSysConfigRowWidth, kSysConfigListHeight, kSysConfigRowGap})
+        .Help(TEXT(SysConfigSataControllerModeHelp))
+        .Action(Quorvex_Page_OpenDropDown)
+        .Options(SataModeOptions),
+    ItemRow(ItemDropDown, TEXT(SysConfigBootMode),
+            {kSysConfigRowWidth, kSysConfigListHeight, kSysConfigRowGap})
+        .Help(TEXT(SysConfigBootModeHelp))
+        .Action(Quorvex_Page_OpenDropDown)
+        .Options(BootModeOptions),
+    ItemRow(ItemDropDown, TEXT(SysConfigPowerOnDisplay),
+            {kSysConfigRowWidth, kSysConfigListHeight, kSysConfigRowGap})
+        .Help(TEXT(SysConfigPowerOnDisplayHelp))
+        .Action(Quorvex_Page_OpenDropDown)
+        .Options(PowerOnDisplayOptions),
+    ItemRow(ItemDropDown, TEXT(SysConfigExternalDisplayDevice),
+            {kSysConfigRowWidth, kSysConfigListHeight, kSysConfigRowGap})
+        .Help(TEXT(SysConfigPowerOnDisplayHelp))
+        .Action(Quorvex_Page_OpenDropDown)
+        .Options(SysConfigExternalDisplayOptions),
+    ItemRow(ItemDropDown, TEXT(SysConfigFunctionKeysMode),
+            {kSysConfigRowWidth, kSysConfigFunctionKeysHeight, kSysConfigRowGap})
+        .Help(TEXT(SysConfigFunctionKeysModeHelp))
+        .Action(Quorvex_Page_OpenDropDown)
+        .Options(FunctionKeysOptions),
 };
 UINT64 SystemConfigurationPageItemCount = SystemConfigurationPageRowCount;

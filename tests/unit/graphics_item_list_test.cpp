@@ -151,7 +151,7 @@ TEST_F(ItemListTest, OnTheMainPageTheHelpBarIsRedrawnWithTheList) {
   PageState = kStatePowerPage;
   Quorvex_Draw_Item_List(items.data(), 1, 0);
   EXPECT_EQ(At(3 * ScreenWidth / 4, 5), 0xFF00FFu);
-  for (UINT32 state : {kStateMainTab, kStateMainPage}) {
+  for (PageStateValue state : {kStateMainTab, kStateMainPage}) {
     Quorvex_FillRect(3 * ScreenWidth / 4, 0, ScreenWidth / 4, ScreenHeight, 0xFF00FF);
     PageState = state;
     Quorvex_Draw_Item_List(items.data(), 1, 0);

@@ -121,11 +121,14 @@ TEST(BootOptionsTest, PackedOrderAndReorderFollowTheClasses) {
   // OVMF's own order: ODD, USB, HDD, LAN by first option.
   const UINT8 classes[] = {BootClassNone, BootClassOdd, BootClassUsb, BootClassHdd,
                            BootClassLan,  BootClassLan, BootClassLan, BootClassNone};
-  EXPECT_EQ(BootOptions_PackedOrder(classes, 8), 0x3124u);
-  // Without LAN or ODD options the optional classes come last.
-  const UINT8 lanOnly[] = {BootClassLan, BootClassNone};
-  EXPECT_EQ(BootOptions_PackedOrder(lanOnly, 2), 0x4213u);
-  EXPECT_EQ(BootOptions_PackedOrder(nullptr, 0), 0x4321u);
+  EXPECT_EQ(BootOptions_PackedOrder(classes, 8, 0x4321), 0x3124u);
+  // Classes without options keep their stored places; the others take the
+  // machine's order in the places left.
+  const UINT8 hddThenLan[] = {BootClassHdd, BootClassNone, BootClassLan};
+  EXPECT_EQ(BootOptions_PackedOrder(hddThenLan, 3, 0x2143), 0x2341u); // HDD, ODD, LAN, USB
+  const UINT8 hddOnly[] = {BootClassHdd};
+  EXPECT_EQ(BootOptions_PackedOrder(hddOnly, 1, 0x4312), 0x4312u); // USB first stays
+  EXPECT_EQ(BootOptions_PackedOrder(nullptr, 0, 0x1111), 0x4321u); // damaged: repaired
 
   const UINT16 numbers[] = {0, 1, 2, 3, 4, 5, 6, 7};
   UINT16 out[8];

@@ -42,7 +42,7 @@ TEST(SchemaRanges, TheLightingTimeMaximumNeverPassesTheTimesRange) {
   EXPECT_GE(Info("backlight_time_maximum").Min, Info("backlight_lighting_time").Min);
   // Scan code 0 is what every character key carries.
   EXPECT_GE(Info("hot_key_scan_code").Min, 1u);
-  EXPECT_FALSE(Store_SetByName("hot_key_scan_code", 0)) << "the store refuses a hot key of 0";
+  EXPECT_FALSE(session::SetSetting("hot_key_scan_code", 0)) << "the store refuses a hot key of 0";
 }
 
 class SchemaRangesSession : public SessionTest {
@@ -78,7 +78,7 @@ protected:
       ++checked;
       EXPECT_GE(value, info->Min) << line << " (" << info->Name << ")";
       EXPECT_LE(value, info->Max) << line << " (" << info->Name << ")";
-      EXPECT_TRUE(Store_SetByName(info->Name, value)) << "the store refuses " << line;
+      EXPECT_TRUE(session::SetSetting(info->Name, value)) << "the store refuses " << line;
     }
     EXPECT_GT(checked, 30u) << "every page's settings were written";
     EXPECT_TRUE(TraceHas("op 143 " + std::to_string(Top ? PowerBacklightTimeMaximum : 0)));

@@ -127,6 +127,10 @@ inline std::map<std::string, UINT64>*& SettingsSource() {
   return settings;
 }
 
+// Sets one setting in the store by its schema name (session_settings.cpp:
+// the store's header and the Security page's both name a PasswordKind).
+bool SetSetting(const std::string& Name, UINT64 Value);
+
 } // namespace session
 
 class SessionTest : public FakeFirmwareTest {
@@ -142,7 +146,7 @@ protected:
     session::SettingsSource() = &Settings;
     PlatformStartHook = [] {
       for (const auto& [name, value] : *session::SettingsSource()) {
-        ASSERT_TRUE(Store_SetByName(name.c_str(), value)) << name;
+        ASSERT_TRUE(session::SetSetting(name, value)) << name;
       }
     };
   }
