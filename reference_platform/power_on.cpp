@@ -3,8 +3,8 @@
 #include "platform/lib.h"
 #include "reference_platform/gate.h"
 #include "reference_platform/platform_context.h"
-#include "reference_platform/reference_platform.h"
 #include "reference_platform/serial.h"
+#include "reference_platform/store.h"
 #include "reference_platform/usb_hid_pointer.h"
 
 namespace {
