@@ -238,13 +238,19 @@ foreach(image IN LISTS images)
   set_tests_properties(image-check-${image} PROPERTIES LABELS image TIMEOUT 120)
 endforeach()
 
-# The end-to-end tests boot build/esp in QEMU, one at a time.
+# The end-to-end tests boot build/esp (or the firmware image) in QEMU, one at
+# a time: one ctest test per file, each with its own time limit and report.
 if(TARGET esp)
-  add_test(NAME e2e
-           COMMAND ${QUORVEX_PYTHON} -m unittest discover -s ${QUORVEX_SOURCE_DIR}/tests/e2e
-                   -p "*_test.py" -v)
-  set_tests_properties(e2e PROPERTIES LABELS e2e TIMEOUT 1200 RUN_SERIAL TRUE
-                       ENVIRONMENT "QUORVEX_ESP=${QUORVEX_ESP_DIR};QUORVEX_BUILD=${CMAKE_BINARY_DIR};QUORVEX_FIRMWARE=${QUORVEX_FIRMWARE_DIR}")
+  file(GLOB e2e_files CONFIGURE_DEPENDS ${QUORVEX_SOURCE_DIR}/tests/e2e/*_test.py)
+  list(SORT e2e_files)
+  foreach(file IN LISTS e2e_files)
+    get_filename_component(name ${file} NAME_WE)
+    add_test(NAME e2e-${name}
+             COMMAND ${QUORVEX_PYTHON} -m unittest discover -s ${QUORVEX_SOURCE_DIR}/tests/e2e
+                     -p "${name}.py" -v)
+    set_tests_properties(e2e-${name} PROPERTIES LABELS e2e TIMEOUT 900 RUN_SERIAL TRUE
+                         ENVIRONMENT "QUORVEX_ESP=${QUORVEX_ESP_DIR};QUORVEX_BUILD=${CMAKE_BINARY_DIR};QUORVEX_FIRMWARE=${QUORVEX_FIRMWARE_DIR}")
+  endforeach()
   # Power cuts during a save: ten QEMU kills at random moments of F10, Yes.
   add_test(NAME power-cuts
            COMMAND ${QUORVEX_PYTHON} ${QUORVEX_SOURCE_DIR}/tests/e2e/power_cut.py --cuts 10)
