@@ -4,23 +4,29 @@
 #
 #   make build                 everything: UEFI images, build/esp, simulator, tests
 #   make esp                   build/esp (EFI/BOOT/BOOTX64.EFI + QuorvexSetup.efi)
+#   make esp SIGN_KEY=k.pem SIGN_CERT=c.pem
+#                              the same, every image signed for Secure Boot (sbsign)
+#                              and checked (sbverify); also for make image and
+#                              make firmware (its setup image)
 #   make image                 build/quorvex.img: a GPT disk image holding the ESP
 #                              (boots in QEMU as a disk; can be written to a USB stick)
 #   make firmware              build/firmware/QUORVEX_CODE.fd + QUORVEX_VARS.fd: Debian's
 #                              OVMF whose setup (F2 or Esc at power-on) is Quorvex
-#   make run [SCREENSHOT=f]    boot build/esp in QEMU (window, or VNC without a display);
-#                              with SCREENSHOT: headless, write the screen once drawn, stop;
-#                              MOUSE=1 adds a USB mouse next to the tablet, IMAGE=1 boots
-#                              build/quorvex.img instead of the directory, FIRMWARE=1
-#                              boots the firmware image with no disk
+#   make run [SCREENSHOT=f]    boot build/quorvex.img (the ESP on a FAT disk, as make image
+#                              makes it) in QEMU (window, or VNC without a display); when
+#                              QEMU stops, the pictures F12 saved are copied to
+#                              build/screenshots/; with SCREENSHOT: headless, write the
+#                              screen once drawn, stop; MOUSE=1 adds a USB mouse,
+#                              FIRMWARE=1 boots the firmware image with no disk
 #   make sim                   the utility in a desktop window (build/host/quorvex-sim)
 #   make test                  unit, scenario, fuzz (briefly), image and end-to-end tests
 #   make fuzz [FUZZ_SECONDS=N] every libFuzzer target for N seconds (default 60)
 #   make power-cuts [POWER_CUTS=N]  QEMU killed N times during a save (default 10)
 #   make bench [NO_QEMU=1]     instructions, screen traffic and pool peak per
 #                              interaction (optimised build in build/bench, callgrind),
-#                              and a tab move's key latency in QEMU against a trivial
-#                              UEFI application (not with NO_QEMU)
+#                              a tab move's key latency in QEMU against a trivial
+#                              UEFI application, and the idle host CPU of the setup
+#                              against OVMF's front page (both not with NO_QEMU)
 #
 # Every command first installs the Debian packages it needs (scripts/deps).
 
@@ -65,7 +71,10 @@ uefi: generated
 	    -DQUORVEX_ESP_DIR=$(ESP_DIR) $(CMAKE_ARGS)
 	@cmake --build $(UEFI_DIR) -j $(JOBS)
 
+# With SIGN_KEY and SIGN_CERT every image laid out is signed and verified
+# (scripts/sign-efi, the one signing step of every target that lays out images).
 esp: uefi
+	@$(if $(SIGN_KEY)$(SIGN_CERT),$(ROOT)/scripts/sign-efi --key "$(SIGN_KEY)" --cert "$(SIGN_CERT)" $(ESP_DIR))
 
 image: esp
 	@$(ROOT)/scripts/deps run
@@ -75,6 +84,7 @@ image: esp
 # to sign it) before tools/make_firmware.py builds the firmware around it.
 firmware: uefi
 	@$(ROOT)/scripts/deps run
+	@cmake -B $(UEFI_DIR) -DQUORVEX_SIGN_KEY="$(SIGN_KEY)" -DQUORVEX_SIGN_CERT="$(SIGN_CERT)" >/dev/null
 	@cmake --build $(UEFI_DIR) --target firmware
 
 # The libFuzzer tree (clang, ASan+UBSan), over the host tree's generated sources.
@@ -97,11 +107,13 @@ sizes:
 	  test -f $$f && printf '%-26s %8d bytes\n' $$(basename $$f) $$(stat -c %s $$f); \
 	done; true
 
-run: esp $(if $(IMAGE),image) $(if $(FIRMWARE),firmware)
+# A real FAT disk: QEMU's emulated FAT directory can lose the tail of what
+# the guest writes (a screenshot's last bytes).
+run: $(if $(FIRMWARE),firmware,image)
 	@$(ROOT)/scripts/deps run
 	@$(ROOT)/scripts/run-qemu $(if $(SCREENSHOT),--screenshot $(abspath $(SCREENSHOT))) \
-	  $(if $(MOUSE),--mouse) $(if $(IMAGE),--image $(IMAGE_FILE)) \
-	  $(if $(FIRMWARE),--firmware $(FIRMWARE_DIR))
+	  $(if $(MOUSE),--mouse) $(if $(FIRMWARE),--firmware $(FIRMWARE_DIR),--image $(IMAGE_FILE) \
+	  --screenshots-to $(ROOT)/build/screenshots)
 
 sim: host-configure
 	@cmake --build $(HOST_DIR) -j $(JOBS) --target quorvex-sim
@@ -129,7 +141,7 @@ power-cuts: esp
 	@$(ROOT)/scripts/deps run
 	@QUORVEX_ESP=$(ESP_DIR) python3 $(ROOT)/tests/e2e/power_cut.py --cuts $(POWER_CUTS)
 
-# The QEMU key latency needs the ESPs; NO_QEMU=1 leaves it out.
+# The QEMU key latency and idle CPU need the ESPs; NO_QEMU=1 leaves them out.
 bench: $(if $(NO_QEMU),,esp)
 	@$(ROOT)/scripts/deps bench
 	@python3 $(ROOT)/tools/bench/bench.py $(if $(NO_QEMU),--no-qemu)

@@ -111,9 +111,19 @@ set(QUORVEX_OVMF_VARS /usr/share/OVMF/OVMF_VARS_4M.fd CACHE FILEPATH "Its variab
 if(TARGET QuorvexFirmwareSetup)
   find_program(QUORVEX_PYTHON NAMES python3 REQUIRED)
   set(firmware_app ${QUORVEX_FIRMWARE_DIR}/QuorvexFirmwareSetup.efi)
+  # make firmware SIGN_KEY=... SIGN_CERT=... sets these: the image is signed
+  # (scripts/sign-efi) before it goes into the firmware.
+  set(QUORVEX_SIGN_KEY "" CACHE STRING "Private key that signs the firmware's setup image")
+  set(QUORVEX_SIGN_CERT "" CACHE STRING "Its certificate")
+  set(sign_step)
+  if(QUORVEX_SIGN_KEY OR QUORVEX_SIGN_CERT)
+    set(sign_step COMMAND ${QUORVEX_SOURCE_DIR}/scripts/sign-efi --key ${QUORVEX_SIGN_KEY}
+                  --cert ${QUORVEX_SIGN_CERT} ${firmware_app})
+  endif()
   add_custom_command(OUTPUT ${firmware_app}
     COMMAND ${CMAKE_COMMAND} -E make_directory ${QUORVEX_FIRMWARE_DIR}
     COMMAND ${CMAKE_COMMAND} -E copy $<TARGET_FILE:QuorvexFirmwareSetup> ${firmware_app}
+    ${sign_step}
     DEPENDS QuorvexFirmwareSetup
     COMMENT "Laying out the firmware's setup image"
     VERBATIM)
@@ -149,6 +159,31 @@ add_custom_target(latency_esp ALL
   COMMENT "Laying out ${QUORVEX_LATENCY_ESP_DIR}"
   VERBATIM)
 
+# The end-to-end watchdog test's ESP: a boot file that arms the watchdog to a
+# short time and starts the launcher, next to the launcher and the utility.
+set(QUORVEX_WATCHDOG_ESP_DIR ${CMAKE_BINARY_DIR}/watchdog_esp
+    CACHE PATH "EFI system partition directory of the watchdog end-to-end test")
+add_library(quorvex_watchdog_chain_objects OBJECT
+            ${QUORVEX_SOURCE_DIR}/tests/e2e/watchdog_chain/watchdog_chain.cpp)
+target_link_libraries(quorvex_watchdog_chain_objects PUBLIC quorvex_uefi_flags)
+add_executable(WatchdogChain)
+target_link_libraries(WatchdogChain PRIVATE quorvex_watchdog_chain_objects)
+set_target_properties(WatchdogChain PROPERTIES LINK_FLAGS "/entry:WatchdogChainMain")
+list(APPEND images WatchdogChain)
+if(TARGET QuorvexSetup AND TARGET QuorvexPlatform)
+  add_custom_target(watchdog_esp ALL
+    COMMAND ${CMAKE_COMMAND} -E make_directory ${QUORVEX_WATCHDOG_ESP_DIR}/EFI/BOOT
+    COMMAND ${CMAKE_COMMAND} -E copy_if_different $<TARGET_FILE:WatchdogChain>
+            ${QUORVEX_WATCHDOG_ESP_DIR}/EFI/BOOT/BOOTX64.EFI
+    COMMAND ${CMAKE_COMMAND} -E copy_if_different $<TARGET_FILE:QuorvexPlatform>
+            ${QUORVEX_WATCHDOG_ESP_DIR}/QuorvexPlatform.efi
+    COMMAND ${CMAKE_COMMAND} -E copy_if_different $<TARGET_FILE:QuorvexSetup>
+            ${QUORVEX_WATCHDOG_ESP_DIR}/QuorvexSetup.efi
+    DEPENDS WatchdogChain QuorvexSetup QuorvexPlatform
+    COMMENT "Laying out ${QUORVEX_WATCHDOG_ESP_DIR}"
+    VERBATIM)
+endif()
+
 # Image checks: no global constructors in any object, no imports, the right
 # subsystem; prints the sizes.
 find_program(QUORVEX_PYTHON NAMES python3 REQUIRED)
@@ -159,6 +194,8 @@ foreach(image IN LISTS images)
     set(objects quorvex_utility_objects quorvex_platform_lib_setup)
   elseif(image STREQUAL LatencyApp)
     set(objects quorvex_latency_app_objects)
+  elseif(image STREQUAL WatchdogChain)
+    set(objects quorvex_watchdog_chain_objects)
   elseif(image STREQUAL QuorvexFirmwareSetup)
     set(objects quorvex_firmware_objects quorvex_utility_objects quorvex_reference_objects
                 quorvex_platform_lib_setup)

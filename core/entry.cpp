@@ -7,9 +7,11 @@
 #include "core/startup.h"
 #include "graphics/background.h"
 #include "graphics/graphics_state.h"
+#include "input/idle_wait.h"
 #include "input/mouse.h"
 #include "pages/page_table.h"
 #include "pages/pages.h"
+#include "platform/watchdog.h"
 
 EFI_STATUS LocateDebugTrace();
 void ArmRestart();
@@ -23,14 +25,24 @@ void ForgetModalState() {
   ActionBusy = 0;
 }
 
+// The firmware gets its watchdog back as it armed it for this image.
+EFI_STATUS HandBack(EFI_STATUS Status) {
+  Quorvex_IdleWait_Stop();
+  Quorvex_Watchdog_HandBack(BootServices);
+  return Status;
+}
+
 } // namespace
 
 extern "C" EFI_STATUS EFIAPI _ModuleEntryPoint(EFI_HANDLE ImageHandle, EFI_SYSTEM_TABLE* Table) {
   const bool restarted = Quorvex_SetJump(&RestartBuffer) != 0;
 
   if (!restarted) {
+    // Nobody may be hurried in the setup: the watchdog the firmware armed
+    // before starting it would reset the machine after five minutes.
+    Quorvex_Watchdog_Disarm(Table != nullptr ? Table->BootServices : nullptr);
     EFI_STATUS status = BindPlatform(ImageHandle, Table);
-    if (EFI_ERROR(status)) return status;
+    if (EFI_ERROR(status)) return HandBack(status);
   } else {
     ForgetModalState();
   }
@@ -39,7 +51,7 @@ extern "C" EFI_STATUS EFIAPI _ModuleEntryPoint(EFI_HANDLE ImageHandle, EFI_SYSTE
   LocateDebugTrace();
 
   EFI_STATUS status = ChooseGraphicsMode();
-  if (EFI_ERROR(status)) return status;
+  if (EFI_ERROR(status)) return HandBack(status);
 
   Quorvex_BackGround_Draw();
 
@@ -58,5 +70,5 @@ extern "C" EFI_STATUS EFIAPI _ModuleEntryPoint(EFI_HANDLE ImageHandle, EFI_SYSTE
   Quorvex_MainLoop();
 
   CloseRestartEvent();
-  return EFI_SUCCESS;
+  return HandBack(EFI_SUCCESS);
 }

@@ -387,11 +387,14 @@ void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused, UINT8
     if (d.Overflow) {
       // More steps than the records hold: drawn whole, not retained.
       Quorvex_Retained_Forget(&gListRegion);
-      Quorvex_DoubleBuffer_Start(region.X, region.Y, region.Width, region.Height);
+      const bool buffered =
+          !EFI_ERROR(Quorvex_DoubleBuffer_Start(region.X, region.Y, region.Width, region.Height));
       VisitSteps(&d, mainPage, ScrollBar != 0,
                  [&](const ListStepEntry& Step) { DrawStep(d, Step); });
-      Quorvex_DoubleBuffer_Flush();
-      Quorvex_DoubleBuffer_Stop();
+      if (buffered) {
+        Quorvex_DoubleBuffer_Flush();
+        Quorvex_DoubleBuffer_Stop();
+      }
     } else {
       Quorvex_Retained_Redraw(&gListRegion, region, d.StepCount, DrawListStep, &d);
     }

@@ -95,7 +95,12 @@ EFI_STATUS EFIAPI Stall(UINTN Microseconds) {
   return EFI_SUCCESS;
 }
 
-EFI_STATUS EFIAPI SetWatchdogTimer(UINTN, UINT64, UINTN, CHAR16*) {
+// The watchdog counts simulated seconds (the fake clock advanced by a script
+// or a test); setting it starts the count again, a timeout of 0 disarms it.
+EFI_STATUS EFIAPI SetWatchdogTimer(UINTN Timeout, UINT64, UINTN DataSize, CHAR16* Data) {
+  if (DataSize != 0 && Data == nullptr) return EFI_INVALID_PARAMETER;
+  g->WatchdogTimeout = Timeout;
+  g->WatchdogElapsed = 0;
   return EFI_SUCCESS;
 }
 
@@ -131,12 +136,56 @@ EFI_STATUS EFIAPI InstallConfigurationTable(const EFI_GUID*, void*) {
 EFI_STATUS EFIAPI GetMemoryMap(UINTN*, void*, UINTN*, UINTN*, UINT32*) {
   return Unsupported("GetMemoryMap");
 }
-EFI_STATUS EFIAPI SetTimer(EFI_EVENT Event, UINT32, UINT64) {
-  // Timers never fire: the fake clock does not run by itself.
-  return FindEvent(Event) ? EFI_SUCCESS : EFI_INVALID_PARAMETER;
+// Timers are kept but pass no real time: a wait that includes a set timer
+// returns at once as if its period had passed, without moving the fake clock,
+// so a run stays the same however fast the host is.
+EFI_STATUS EFIAPI SetTimer(EFI_EVENT Event, UINT32 Type, UINT64 TriggerTime) {
+  EventRec* event = FindEvent(Event);
+  if (event == nullptr || (event->Type & EVT_TIMER) == 0) return EFI_INVALID_PARAMETER;
+  if (Type > TimerRelative) return EFI_INVALID_PARAMETER;
+  event->TimerPeriod = Type == TimerCancel ? 0 : (TriggerTime == 0 ? 1 : TriggerTime);
+  event->TimerRepeats = Type == TimerPeriodic;
+  return EFI_SUCCESS;
 }
-EFI_STATUS EFIAPI WaitForEvent(UINTN, EFI_EVENT*, UINTN*) {
-  return Unsupported("WaitForEvent");
+
+// Returns the first signalled event, else the first set timer. Nothing else
+// is looked at (a key or pointer state is found by the read that follows), so
+// waiting leaves the order of input reads, and thus every run, unchanged.
+EFI_STATUS EFIAPI WaitForEvent(UINTN NumberOfEvents, EFI_EVENT* Events, UINTN* Index) {
+  if (NumberOfEvents == 0 || Events == nullptr || Index == nullptr) return EFI_INVALID_PARAMETER;
+  if (g->Tpl != TPL_APPLICATION) return EFI_UNSUPPORTED;
+  ++g->WaitCalls;
+  g->LastWaitEvents = NumberOfEvents;
+  g->LastWaitTimer = 0;
+  EventRec* timer = nullptr;
+  UINTN timer_index = 0;
+  for (UINTN i = 0; i < NumberOfEvents; ++i) {
+    EventRec* event = FindEvent(Events[i]);
+    if (event == nullptr || (event->Type & EVT_NOTIFY_SIGNAL) != 0) {
+      *Index = i;
+      return EFI_INVALID_PARAMETER;
+    }
+    if (timer == nullptr && event->TimerPeriod != 0) {
+      timer = event;
+      timer_index = i;
+    }
+  }
+  if (timer != nullptr) g->LastWaitTimer = timer->TimerPeriod;
+  for (UINTN i = 0; i < NumberOfEvents; ++i) {
+    EventRec* event = FindEvent(Events[i]);
+    if (!event->Signalled) continue;
+    event->Signalled = false;
+    *Index = i;
+    return EFI_SUCCESS;
+  }
+  if (timer == nullptr) {
+    std::fprintf(stderr, "fake firmware: WaitForEvent would wait forever (nothing signalled, "
+                         "no timer set)\n");
+    return EFI_UNSUPPORTED;
+  }
+  if (!timer->TimerRepeats) timer->TimerPeriod = 0;
+  *Index = timer_index;
+  return EFI_SUCCESS;
 }
 EFI_STATUS EFIAPI LocateDevicePath(const EFI_GUID*, EFI_DEVICE_PATH_PROTOCOL**, EFI_HANDLE*) {
   return EFI_NOT_FOUND;
@@ -361,6 +410,30 @@ UINT64 StallCalls() {
 }
 UINT64 StalledMicroseconds() {
   return g->StalledMicroseconds;
+}
+UINT64 WatchdogTimeout() {
+  return g->WatchdogTimeout;
+}
+void ArmWatchdog(UINT64 Seconds) {
+  g->WatchdogTimeout = Seconds;
+  g->WatchdogElapsed = 0;
+}
+void PassWatchdogTime(UINT64 Seconds) {
+  if (g->WatchdogTimeout == 0) return;
+  g->WatchdogElapsed += Seconds;
+  if (g->WatchdogElapsed < g->WatchdogTimeout) return;
+  // A firmware's watchdog resets the machine when it runs out.
+  g->WatchdogTimeout = 0;
+  g->RuntimeServices.ResetSystem(EfiResetCold, EFI_TIMEOUT, 0, nullptr);
+}
+UINT64 WaitCalls() {
+  return g->WaitCalls;
+}
+UINT64 LastWaitTimer() {
+  return g->LastWaitTimer;
+}
+UINT64 LastWaitEvents() {
+  return g->LastWaitEvents;
 }
 
 const std::string& ConsoleText() {

@@ -110,10 +110,26 @@ void ResetPoolPeak();
 UINT64 StallCalls();
 UINT64 StalledMicroseconds();
 
+// The watchdog runs on simulated time: AdvanceClock passes time on it, and
+// when its timeout has passed the machine is reset (ResetSystem, cold, with
+// EFI_TIMEOUT) as a firmware's watchdog does. RunImage arms it for five
+// minutes before the image starts, as a firmware does for a boot option.
+constexpr UINT64 kBootWatchdogSeconds = 5 * 60;
+UINT64 WatchdogTimeout(); // seconds; 0 while disarmed
+void ArmWatchdog(UINT64 Seconds);
+
+// WaitForEvent calls, and what the last one waited on: how many events and
+// the period of its timer (100 ns units; 0 when it had none).
+UINT64 WaitCalls();
+UINT64 LastWaitTimer();
+UINT64 LastWaitEvents();
+
 // The fake clock stands still unless it is set or advanced.
 void SetClock(const EFI_TIME& Time);
 EFI_TIME Clock();
 void AdvanceClock(UINT64 Seconds); // carries into minutes, hours, days, months, years
+// SetTime answers Status without setting the clock (EFI_SUCCESS: it sets it).
+void RefuseSetTime(EFI_STATUS Status);
 // Interactive use: GetTime answers the host's local time instead.
 void SetClockFollowsHost(bool Follow);
 bool IsValidTime(const EFI_TIME& Time);
@@ -125,6 +141,20 @@ UINT64 SetVariableCalls();
 // Makes the Nth SetVariable call from now fail with Status without changing
 // anything (1 = the next one); 0 switches it off.
 void FailSetVariable(UINT64 Nth, EFI_STATUS Status);
+
+// Secure Boot as an EDK2-based firmware keeps it (host/fake_secure_boot.cpp):
+// SecureBoot and SetupMode (read-only), SecureBootEnable (takes effect at the
+// next start), CustomMode, and a platform key that can be deleted with an
+// empty time-based authenticated write in custom mode only, which puts the
+// firmware in Setup Mode at once. Off (no such variables) after Reset.
+enum class SecureBootState { None, Enforced, Disabled, Setup };
+struct SecureBootModel {
+  SecureBootState State = SecureBootState::None;
+  bool RefuseEnable = false;     // SecureBootEnable writes: EFI_WRITE_PROTECTED
+  bool RefuseCustomMode = false; // CustomMode writes: EFI_WRITE_PROTECTED
+  bool RefuseKeyDelete = false;  // deleting PK: EFI_SECURITY_VIOLATION even in custom mode
+};
+void ModelSecureBoot(const SecureBootModel& Model);
 
 struct SystemReset {
   EFI_RESET_TYPE Type;

@@ -189,7 +189,11 @@ RunResult RunImage(EFI_IMAGE_ENTRY_POINT Entry, EFI_HANDLE Image) {
   try {
     ImageRec* image = FindImage(Image);
     if (image) image->Started = true;
+    // A firmware's boot manager arms its watchdog before it starts an image
+    // and disarms it when the image returns.
+    ArmWatchdog(kBootWatchdogSeconds);
     result.Status = Run(image, Entry, Image, nullptr, nullptr);
+    ArmWatchdog(0);
   } catch (const SystemReset& reset) {
     result.Status = EFI_ABORTED;
     result.Reset = true;

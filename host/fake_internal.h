@@ -37,6 +37,10 @@ struct EventRec {
   bool Signalled = false;
   bool NotifyPending = false;
   UINT64 Serial;
+  // A timer set by SetTimer: its period in 100 ns units (0 = not set) and
+  // whether it repeats.
+  UINT64 TimerPeriod = 0;
+  bool TimerRepeats = false;
 };
 
 struct NotifyRegistration {
@@ -139,14 +143,24 @@ struct State {
   UINT64 StallCalls = 0;
   UINT64 StalledMicroseconds = 0;
   UINT64 MonotonicCount = 0;
+  // The watchdog: its timeout (0 = disarmed) and the simulated seconds that
+  // have passed since it was last set.
+  UINT64 WatchdogTimeout = 0;
+  UINT64 WatchdogElapsed = 0;
+  // Wait calls and the events they may wait on.
+  UINT64 WaitCalls = 0;
+  UINT64 LastWaitTimer = 0; // the last wait's timer period, 100 ns units (0: none)
+  UINT64 LastWaitEvents = 0;
 
   // Runtime.
   EFI_TIME Clock;
   bool ClockFollowsHost = false;
+  EFI_STATUS SetTimeRefusal = EFI_SUCCESS;
   std::map<VariableKey, Variable> Variables;
   UINT64 SetVariableCalls = 0;
   UINT64 SetVariableFailCountdown = 0;
   EFI_STATUS SetVariableFailStatus = EFI_SUCCESS;
+  SecureBootModel SecureBoot;
   UINT64 ResetCount = 0;
   EFI_RESET_TYPE LastResetType = EfiResetCold;
   std::function<void(EFI_RESET_TYPE, EFI_STATUS)> ResetHandler;
@@ -218,7 +232,17 @@ void ReleaseAllBlocks(State& S);
 std::vector<UINT8> FileDevicePath(const std::u16string& Path);
 std::vector<UINT8> EndDevicePath();
 
+// The Secure Boot model's writes: true when the variable is one it models
+// (its answer in *Status), false to let the plain store handle the write.
+bool SecureBootModelWrite(const CHAR16* Name, const EFI_GUID& Guid, UINT32 Attributes,
+                          UINTN DataSize, const void* Data, EFI_STATUS* Status);
+
 // Boot services that are not offered answer this.
 EFI_STATUS Unsupported(const char* Service);
 
 } // namespace fake::detail
+
+namespace fake {
+// Passes simulated time on the watchdog; resets the machine when it runs out.
+void PassWatchdogTime(UINT64 Seconds);
+} // namespace fake

@@ -80,6 +80,7 @@ EFI_STATUS EFIAPI GetTime(EFI_TIME* Time, EFI_TIME_CAPABILITIES* Capabilities) {
 
 EFI_STATUS EFIAPI SetTime(EFI_TIME* Time) {
   if (Time == nullptr || !IsValidTime(*Time)) return EFI_INVALID_PARAMETER;
+  if (EFI_ERROR(g->SetTimeRefusal)) return g->SetTimeRefusal;
   g->Clock = *Time;
   return EFI_SUCCESS;
 }
@@ -160,6 +161,9 @@ EFI_STATUS EFIAPI SetVariable(const CHAR16* VariableName, const EFI_GUID* Vendor
   if (VariableName == nullptr || VariableName[0] == 0 || VendorGuid == nullptr)
     return EFI_INVALID_PARAMETER;
   if (DataSize != 0 && Data == nullptr) return EFI_INVALID_PARAMETER;
+  EFI_STATUS modelled = EFI_SUCCESS;
+  if (SecureBootModelWrite(VariableName, *VendorGuid, Attributes, DataSize, Data, &modelled))
+    return modelled;
   constexpr UINT32 kKnown =
       EFI_VARIABLE_NON_VOLATILE | EFI_VARIABLE_BOOTSERVICE_ACCESS | EFI_VARIABLE_RUNTIME_ACCESS;
   if (Attributes & ~kKnown) return EFI_INVALID_PARAMETER;
@@ -226,6 +230,9 @@ void SetClock(const EFI_TIME& Time) {
 EFI_TIME Clock() {
   return g->Clock;
 }
+void RefuseSetTime(EFI_STATUS Status) {
+  g->SetTimeRefusal = Status;
+}
 void SetClockFollowsHost(bool Follow) {
   g->ClockFollowsHost = Follow;
 }
@@ -242,6 +249,7 @@ void AdvanceClock(UINT64 Seconds) {
   const UINT64 now = ToSeconds(g->Clock);
   const UINT64 limit = ToSeconds(last);
   FromSeconds(Seconds > limit - now ? limit : now + Seconds, &g->Clock);
+  PassWatchdogTime(Seconds);
 }
 
 bool PeekVariable(const std::u16string& Name, const EFI_GUID& Guid, std::vector<UINT8>* Data,

@@ -187,7 +187,8 @@ bool ParseLine(const std::string& Text, int Line, std::vector<ScriptCommand>* Co
     UINT64 count = 1;
     if (args == 2 && (!ParseUnsigned(words[2], kMaxCount, &count, Radix::Decimal) || count == 0))
       return fail("the key count must be a number from 1 to 10000");
-    command.Kind = Verb::Key;
+    // Caps Lock has no key code of its own: only the toggle state changes.
+    command.Kind = words[1] == "capslock" ? Verb::CapsLock : Verb::Key;
     command.ScanCode = key->ScanCode;
     command.Char = key->Char;
     for (UINT64 i = 0; i < count; ++i) Commands->push_back(command);
@@ -339,10 +340,10 @@ void ScriptStep(ScriptRun& Run) {
       continue;
     }
     case Verb::Key:
-      if (command.ScanCode == SCAN_NULL && command.Char == 0)
-        PressCapsLock();
-      else
-        PushKey(command.ScanCode, command.Char);
+      PushKey(command.ScanCode, command.Char);
+      return;
+    case Verb::CapsLock:
+      PressCapsLock();
       return;
     case Verb::Click:
       MouseMoveTo(command.X, command.Y, true);

@@ -40,6 +40,7 @@ namespace fake {
 
 enum class Verb {
   Key,
+  CapsLock,
   Click,
   Touch,
   Move,

@@ -44,6 +44,7 @@
 #include "host/fake_script.h"
 #include "host/hostile_service.h"
 #include "host/sim_bench.h"
+#include "host/sim_secure_boot.h"
 #include "host/sim_settings.h"
 #include "host/sim_window.h"
 // The boot volume served from the output directory (screenshots).
@@ -102,7 +103,7 @@ bool Live = false; // the window drives the input (no script, or the script is d
 EFI_HANDLE PlatformImage = nullptr;
 
 void PrintUsage(std::FILE* Out) {
-  std::fprintf(Out, "%s%s\n", kUsage, sim::Hostile_Names());
+  std::fprintf(Out, "%s%s\n%s", kUsage, sim::Hostile_Names(), sim::SecureBoot_Usage());
   std::fprintf(Out, "  script commands beside the documented ones: scan CODE [CHAR], "
                     "mouse DX DY BUTTONS, touch-raw X Y BUTTONS\n");
 }
@@ -223,6 +224,9 @@ void ParseCommandLine(int Argc, char** Argv) {
     } else if (arg == "--hostile-service") {
       std::string error;
       if (!sim::Hostile_Parse(value("--hostile-service"), &error)) Usage(error);
+    } else if (sim::SecureBoot_IsOption(arg)) {
+      std::string error;
+      if (sim::SecureBoot_Option(arg, value(arg.c_str()), &error) && !error.empty()) Usage(error);
     } else if (arg == "--machine-boot") {
       std::string error;
       if (!fake::ParseBootKinds(value("--machine-boot"), &Args.BootKinds, &error)) Usage(error);
@@ -357,6 +361,7 @@ int main(int argc, char** argv) {
   fake::Options options;
   options.Modes = Args.Modes;
   fake::Reset(options);
+  sim::SecureBoot_Apply();
   if (!Args.BootKinds.empty()) fake::InstallBootOptions(Args.BootKinds);
   if (Args.SmbiosGiven) fake::InstallSmbios(Args.SmbiosVersion);
   if (!Args.PlatformLang.empty() || !Args.PlatformLangCodes.empty())

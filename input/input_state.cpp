@@ -1,5 +1,6 @@
 #include "input/input_state.h"
 
+#include "input/idle_wait.h"
 #include "input/keyboard.h"
 #include "input/keys.h"
 #include "input/mouse.h"
@@ -10,4 +11,5 @@ void Quorvex_Input_Reset() {
   Quorvex_Keyboard_Reset();
   Quorvex_Mouse_Reset();
   Quorvex_VirtualKeyboard_Reset();
+  Quorvex_IdleWait_Reset();
 }

@@ -1,6 +1,7 @@
 // Reading keys from the console (through whatever wrappers sit on it).
 #include "input/keys.h"
 
+#include "input/idle_wait.h"
 #include "platform/bindings.h"
 #include "setup_data/setup_data_wrappers.h"
 
@@ -20,7 +21,11 @@ EFI_STATUS Quorvex_ReadKey(EFI_INPUT_KEY* Key) {
   Key->ScanCode = 0;
   Key->UnicodeChar = 0;
   EFI_STATUS status = SystemTable->ConIn->ReadKeyStroke(SystemTable->ConIn, Key);
-  if (EFI_ERROR(status)) return status;
+  if (EFI_ERROR(status)) {
+    // Nothing to do this round: the loop's next round starts after a wait.
+    Quorvex_IdleWait();
+    return status;
+  }
   // A hot key of 0 (a service answer outside the schema) would match every
   // character key: it is ignored.
   if (HotKeyScanCode != 0 && Key->ScanCode == HotKeyScanCode) {

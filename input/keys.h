@@ -13,5 +13,7 @@ void FlushKeys();
 // Reads the hot-key scan code (operation 10) into HotKeyScanCode.
 void Quorvex_LoadHotKey();
 // One ConIn read; a key whose scan code is the hot key is reported to the
-// setup data service (operation 11) before it is returned.
+// setup data service (operation 11) before it is returned. When no key is
+// waiting it returns only after the idle wait (at most one poll period), so
+// the loops that call it every round do not spin.
 EFI_STATUS Quorvex_ReadKey(EFI_INPUT_KEY* Key);

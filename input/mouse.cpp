@@ -161,6 +161,21 @@ void PollMice() {
   }
 }
 
+// A panel coordinate in [Min, Max] scaled to [0, Extent]; a report below the
+// panel's minimum is its edge. Min < Max (checked by the caller).
+UINT64 PanelToScreen(UINT64 Value, UINT64 Min, UINT64 Max, UINT64 Extent) {
+  const UINT64 offset = Value > Min ? Value - Min : 0;
+  const UINT64 range = Max - Min;
+  if (offset >= range) return Extent;
+  // offset * Extent must not overflow: a huge range is scaled down first.
+  UINT64 shift = 0;
+  while ((range >> shift) > 0xFFFFFFFFull || (Extent >> 32) != 0) {
+    ++shift;
+    if (shift >= 32) break;
+  }
+  return (offset >> shift) * Extent / ((range >> shift) == 0 ? 1 : (range >> shift));
+}
+
 bool TouchPosition(EFI_ABSOLUTE_POINTER_PROTOCOL* Panel, const EFI_ABSOLUTE_POINTER_STATE& State) {
   const EFI_ABSOLUTE_POINTER_MODE* mode = Panel->Mode;
   if (mode == nullptr || mode->AbsoluteMaxX <= mode->AbsoluteMinX ||
@@ -168,8 +183,10 @@ bool TouchPosition(EFI_ABSOLUTE_POINTER_PROTOCOL* Panel, const EFI_ABSOLUTE_POIN
     return false; // a panel without a range gives no position
   }
   Quorvex_RestoreUnderCursor();
-  const UINT64 x = State.CurrentX * ScreenWidth / (mode->AbsoluteMaxX - mode->AbsoluteMinX);
-  const UINT64 y = State.CurrentY * ScreenHeight / (mode->AbsoluteMaxY - mode->AbsoluteMinY);
+  const UINT64 x =
+      PanelToScreen(State.CurrentX, mode->AbsoluteMinX, mode->AbsoluteMaxX, ScreenWidth);
+  const UINT64 y =
+      PanelToScreen(State.CurrentY, mode->AbsoluteMinY, mode->AbsoluteMaxY, ScreenHeight);
   CursorX = static_cast<INT32>(x > 0x7FFFFFFF ? 0x7FFFFFFF : x);
   CursorY = static_cast<INT32>(y > 0x7FFFFFFF ? 0x7FFFFFFF : y);
   Clamp();
@@ -334,6 +351,26 @@ void Quorvex_MousePoll() {
   if (!HaveDevices()) return;
   PollMice();
   PollTouch();
+}
+
+UINT64 Quorvex_Mouse_WaitEvents(EFI_EVENT* Events, UINT64 Capacity) {
+  if (!HaveDevices()) return 0;
+  // A device unplugged since the last poll has closed its event: the lists
+  // are only trusted while the pointer handles are the ones they were built
+  // from.
+  UINTN size = 0;
+  BootServices->LocateHandle(ByProtocol, &kSimplePointerGuid, nullptr, &size, nullptr);
+  if (size / sizeof(EFI_HANDLE) != Pointer.PointerHandleCount) return 0;
+  UINT64 count = 0;
+  for (UINT64 i = 0; i < Pointer.MouseCount && count < Capacity; ++i) {
+    if (Pointer.MouseList[i]->WaitForInput != nullptr)
+      Events[count++] = Pointer.MouseList[i]->WaitForInput;
+  }
+  for (UINT64 i = 0; i < Pointer.TouchCount && count < Capacity; ++i) {
+    if (Pointer.TouchList[i]->WaitForInput != nullptr)
+      Events[count++] = Pointer.TouchList[i]->WaitForInput;
+  }
+  return count;
 }
 
 void Quorvex_MouseDrain() {

@@ -8,6 +8,9 @@
 EFI_STATUS Quorvex_MouseInit(UINT64 Argument1, UINT64 Argument2);
 void Quorvex_MousePoll();
 void Quorvex_MouseDrain();
+// The input events of the listed pointer devices, at most Capacity of them,
+// for a wait; none when the devices changed since the last poll.
+UINT64 Quorvex_Mouse_WaitEvents(EFI_EVENT* Events, UINT64 Capacity);
 
 // Pointer state shown or hidden, and the key-reading wrappers that turn
 // help-bar clicks into F1, F9, F10 and Esc.

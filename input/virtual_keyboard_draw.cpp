@@ -63,7 +63,9 @@ EFI_STATUS Quorvex_VirtualKeyboard_Selected_Button_Control(UINT64 X, UINT64 Y, U
 
 void Quorvex_VirtualKeyboard_Draw() {
   const KeyboardRect panel = Quorvex_VirtualKeyboard_Panel();
-  Quorvex_DoubleBuffer_Start(panel.X, panel.Y, panel.Width, panel.Height);
+  // Without an off-screen frame the keys are drawn straight to the screen.
+  const bool buffered =
+      !EFI_ERROR(Quorvex_DoubleBuffer_Start(panel.X, panel.Y, panel.Width, panel.Height));
   {
     CursorHidden cursor;
     Quorvex_Button_Control(panel.X, panel.Y, panel.Width, panel.Height, nullptr);
@@ -87,6 +89,8 @@ void Quorvex_VirtualKeyboard_Draw() {
       }
     }
   }
-  Quorvex_DoubleBuffer_Flush();
-  Quorvex_DoubleBuffer_Stop();
+  if (buffered) {
+    Quorvex_DoubleBuffer_Flush();
+    Quorvex_DoubleBuffer_Stop();
+  }
 }

@@ -10,6 +10,7 @@
 #include "pages/page_common.h"
 #include "pages/page_table.h"
 #include "pages/pages.h"
+#include "pages/secure_boot_item.h"
 #include "setup_data/exit_page_table.h"
 #include "setup_data/setup_data_wrappers.h"
 #include "setup_data/text_table.h"
@@ -40,6 +41,15 @@ void RedrawCurrentPage() {
   }
 }
 
+// A setting the firmware refused: the user is told, the pages show what the
+// firmware has, and nothing is left until the user saves again.
+bool StayAfterRefusal() {
+  if (!Quorvex_SecureBootItem_ReportRefusal()) return false;
+  Quorvex_RefreshAllPages();
+  RedrawCurrentPage();
+  return true;
+}
+
 void FixFocusOf(const PageView& View) {
   FixFocus(View.Items, *View.Count);
 }
@@ -51,6 +61,7 @@ void FixFocusOf(const PageView& View) {
 void Quorvex_ExitSavingChanges() {
   if (!Quorvex_ConfirmYesNo(TextOf(TEXT(ExitSavingChanges)))) return;
   Quorvex_StoreAllPages();
+  if (StayAfterRefusal()) return;
   SetupData_save_and_leave();
 }
 
@@ -76,6 +87,7 @@ void Quorvex_DisableBatteryAndPowerOff() {
   if (!Quorvex_ConfirmYesNo(TextOf(TEXT(ExitDisableBatteryConfirm)), 3)) return;
   if (!BatteryMayBeDisabled()) return;
   Quorvex_StoreAllPages();
+  if (StayAfterRefusal()) return;
   SetupData_save_battery_off_and_power_off();
 }
 
@@ -151,6 +163,7 @@ void Quorvex_ExitPage_Enter() {
 
 EFI_STATUS Quorvex_MessageWindows_Click() {
   if (Quorvex_ChoiceWindow_Click() == EFI_SUCCESS) return EFI_SUCCESS;
+  if (Quorvex_SecureBootItem_Click() == EFI_SUCCESS) return EFI_SUCCESS;
   return Quorvex_GeneralHelp_Click();
 }
 

@@ -11,6 +11,7 @@
 #include "graphics/item_list.h"
 #include "input/mouse.h"
 #include "pages/clock_editor.h"
+#include "pages/clock_error.h"
 #include "setup_data/page_actions.h"
 #include "pages/page_common.h"
 #include "pages/page_table.h"
@@ -76,8 +77,11 @@ void EditClock(bool IsDate) {
   ClockEditor editor = IsDate ? Quorvex_ClockEditor_ForDate(LastTime, MinimumYear)
                               : Quorvex_ClockEditor_ForTime(LastTime);
   if (Quorvex_ClockEditor_Run(editor) != EFI_SUCCESS) return;
-  Quorvex_ClockEditor_Apply(editor, &LastTime);
-  RuntimeServices->SetTime(&LastTime);
+  EFI_TIME wanted = LastTime;
+  Quorvex_ClockEditor_Apply(editor, &wanted);
+  // A refused time is not shown as if it were set: the user is told, and the
+  // clock read back is the one the firmware kept.
+  if (EFI_ERROR(RuntimeServices->SetTime(&wanted))) Quorvex_ClockError_Show();
   RuntimeServices->GetTime(&LastTime, nullptr);
   Quorvex_MainPage_FormatClock();
 }
@@ -310,6 +314,7 @@ void Quorvex_MainPage_Enter() {
 }
 
 EFI_STATUS Quorvex_MainPage_MouseClick() {
+  if (PageState == kStateMainPage && Quorvex_ClockError_Click() == EFI_SUCCESS) return EFI_SUCCESS;
   if (PageState == kStateMainPage && Quorvex_ClockEditor_Click() == EFI_SUCCESS) return EFI_SUCCESS;
   return Quorvex_Page_Click(kMainPageView,
                             {Quorvex_MainPageSelected_Draw, Quorvex_MainPageNotSelected_Draw,

@@ -13,6 +13,7 @@
 #include "input/mouse.h"
 #include "input/virtual_keyboard.h"
 #include "pages/clock_editor.h"
+#include "pages/clock_error.h"
 #include "setup_data/page_actions.h"
 #include "pages/password_dialog.h"
 #include "pages/sysconfig_page.h"
@@ -392,6 +393,7 @@ void Quorvex_Pages_ForgetModalState() {
   ClockEditorOpen = 0;
   ClockEditorAccept = 0;
   ClockEditorActive = nullptr;
+  ClockErrorOpen = 0;
   SubPageActionBusy = 0;
   Quorvex_Item_ShowFocusedPage();
   Quorvex_Pages_ForEachView(

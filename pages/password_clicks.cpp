@@ -59,3 +59,11 @@ EFI_STATUS Quorvex_SecurityPage_DialogClick() {
   }
   return EFI_ABORTED;
 }
+
+EFI_STATUS Quorvex_SecurityMessageBox_Click() {
+  if (SecurityMessageBoxOpen == 0) return EFI_ABORTED;
+  const PasswordWindowRect message = Quorvex_SecurityMessageBoxRect();
+  if (!OnCloseMark(message) && !OnMessageButton(message)) return EFI_ABORTED;
+  SecurityMessageBoxOpen = 0;
+  return EFI_SUCCESS;
+}

@@ -117,13 +117,17 @@ void DrawField() {
   const UINT64 y = field.Y;
   const UINT64 width = field.Width;
   const UINT64 height = field.Height;
-  Quorvex_DoubleBuffer_Start(x, y, width, height);
+  // Without an off-screen frame (no memory for it) the field is drawn
+  // straight to the screen: the mask must show every typed character.
+  const bool buffered = !EFI_ERROR(Quorvex_DoubleBuffer_Start(x, y, width, height));
   {
     CursorHidden cursor;
     Quorvex_Button_Control(x, y, width, height, Mask);
   }
-  Quorvex_DoubleBuffer_Flush();
-  Quorvex_DoubleBuffer_Stop();
+  if (buffered) {
+    Quorvex_DoubleBuffer_Flush();
+    Quorvex_DoubleBuffer_Stop();
+  }
 }
 
 // The two answer buffers of a password change. A restart that abandons the

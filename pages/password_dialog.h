@@ -44,5 +44,8 @@ extern UINT8 SecurityMessageBoxOpen;
 // The Security page's clicks while a dialog is open (close marks, message
 // box button): EFI_SUCCESS when the click was the dialog's.
 EFI_STATUS Quorvex_SecurityPage_DialogClick();
+// The message box's close mark and button wherever the box was opened from
+// (outside the Security page's dialogs): EFI_SUCCESS when the click closed it.
+EFI_STATUS Quorvex_SecurityMessageBox_Click();
 // A restart abandoned the dialog: its password buffers are wiped and freed.
 void Quorvex_SecurityPasswordDialog_Forget();

@@ -14,6 +14,7 @@
 #include "pages/page_common.h"
 #include "pages/password_dialog.h"
 #include "pages/pages.h"
+#include "pages/secure_boot_item.h"
 #include "setup_data/security_page_table.h"
 #include "setup_data/setup_data_wrappers.h"
 #include "setup_data/sysconfig_page_table.h"
@@ -135,6 +136,7 @@ void Quorvex_SecurityPage_Prepare() {
 }
 
 void Quorvex_SecurityPage_Init() {
+  Quorvex_SecureBootItem_ReadPresence();
   Quorvex_Page_HideAbsent(SecurityPageItems, SecurityPageItemCount);
   Quorvex_SecurityPage_LoadValues();
   UserOnlyAtStart =
@@ -248,9 +250,7 @@ void Quorvex_SecurityPage_Store() {
   if (Row(SecurityRowMode).Present != 0) {
     SetupData_Set_hdd_password_mode(Row(SecurityRowMode).Data);
   }
-  if (Row(SecurityRowSecureBoot).Present != 0) {
-    SetupData_Set_secure_boot(ItemState(Row(SecurityRowSecureBoot)));
-  }
+  Quorvex_SecureBootItem_Store();
   if (Row(SecurityRowTpm).Present != 0) SetupData_Set_tpm(ItemState(Row(SecurityRowTpm)));
   if (Row(SecurityRowBootMenu).Present != 0) {
     SetupData_Set_boot_menu(ItemState(Row(SecurityRowBootMenu)));
@@ -289,4 +289,5 @@ void Quorvex_SecurityPage_Reset() {
   PasswordDeletedFlag = 0;
   UserOnlyAtStart = 0;
   VerifyFailCount = 0;
+  Quorvex_SecureBootItem_Reset();
 }

@@ -45,6 +45,7 @@ constexpr EFI_STATUS EFI_DEVICE_ERROR = kEfiErrorBit | 7;
 constexpr EFI_STATUS EFI_OUT_OF_RESOURCES = kEfiErrorBit | 9;
 constexpr EFI_STATUS EFI_VOLUME_CORRUPTED = kEfiErrorBit | 10;
 constexpr EFI_STATUS EFI_NOT_FOUND = kEfiErrorBit | 14;
+constexpr EFI_STATUS EFI_TIMEOUT = kEfiErrorBit | 18;
 constexpr EFI_STATUS EFI_ABORTED = kEfiErrorBit | 21;
 constexpr EFI_STATUS EFI_CRC_ERROR = kEfiErrorBit | 27;
 constexpr EFI_STATUS EFI_SECURITY_VIOLATION = kEfiErrorBit | 26;
@@ -131,6 +132,11 @@ constexpr UINT32 EVT_NOTIFY_SIGNAL = 0x00000200u;
 constexpr EFI_TPL TPL_APPLICATION = 4;
 constexpr EFI_TPL TPL_CALLBACK = 8;
 constexpr EFI_TPL TPL_NOTIFY = 16;
+
+// SetTimer's types; trigger times are in 100 ns units.
+constexpr UINT32 TimerCancel = 0;
+constexpr UINT32 TimerPeriodic = 1;
+constexpr UINT32 TimerRelative = 2;
 
 typedef void(EFIAPI* EFI_EVENT_NOTIFY)(EFI_EVENT Event, void* Context);
 

@@ -1,6 +1,7 @@
 #include "reference_platform/platform_run.h"
 
 #include "platform/lib.h"
+#include "platform/watchdog.h"
 #include "reference_platform/debug_trace.h"
 #include "reference_platform/extended_key.h"
 #include "reference_platform/gate.h"
@@ -10,6 +11,7 @@
 #include "reference_platform/platform_context.h"
 #include "reference_platform/platform_service.h"
 #include "reference_platform/reference_platform.h"
+#include "reference_platform/secure_boot.h"
 #include "reference_platform/serial.h"
 #include "reference_platform/setup_data_service.h"
 #include "reference_platform/store.h"
@@ -67,8 +69,13 @@ EFI_STATUS QuorvexPlatform_Run(EFI_HANDLE ImageHandle, EFI_SYSTEM_TABLE* SystemT
                                PlatformUtilityRunner RunUtility) {
   if (!SystemTable || !SystemTable->BootServices) return EFI_INVALID_PARAMETER;
   Quorvex_Lib_Init(ImageHandle, SystemTable);
+  // The firmware armed its watchdog before starting this image; nobody may
+  // be hurried in the setup.
+  Quorvex_Watchdog_Disarm(SystemTable->BootServices);
   Platform_BindFirmware(ImageHandle, SystemTable);
   Store_Load();
+  SecureBoot_Probe();
+  SecureBoot_ClearKeysIfRequested();
   InstallServices();
   if (PlatformStartHook) PlatformStartHook();
   UsbHidPointer_Start(ImageHandle);
@@ -81,5 +88,6 @@ EFI_STATUS QuorvexPlatform_Run(EFI_HANDLE ImageHandle, EFI_SYSTEM_TABLE* SystemT
   ImageDisplay_ClearCache();
   GlyphFont_Release(&gTextFont);
   GlyphFont_Release(&gLargeDigitFont);
+  Quorvex_Watchdog_HandBack(SystemTable->BootServices);
   return status;
 }

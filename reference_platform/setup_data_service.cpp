@@ -7,6 +7,7 @@
 #include "reference_platform/platform_context.h"
 #include "reference_platform/reference_platform.h"
 #include "reference_platform/screenshot.h"
+#include "reference_platform/secure_boot.h"
 #include "reference_platform/serial.h"
 #include "reference_platform/store.h"
 #include "reference_platform/system_info.h"
@@ -162,12 +163,17 @@ UINT64 GetSetting(const OpEntry& Entry, OpCall* Call) {
   }
   UINT64 value = Store_Get(Entry.Setting);
   if (Entry.Setting == kSetting_boot_order) value = MachineSettings_BootOrderAnswer(value);
+  // Secure Boot is the firmware's own where it has it.
+  if (Entry.Setting == kSetting_secure_boot && SecureBoot_Backing() == SecureBootFirmware)
+    value = SecureBoot_Enforced();
   WriteTypeWide(info.Type, Call->Argument1, value);
   return value;
 }
 
 UINT64 SetSetting(const OpEntry& Entry, OpCall* Call) {
   const StoreSettingInfo& info = kStoreSettings[Entry.Setting];
+  if (Entry.Setting == kSetting_secure_boot && SecureBoot_Backing() == SecureBootFirmware)
+    return SecureBoot_SetEnforced(CutToType(info.Type, Call->Argument1));
   // An out-of-range value is refused: the stored value stays as it was.
   return Store_Set(Entry.Setting, CutToType(info.Type, Call->Argument1)) ? EFI_SUCCESS
                                                                          : EFI_INVALID_PARAMETER;
@@ -245,6 +251,7 @@ UINT64 Op_report_hot_key(OpCall* Call) {
 }
 
 UINT64 Op_clear_secure_boot_keys(OpCall*) {
+  if (SecureBoot_Backing() == SecureBootAbsent) return EFI_UNSUPPORTED;
   Store_AddRequest(kRequestClearSecureBootKeys);
   return EFI_SUCCESS;
 }

@@ -22,6 +22,10 @@ OVMF_CODE = os.path.join(OVMF_DIR, "OVMF_CODE.fd")
 OVMF_VARS = os.path.join(OVMF_DIR, "OVMF_VARS.fd")
 # The variable store that matches the 4 MiB code image make firmware starts from.
 OVMF_VARS_4M = os.path.join(OVMF_DIR, "OVMF_VARS_4M.fd")
+# Secure Boot: the SMM build of OVMF with Debian's test keys enrolled
+# (the matching key and certificate are /usr/share/ovmf/PkKek-1-snakeoil.*).
+OVMF_SECBOOT_CODE = os.path.join(OVMF_DIR, "OVMF_CODE_4M.secboot.fd")
+OVMF_SNAKEOIL_VARS = os.path.join(OVMF_DIR, "OVMF_VARS_4M.snakeoil.fd")
 
 PAGE_COLOUR = 0xEBF1FA
 RIGHT_COLUMN_COLOUR = 0xD8E1F2
@@ -69,17 +73,25 @@ class Machine:
     def __init__(self, esp, work_dir, display="none", vars_file=None, keep_vars=False,
                  serial_log=None, shutdown_exits=False, memory_mb=512, extra_args=(),
                  pointers=("tablet",), image=None, image_writable=False,
-                 firmware_code=None, vars_template=None):
+                 firmware_code=None, vars_template=None, secure_boot=False, accel=None):
         """display: "none" (headless), "vnc" (127.0.0.1), or "window".
         pointers: the USB pointing devices, "tablet" and/or "mouse".
         image: a raw disk image to boot instead of the ESP directory; its
         writes are dropped unless image_writable.
         firmware_code: a firmware image to boot instead of OVMF (make
-        firmware); with it, esp None means no disk at all. vars_template: the
-        store vars_file is copied from (OVMF's when None)."""
+        firmware). esp None with no image: no disk at all (the firmware's own
+        screens). vars_template: the store vars_file is copied from (OVMF's
+        when None).
+        secure_boot: SMM on, as OVMF's Secure Boot build needs; by default
+        that build with the snakeoil keys enrolled (a fresh variable store
+        starts with Secure Boot enforced).
+        accel: the accelerator, default accelerator() (SMM needs TCG where
+        KVM runs nested)."""
         self.esp = os.path.abspath(esp) if esp else None
-        self.firmware_code = firmware_code or OVMF_CODE
-        self.vars_template = vars_template or OVMF_VARS
+        default_code, default_vars = ((OVMF_SECBOOT_CODE, OVMF_SNAKEOIL_VARS) if secure_boot
+                                      else (OVMF_CODE, OVMF_VARS))
+        self.firmware_code = firmware_code or default_code
+        self.vars_template = vars_template or default_vars
         self.image = os.path.abspath(image) if image else None
         self.image_writable = image_writable
         self.pointers = tuple(pointers)
@@ -93,6 +105,8 @@ class Machine:
         self.shutdown_exits = shutdown_exits
         self.memory_mb = memory_mb
         self.extra_args = list(extra_args)
+        self.secure_boot = secure_boot
+        self.accel = accel or accelerator()
         self.process = None
         self.qmp = None
         self.vnc_display = None
@@ -118,9 +132,13 @@ class Machine:
             if p not in ("tablet", "mouse"):
                 raise MachineError(f"unknown pointer {p!r} (tablet or mouse)")
             pointer_devices += ["-device", f"usb-{p},bus=xhci.0"]
-        args = ["qemu-system-x86_64", "-machine", "q35", "-m", str(self.memory_mb),
+        machine = "q35,smm=on" if self.secure_boot else "q35"
+        args = ["qemu-system-x86_64", "-machine", machine, "-m", str(self.memory_mb),
                 "-nodefaults", "-no-user-config"]
-        args += ["-accel", accelerator()]
+        args += ["-accel", self.accel]
+        if self.secure_boot:
+            # Only SMM code may write the variable store's flash.
+            args += ["-global", "driver=cfi.pflash01,property=secure,value=on"]
         args += [
             "-drive", f"if=pflash,format=raw,unit=0,readonly=on,file={self.firmware_code}",
             "-drive", f"if=pflash,format=raw,unit=1,file={self.vars_file}",
@@ -158,6 +176,14 @@ class Machine:
             self.stop()
             raise MachineError("QEMU did not start: " + self.qemu_output())
         return self
+
+    def cpu_seconds(self):
+        """Host processor time QEMU has used so far (user + system, all its
+        threads), in seconds."""
+        with open(f"/proc/{self.process.pid}/stat") as f:
+            fields = f.read().rsplit(")", 1)[1].split()
+        # utime and stime are the 14th and 15th fields; fields[0] is the 3rd.
+        return (int(fields[11]) + int(fields[12])) / os.sysconf("SC_CLK_TCK")
 
     def running(self):
         return self.process is not None and self.process.poll() is None

@@ -40,7 +40,7 @@ def colour(c):
 
 
 class QemuTestCase(unittest.TestCase):
-    boot_timeout = 120.0
+    boot_timeout = 180.0
 
     def artefact(self, suffix):
         name = re.sub(r"[^A-Za-z0-9_.-]", "_", self.id().split(".", 1)[-1])

@@ -77,7 +77,13 @@ def near(c1, c2, tolerance):
     return all(abs(((c1 >> s) & 0xFF) - ((c2 >> s) & 0xFF)) <= tolerance for s in (0, 8, 16))
 
 
-def settle(machine, problems=None, timeout=40.0, interval=0.3, what="the screen to settle"):
+# Long enough for a guest slowed down by a busy host; a state that is reached
+# sooner ends the wait sooner.
+SETTLE_TIMEOUT = 90.0
+
+
+def settle(machine, problems=None, timeout=SETTLE_TIMEOUT, interval=0.3,
+           what="the screen to settle"):
     """Polls screendumps until problems(img) (a list of what is still wrong,
     when given) is empty on two consecutive dumps that show the same screen.
     Returns the last dump; on time-out fails with the last list of problems."""

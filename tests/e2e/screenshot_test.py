@@ -70,7 +70,7 @@ class ScreenshotKeyTest(harness.QemuTestCase):
     def saved_lines(self):
         return SAVED.findall(self.machine.serial_text())
 
-    def shoot(self, count_before, timeout=60.0):
+    def shoot(self, count_before, timeout=90.0):
         """F12, then waits for the platform's line; returns (file name, seconds)."""
         start = time.monotonic()
         self.machine.key("f12")

@@ -18,10 +18,12 @@ TEST(SimScript, CommandsExpandIntoSingleInputs) {
                                 "time 2024-02-29 23:59:59\n"
                                 "scan 65535 0xFFFF\n"
                                 "mouse -100000 100000 3\n"
-                                "touch-raw 0xFFFFFFFF 0 0xFF\n",
+                                "touch-raw 0xFFFFFFFF 0 0xFF\n"
+                                "scan 0\n"
+                                "key capslock\n",
                                 &commands, &error))
       << error;
-  ASSERT_EQ(commands.size(), 3u + 1u + 6u + 4u);
+  ASSERT_EQ(commands.size(), 3u + 1u + 6u + 6u);
   EXPECT_EQ(commands[0].ScanCode, SCAN_DOWN);
   EXPECT_EQ(commands[2].Line, 2);
   EXPECT_EQ(commands[3].Char, CHAR_CARRIAGE_RETURN);
@@ -36,6 +38,10 @@ TEST(SimScript, CommandsExpandIntoSingleInputs) {
   EXPECT_EQ(commands[12].DeltaY, 100000);
   EXPECT_EQ(commands[13].RawX, 0xFFFFFFFFull);
   EXPECT_EQ(commands[13].Buttons, 0xFFu);
+  // "scan 0" is a key with scan code 0 and no character, not Caps Lock.
+  EXPECT_EQ(commands[14].Kind, fake::Verb::Key);
+  EXPECT_EQ(commands[14].ScanCode, 0);
+  EXPECT_EQ(commands[15].Kind, fake::Verb::CapsLock);
 }
 
 TEST(SimScript, ErrorsNameTheLine) {

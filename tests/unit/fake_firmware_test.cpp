@@ -10,6 +10,64 @@ constexpr EFI_GUID kTestGuid = {0x11111111, 0x2222, 0x3333, {4, 5, 6, 7, 8, 9, 1
 
 class FakeFirmware : public FakeFirmwareTest {};
 
+// A program that leaves the watchdog as the firmware armed it, and one that
+// disarms it; both then let simulated time pass.
+EFI_STATUS EFIAPI LeavesWatchdog(EFI_HANDLE, EFI_SYSTEM_TABLE*) {
+  fake::AdvanceClock(fake::kBootWatchdogSeconds - 1);
+  fake::AdvanceClock(1);
+  return EFI_SUCCESS;
+}
+EFI_STATUS EFIAPI DisarmsWatchdog(EFI_HANDLE, EFI_SYSTEM_TABLE* Table) {
+  Table->BootServices->SetWatchdogTimer(0, 0, 0, nullptr);
+  fake::AdvanceClock(24 * 3600);
+  return EFI_SUCCESS;
+}
+
+TEST_F(FakeFirmware, WatchdogResetsInSimulatedTimeUnlessDisarmed) {
+  fake::RunResult r = fake::RunImage(LeavesWatchdog, fake::CreateImageHandle(u"\\A.efi"));
+  EXPECT_TRUE(r.Reset) << "five simulated minutes after the start";
+  EXPECT_EQ(r.ResetInfo.Type, EfiResetCold);
+  EXPECT_EQ(r.ResetInfo.Status, EFI_TIMEOUT);
+
+  r = fake::RunImage(DisarmsWatchdog, fake::CreateImageHandle(u"\\B.efi"));
+  EXPECT_FALSE(r.Reset);
+  EXPECT_EQ(fake::WatchdogTimeout(), 0u) << "disarmed again when the image returned";
+
+  // Setting it starts the count again; SetClock is not time passing.
+  BootServices()->SetWatchdogTimer(10, 0, 0, nullptr);
+  fake::AdvanceClock(9);
+  BootServices()->SetWatchdogTimer(10, 0, 0, nullptr);
+  fake::SetClock({2030, 1, 1, 0, 0, 0, 0, 0, 0x07FF, 0, 0});
+  fake::AdvanceClock(9);
+  EXPECT_EQ(fake::ResetCount(), 1u);
+  EXPECT_EQ(BootServices()->SetWatchdogTimer(10, 0, 4, nullptr), EFI_INVALID_PARAMETER);
+}
+
+TEST_F(FakeFirmware, WaitEndsWithASignalledEventOrASetTimerWithoutRunningTime) {
+  EFI_EVENT timer = nullptr, other = nullptr;
+  ASSERT_EQ(BootServices()->CreateEvent(EVT_TIMER, 0, nullptr, nullptr, &timer), EFI_SUCCESS);
+  ASSERT_EQ(BootServices()->CreateEvent(EVT_TIMER, 0, nullptr, nullptr, &other), EFI_SUCCESS);
+  EFI_EVENT events[2] = {other, timer};
+  UINTN index = 9;
+  const EFI_TIME before = fake::Clock();
+  EXPECT_EQ(BootServices()->WaitForEvent(2, events, &index), EFI_UNSUPPORTED)
+      << "nothing could ever end this wait";
+  ASSERT_EQ(BootServices()->SetTimer(timer, TimerRelative, 100000), EFI_SUCCESS);
+  EXPECT_EQ(BootServices()->WaitForEvent(2, events, &index), EFI_SUCCESS);
+  EXPECT_EQ(index, 1u);
+  EXPECT_EQ(fake::LastWaitTimer(), 100000u);
+  EXPECT_EQ(fake::Clock().Second, before.Second);
+  EXPECT_EQ(BootServices()->WaitForEvent(2, events, &index), EFI_UNSUPPORTED)
+      << "a relative timer fires once";
+  BootServices()->SignalEvent(other);
+  BootServices()->SetTimer(timer, TimerPeriodic, 5);
+  EXPECT_EQ(BootServices()->WaitForEvent(2, events, &index), EFI_SUCCESS);
+  EXPECT_EQ(index, 0u) << "a signalled event comes first";
+  EXPECT_EQ(BootServices()->WaitForEvent(2, events, &index), EFI_SUCCESS);
+  EXPECT_EQ(BootServices()->WaitForEvent(2, events, &index), EFI_SUCCESS) << "periodic";
+  EXPECT_EQ(BootServices()->SetTimer(nullptr, TimerRelative, 1), EFI_INVALID_PARAMETER);
+}
+
 TEST_F(FakeFirmware, LocateHandleAnswersTheSizeItNeeds) {
   // Console pointer and mouse carry Simple Pointer.
   UINTN size = 0;

@@ -2,6 +2,7 @@
 // the sub-page's tab state) and the hot key reported before dispatch.
 #include <gtest/gtest.h>
 
+#include "input/idle_wait.h"
 #include "tests/unit/session_support.h"
 
 namespace {
@@ -44,6 +45,24 @@ TEST_F(MainLoopTest, HotKeyIsReportedAndThenDispatched) {
   EXPECT_NE(securityDraw, Trace.end());
   EXPECT_LT(securityDraw, nextStart) << "the key was dispatched before the rebuild";
   EXPECT_EQ(TraceCount("op 11"), 1u);
+}
+
+// Between rounds every loop waits on the key, the pointers and one poll
+// period, instead of spinning; the firmware's watchdog is off meanwhile, so
+// hours left alone do not reset the machine.
+TEST_F(MainLoopTest, IdleRoundsWaitAndTheWatchdogStaysDisarmed) {
+  UINT64 waits = 0;
+  const fake::RunResult r = Run({kDown, kRight, kF1}, [&](size_t) {
+    EXPECT_GT(fake::WaitCalls(), waits) << "a round without a wait";
+    waits = fake::WaitCalls();
+    EXPECT_EQ(fake::LastWaitTimer(), kIdlePollPeriod100ns);
+    EXPECT_EQ(fake::LastWaitEvents(), 4u) << "timer, keyboard, mouse and touch panel";
+    EXPECT_EQ(fake::WatchdogTimeout(), 0u);
+    fake::AdvanceClock(3600);
+  });
+  EXPECT_FALSE(r.Reset);
+  EXPECT_TRUE(r.Stopped);
+  EXPECT_EQ(States, (std::vector<UINT32>{0, 1, 7, 7})) << "F1's help loop waits as well";
 }
 
 } // namespace

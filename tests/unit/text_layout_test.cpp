@@ -375,7 +375,7 @@ protected:
           TEXT(AdvancedSetDefaultImageQuestion), TEXT(SecurityClearSecureBootKeysConfirm)})
       CheckEntry(message, TextBox("choice window", W / 2 - 25, H / 4 - 40 - lh / 2));
     // Password dialog: title over two lines; message lines of the error
-    // box centred in one line each.
+    // box (and the clock editor's, of the same size) centred in one line each.
     for (const CHAR16* title :
          {TEXT(SecurityEnterCurrentPassword), TEXT(SecurityEnterNewPassword),
           TEXT(SecurityConfirmNewPassword), TEXT(SecurityEnterCurrentMasterPassword),
@@ -383,8 +383,11 @@ protected:
           TEXT(SecurityEnterCurrentUserPassword), TEXT(SecurityEnterNewUserPassword),
           TEXT(SecurityConfirmNewUserPassword), TEXT(SecurityGateEnterPassword)})
       CheckEntry(title, TextBox("password title", W / 2 - 50, 2 * lh));
-    for (const CHAR16* line : {TEXT(SecurityVerifyError), TEXT(SecurityPressEnterToContinue),
-                               TEXT(SecuritySystemShuttingDown), TEXT(SecurityPasswordsNotSame)})
+    for (const CHAR16* line :
+         {TEXT(SecurityVerifyError), TEXT(SecurityPressEnterToContinue),
+          TEXT(SecuritySystemShuttingDown), TEXT(SecurityPasswordsNotSame),
+          TEXT(SecuritySecureBootRefused), TEXT(SecuritySecureBootRefusedDetail),
+          TEXT(MainClockRefused), TEXT(MainClockKept)})
       CheckEntry(line, CaptionBox("error box line", W / 2 - 20, W / 2 - 20));
     CheckGeneralHelp();
   }

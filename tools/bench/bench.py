@@ -15,7 +15,9 @@ point where the utility waits for input:
 Start-up also shows the dynamic loader's own share (its relocations and
 symbol look-ups; the UEFI image has no loader).
 Then, unless --no-qemu, the key latency in QEMU of a tab move against a
-trivial UEFI application (qemu_latency.py; needs QEMU, OVMF and make esp).
+trivial UEFI application (qemu_latency.py), and the host processor time of
+the setup left alone against OVMF's own front page (qemu_idle.py); both need
+QEMU, OVMF and make esp.
 Prints one table. --json FILE also writes the figures for comparisons.
 """
 import argparse
@@ -33,6 +35,7 @@ ROOT = os.path.dirname(os.path.dirname(HERE))
 sys.path.insert(0, os.path.join(ROOT, "scripts"))
 sys.path.insert(0, HERE)
 import pngread  # noqa: E402
+import qemu_idle  # noqa: E402
 import qemu_latency  # noqa: E402
 
 POOL_BOOKKEEPING = re.compile(
@@ -232,6 +235,19 @@ def latency_in_qemu(reps):
     return figures, qemu_latency.ratio_lines(figures), False
 
 
+def idle_in_qemu():
+    """The idle processor figures (None when not measured), their lines, and
+    whether the measurement ran and failed."""
+    reason = qemu_idle.unavailable()
+    if reason is not None:
+        return None, [f"QEMU idle CPU ratio: not measured ({reason})"], False
+    try:
+        figures = qemu_idle.run()
+    except (qemu_idle.IdleError, qemu_idle.MachineError) as e:
+        return None, [f"QEMU idle CPU ratio: not measured (failed: {e})"], True
+    return figures, qemu_idle.lines(figures), False
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--build-dir", default=os.path.join(ROOT, "build", "bench"))
@@ -294,6 +310,9 @@ def main():
     else:
         figures["qemu latency"], lines, failed = latency_in_qemu(args.qemu_reps)
         print("\n".join(lines))
+        figures["qemu idle"], lines, idle_failed = idle_in_qemu()
+        print("\n".join(lines))
+        failed = failed or idle_failed
     if args.json:
         with open(args.json, "w", encoding="utf-8") as f:
             json.dump(figures, f, indent=1)
