@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "platform/efi.h"
+#include "platform/efi_pointer.h"
 #include "platform/vendor_protocols.h"
 
 namespace fake {

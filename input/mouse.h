@@ -3,6 +3,7 @@
 
 #include "graphics/cursor.h"
 #include "platform/efi.h"
+#include "platform/efi_pointer.h"
 
 EFI_STATUS Quorvex_MouseInit(UINT64 Argument1, UINT64 Argument2);
 void Quorvex_MousePoll();

@@ -1,7 +1,7 @@
 // UEFI declarations the reference platform needs beyond efi.h: writing files
-// (screenshots), the statuses a file system answers with, and the random
-// number generator protocol (password salts), with UEFI's layouts and
-// values.
+// (screenshots), the statuses a file system answers with, the random number
+// generator protocol (password salts) and the block I/O protocol's media
+// (disk sizes, optical drives), with UEFI's layouts and values.
 #pragma once
 
 #include "platform/efi.h"
@@ -30,4 +30,31 @@ struct EFI_RNG_PROTOCOL {
   (EFI_RNG_PROTOCOL* This, UINTN* AlgorithmListSize, EFI_GUID* AlgorithmList);
   EFI_STATUS(EFIAPI* GetRNG)
   (EFI_RNG_PROTOCOL* This, const EFI_GUID* Algorithm, UINTN ValueLength, UINT8* Value);
+};
+
+// ---------------------------------------------------------------------------
+// Block I/O protocol: only its media description is read
+// ---------------------------------------------------------------------------
+constexpr EFI_GUID kBlockIoGuid = {
+    0x964E5B21, 0x6459, 0x11D2, {0x8E, 0x39, 0x00, 0xA0, 0xC9, 0x69, 0x72, 0x3B}};
+
+struct BlockIoMedia {
+  UINT32 MediaId;
+  BOOLEAN RemovableMedia;
+  BOOLEAN MediaPresent;
+  BOOLEAN LogicalPartition;
+  BOOLEAN ReadOnly;
+  BOOLEAN WriteCaching;
+  UINT32 BlockSize;
+  UINT32 IoAlign;
+  UINT64 LastBlock;
+};
+
+struct BlockIoProtocol {
+  UINT64 Revision;
+  BlockIoMedia* Media;
+  void* Reset;
+  void* ReadBlocks;
+  void* WriteBlocks;
+  void* FlushBlocks;
 };

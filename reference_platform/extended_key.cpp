@@ -8,12 +8,15 @@ namespace {
 // The readers found at installation. They are called through these saved
 // pointers: the utility later replaces the console's ReadKeyStroke with a
 // reader that may call this protocol, which must not call back into it.
-constinit EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL* gInputEx = nullptr;
 typedef EFI_STATUS(EFIAPI* ReadKeyStrokeExFunction)(EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL*,
                                                     EFI_KEY_DATA*);
-constinit ReadKeyStrokeExFunction gReadKeyStrokeEx = nullptr;
-constinit EFI_SIMPLE_TEXT_INPUT_PROTOCOL* gInput = nullptr;
-constinit EFI_INPUT_READ_KEY gReadKeyStroke = nullptr;
+struct SavedReaders {
+  EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL* InputEx;
+  ReadKeyStrokeExFunction ReadKeyStrokeEx;
+  EFI_SIMPLE_TEXT_INPUT_PROTOCOL* Input;
+  EFI_INPUT_READ_KEY ReadKeyStroke;
+};
+constinit SavedReaders gReaders = {};
 
 struct AsciiScanTable {
   UINT8 Code[128];
@@ -76,8 +79,10 @@ UINT8 FromScanCode(UINT16 ScanCode) {
 }
 
 EFI_STATUS EFIAPI Reset(ExtendedKeyCodeProtocol*, BOOLEAN ExtendedVerification) {
-  if (gInputEx && gInputEx->Reset) return gInputEx->Reset(gInputEx, ExtendedVerification);
-  if (gInput && gInput->Reset) return gInput->Reset(gInput, ExtendedVerification);
+  if (gReaders.InputEx && gReaders.InputEx->Reset)
+    return gReaders.InputEx->Reset(gReaders.InputEx, ExtendedVerification);
+  if (gReaders.Input && gReaders.Input->Reset)
+    return gReaders.Input->Reset(gReaders.Input, ExtendedVerification);
   return EFI_DEVICE_ERROR;
 }
 
@@ -86,10 +91,10 @@ EFI_STATUS EFIAPI ReadKeyData(ExtendedKeyCodeProtocol*, ExtendedKeyData* KeyData
   EFI_KEY_DATA key;
   MemFill(&key, 0, sizeof(key));
   EFI_STATUS status = EFI_NOT_READY;
-  if (gInputEx && gReadKeyStrokeEx) {
-    status = gReadKeyStrokeEx(gInputEx, &key);
-  } else if (gInput && gReadKeyStroke) {
-    status = gReadKeyStroke(gInput, &key.Key);
+  if (gReaders.InputEx && gReaders.ReadKeyStrokeEx) {
+    status = gReaders.ReadKeyStrokeEx(gReaders.InputEx, &key);
+  } else if (gReaders.Input && gReaders.ReadKeyStroke) {
+    status = gReaders.ReadKeyStroke(gReaders.Input, &key.Key);
   }
   if (EFI_ERROR(status)) return status;
   MemFill(KeyData, 0, sizeof(*KeyData));
@@ -116,21 +121,18 @@ EFI_STATUS ExtendedKey_Install() {
   // The utility lays its own reader over ReadKeyData while it runs; a new
   // installation starts from the platform's own.
   gProtocol = {Reset, ReadKeyData};
-  gInputEx = nullptr;
-  gReadKeyStrokeEx = nullptr;
-  gInput = nullptr;
-  gReadKeyStroke = nullptr;
+  gReaders = {};
   if (PlatformSystemTable) {
-    gInput = PlatformSystemTable->ConIn;
-    if (gInput) gReadKeyStroke = gInput->ReadKeyStroke;
+    gReaders.Input = PlatformSystemTable->ConIn;
+    if (gReaders.Input) gReaders.ReadKeyStroke = gReaders.Input->ReadKeyStroke;
     void* interface = nullptr;
     if (PlatformBootServices && PlatformBootServices->HandleProtocol &&
         PlatformSystemTable->ConsoleInHandle &&
         !EFI_ERROR(PlatformBootServices->HandleProtocol(PlatformSystemTable->ConsoleInHandle,
                                                         &kSimpleTextInputExGuid, &interface)) &&
         interface) {
-      gInputEx = static_cast<EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL*>(interface);
-      gReadKeyStrokeEx = gInputEx->ReadKeyStrokeEx;
+      gReaders.InputEx = static_cast<EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL*>(interface);
+      gReaders.ReadKeyStrokeEx = gReaders.InputEx->ReadKeyStrokeEx;
     }
   }
   return Platform_InstallOnNewHandle(kExtendedKeyCodeGuid, &gProtocol);

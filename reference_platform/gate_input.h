@@ -4,6 +4,7 @@
 #pragma once
 
 #include "platform/efi.h"
+#include "platform/efi_pointer.h"
 #include "reference_platform/gate_screen.h"
 
 enum GateKeyKind : UINT32 {

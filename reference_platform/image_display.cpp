@@ -17,19 +17,24 @@ struct CacheEntry {
   DecodedImage Image;
 };
 
-constinit CacheEntry gCache[kCacheEntries] = {};
-constinit UINT64 gUseClock = 0;
-constinit UINT64 gDecodeCount = 0;
+// The decoded pictures, the least recently used one replaced first, and the
+// number of decodes so far (which the cache is there to keep low).
+struct DecodeCache {
+  CacheEntry Entries[kCacheEntries];
+  UINT64 UseClock;
+  UINT64 DecodeCount;
+};
+constinit DecodeCache gCache = {};
 
 // The picture decoded, from the cache or freshly. A changed picture at the
 // same address is caught by its checksum.
 EFI_STATUS Decoded(const void* Data, UINT64 Size, const DecodedImage** Image) {
   const UINT32 checksum = Store_Crc32(Data, Size);
-  CacheEntry* victim = &gCache[0];
-  for (CacheEntry& entry : gCache) {
+  CacheEntry* victim = &gCache.Entries[0];
+  for (CacheEntry& entry : gCache.Entries) {
     if (entry.Image.Pixels && entry.Data == Data && entry.Size == Size &&
         entry.Checksum == checksum) {
-      entry.LastUse = ++gUseClock;
+      entry.LastUse = ++gCache.UseClock;
       *Image = &entry.Image;
       return EFI_SUCCESS;
     }
@@ -42,12 +47,12 @@ EFI_STATUS Decoded(const void* Data, UINT64 Size, const DecodedImage** Image) {
   DecodedImage fresh;
   const EFI_STATUS status = ImageDecode_Decode(Data, Size, &fresh);
   if (EFI_ERROR(status)) return status;
-  ++gDecodeCount;
+  ++gCache.DecodeCount;
   ImageDecode_Release(&victim->Image);
   victim->Data = Data;
   victim->Size = Size;
   victim->Checksum = checksum;
-  victim->LastUse = ++gUseClock;
+  victim->LastUse = ++gCache.UseClock;
   victim->Image = fresh;
   *Image = &victim->Image;
   return EFI_SUCCESS;
@@ -147,7 +152,7 @@ EFI_STATUS ImageDisplay_Install() {
 }
 
 void ImageDisplay_ClearCache() {
-  for (CacheEntry& entry : gCache) {
+  for (CacheEntry& entry : gCache.Entries) {
     ImageDecode_Release(&entry.Image);
     entry.Data = nullptr;
     entry.Size = 0;
@@ -155,5 +160,5 @@ void ImageDisplay_ClearCache() {
 }
 
 UINT64 ImageDisplay_DecodeCount() {
-  return gDecodeCount;
+  return gCache.DecodeCount;
 }

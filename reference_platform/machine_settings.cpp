@@ -1,6 +1,7 @@
 #include "reference_platform/machine_settings.h"
 
 #include "platform/lib.h"
+#include "platform/efi_storage.h"
 #include "reference_platform/boot_options.h"
 #include "reference_platform/platform_context.h"
 #include "reference_platform/serial.h"
@@ -14,30 +15,16 @@ constexpr UINT32 kBootVariableAttributes =
 constexpr UINTN kMaxOptions = 256;
 constexpr UINTN kMaxLangCodes = 256;
 
-constexpr EFI_GUID kBlockIoGuid = {
-    0x964E5B21, 0x6459, 0x11D2, {0x8E, 0x39, 0x00, 0xA0, 0xC9, 0x69, 0x72, 0x3B}};
-
-struct BlockIoMedia {
-  UINT32 MediaId;
-  BOOLEAN RemovableMedia;
-  BOOLEAN MediaPresent;
-  BOOLEAN LogicalPartition;
-  BOOLEAN ReadOnly;
-  BOOLEAN WriteCaching;
-  UINT32 BlockSize;
-};
-struct BlockIoProtocol {
-  UINT64 Revision;
-  BlockIoMedia* Media;
-};
-
 // The machine's boot options as read at set-up, repaired: BootOrder entries
 // naming no option, and repeated entries, are gone.
-constinit bool gHasBootOrder = false;
-constinit bool gNeedsRepair = false;
-constinit UINTN gCount = 0;
-constinit UINT16 gNumbers[kMaxOptions] = {};
-constinit UINT8 gClasses[kMaxOptions] = {};
+struct MachineBootOrder {
+  bool Present;     // the machine has a BootOrder this module follows
+  bool NeedsRepair; // odd length, repeated or dangling entries: rewrite on save
+  UINTN Count;
+  UINT16 Numbers[kMaxOptions];
+  UINT8 Classes[kMaxOptions];
+};
+constinit MachineBootOrder gBoot = {};
 
 void Report(const CHAR8* What, EFI_STATUS Status) {
   AsciiLine line;
@@ -106,9 +93,7 @@ void OptionName(UINT16 Number, CHAR16 Name[9]) {
 }
 
 void LoadBootOrder() {
-  gHasBootOrder = false;
-  gNeedsRepair = false;
-  gCount = 0;
+  gBoot = {};
   UINTN size = 0;
   UINT8* order = ReadVariable(u"BootOrder", &size);
   if (!order) return;
@@ -117,19 +102,19 @@ void LoadBootOrder() {
     Quorvex_FreePool(order);
     return;
   }
-  gNeedsRepair = (size % 2) != 0;
+  gBoot.NeedsRepair = (size % 2) != 0;
   bool lan = false, odd = false;
   for (UINTN i = 0; i < entries; ++i) {
     UINT16 number;
     MemCopy(&number, order + 2 * i, 2);
     bool repeated = false;
-    for (UINTN k = 0; k < gCount; ++k) repeated = repeated || gNumbers[k] == number;
+    for (UINTN k = 0; k < gBoot.Count; ++k) repeated = repeated || gBoot.Numbers[k] == number;
     CHAR16 name[9];
     OptionName(number, name);
     UINTN optionSize = 0;
     UINT8* option = repeated ? nullptr : ReadVariable(name, &optionSize);
     if (!option) {
-      gNeedsRepair = true; // a repeated entry or one naming no option goes
+      gBoot.NeedsRepair = true; // a repeated entry or one naming no option goes
       continue;
     }
     LoadOption parsed;
@@ -139,37 +124,40 @@ void LoadBootOrder() {
     Quorvex_FreePool(option);
     lan = lan || c == BootClassLan;
     odd = odd || c == BootClassOdd;
-    gNumbers[gCount] = number;
-    gClasses[gCount] = c;
-    ++gCount;
+    gBoot.Numbers[gBoot.Count] = number;
+    gBoot.Classes[gBoot.Count] = c;
+    ++gBoot.Count;
   }
   Quorvex_FreePool(order);
-  gHasBootOrder = true;
+  gBoot.Present = true;
   Store_Set(kSetting_boot_order,
-            BootOptions_PackedOrder(gClasses, gCount, Store_Get(kSetting_boot_order)));
+            BootOptions_PackedOrder(gBoot.Classes, gBoot.Count, Store_Get(kSetting_boot_order)));
   Store_Set(kSetting_boot_class_lan_present, lan ? 1 : 0);
   Store_Set(kSetting_boot_class_odd_present, odd ? 1 : 0);
 }
 
 void SaveBootOrder() {
-  if (!gHasBootOrder || !PlatformRuntimeServices || !PlatformRuntimeServices->SetVariable) return;
+  if (!gBoot.Present || !PlatformRuntimeServices || !PlatformRuntimeServices->SetVariable) return;
   UINT16 order[kMaxOptions];
-  BootOptions_Reorder(gNumbers, gClasses, gCount, Store_Get(kSetting_boot_order), order);
-  if (!gNeedsRepair && MemCompare(order, gNumbers, gCount * sizeof(UINT16)) == 0) return;
+  BootOptions_Reorder(gBoot.Numbers, gBoot.Classes, gBoot.Count, Store_Get(kSetting_boot_order),
+                      order);
+  if (!gBoot.NeedsRepair && MemCompare(order, gBoot.Numbers, gBoot.Count * sizeof(UINT16)) == 0)
+    return;
   const EFI_STATUS status = PlatformRuntimeServices->SetVariable(
-      u"BootOrder", &kGlobalVariableGuid, kBootVariableAttributes, gCount * sizeof(UINT16), order);
+      u"BootOrder", &kGlobalVariableGuid, kBootVariableAttributes, gBoot.Count * sizeof(UINT16),
+      order);
   if (EFI_ERROR(status)) {
     Report("Quorvex settings: writing BootOrder failed", status);
     return;
   }
   // The options keep their classes in the new order.
   UINT8 classes[kMaxOptions];
-  for (UINTN i = 0; i < gCount; ++i)
-    for (UINTN k = 0; k < gCount; ++k)
-      if (gNumbers[k] == order[i]) classes[i] = gClasses[k];
-  MemCopy(gNumbers, order, gCount * sizeof(UINT16));
-  MemCopy(gClasses, classes, gCount);
-  gNeedsRepair = false;
+  for (UINTN i = 0; i < gBoot.Count; ++i)
+    for (UINTN k = 0; k < gBoot.Count; ++k)
+      if (gBoot.Numbers[k] == order[i]) classes[i] = gBoot.Classes[k];
+  MemCopy(gBoot.Numbers, order, gBoot.Count * sizeof(UINT16));
+  MemCopy(gBoot.Classes, classes, gBoot.Count);
+  gBoot.NeedsRepair = false;
 }
 
 constexpr const CHAR8* kCodes[3] = {"en-US", "ja-JP", "fr-FR"};
@@ -220,13 +208,13 @@ void MachineSettings_Save() {
 }
 
 UINT64 MachineSettings_BootOrderAnswer(UINT64 Stored) {
-  if (!gHasBootOrder) return Stored;
+  if (!gBoot.Present) return Stored;
   return BootOptions_AbsentLast(Stored, Store_Get(kSetting_boot_class_lan_present) != 0,
                                 Store_Get(kSetting_boot_class_odd_present) != 0);
 }
 
 bool MachineSettings_HasBootOrder() {
-  return gHasBootOrder;
+  return gBoot.Present;
 }
 
 const CHAR8* MachineSettings_LanguageCode(UINT64 Language) {

@@ -16,8 +16,11 @@ struct Installation {
 // The services and a few restart triggers; beyond that an installation is
 // simply not remembered.
 constexpr UINTN kMaxInstallations = 32;
-constinit Installation gInstalled[kMaxInstallations] = {};
-constinit UINTN gInstalledCount = 0;
+struct Installations {
+  Installation Entries[kMaxInstallations];
+  UINTN Count;
+};
+constinit Installations gInstalled = {};
 
 } // namespace
 
@@ -28,7 +31,7 @@ void Platform_BindFirmware(EFI_HANDLE ImageHandle, EFI_SYSTEM_TABLE* SystemTable
   PlatformRuntimeServices = SystemTable ? SystemTable->RuntimeServices : nullptr;
   // A new firmware (the host tests build one per test) knows nothing of the
   // old installations.
-  gInstalledCount = 0;
+  gInstalled.Count = 0;
 }
 
 EFI_STATUS Platform_InstallOnNewHandle(const EFI_GUID& Guid, void* Interface) {
@@ -37,14 +40,14 @@ EFI_STATUS Platform_InstallOnNewHandle(const EFI_GUID& Guid, void* Interface) {
   EFI_HANDLE handle = nullptr;
   const EFI_STATUS status = PlatformBootServices->InstallProtocolInterface(
       &handle, &Guid, EFI_NATIVE_INTERFACE, Interface);
-  if (!EFI_ERROR(status) && gInstalledCount < kMaxInstallations)
-    gInstalled[gInstalledCount++] = {handle, &Guid, Interface};
+  if (!EFI_ERROR(status) && gInstalled.Count < kMaxInstallations)
+    gInstalled.Entries[gInstalled.Count++] = {handle, &Guid, Interface};
   return status;
 }
 
 void Platform_UninstallAll() {
-  while (gInstalledCount > 0) {
-    const Installation& entry = gInstalled[--gInstalledCount];
+  while (gInstalled.Count > 0) {
+    const Installation& entry = gInstalled.Entries[--gInstalled.Count];
     if (PlatformBootServices && PlatformBootServices->UninstallProtocolInterface)
       PlatformBootServices->UninstallProtocolInterface(entry.Handle, entry.Guid, entry.Interface);
   }

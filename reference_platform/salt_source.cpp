@@ -62,8 +62,12 @@ bool FromRdrand(UINT8* Salt, UINTN Size) {
   return true;
 }
 
-constinit UINT64 gMixCounter = 0;
-constinit UINT8 gMixPool[kSha256DigestSize] = {};
+// The mixing pool every salt is drawn from, and how many draws it has fed.
+struct MixState {
+  UINT64 Counter;
+  UINT8 Pool[kSha256DigestSize];
+};
+constinit MixState gMix = {};
 
 UINT64 CycleCounter() {
 #if defined(__x86_64__)
@@ -85,16 +89,16 @@ void FromMix(UINT8* Salt, UINTN Size) {
   } seed;
   for (UINTN done = 0; done < Size;) {
     MemFill(&seed, 0, sizeof(seed));
-    MemCopy(seed.Pool, gMixPool, sizeof(seed.Pool));
-    seed.Counter = ++gMixCounter;
+    MemCopy(seed.Pool, gMix.Pool, sizeof(seed.Pool));
+    seed.Counter = ++gMix.Counter;
     seed.Cycles = CycleCounter();
     if (PlatformBootServices && PlatformBootServices->GetNextMonotonicCount)
       PlatformBootServices->GetNextMonotonicCount(&seed.Monotonic);
     if (PlatformRuntimeServices && PlatformRuntimeServices->GetTime)
       PlatformRuntimeServices->GetTime(&seed.Time, nullptr);
-    Sha256(&seed, sizeof(seed), gMixPool);
+    Sha256(&seed, sizeof(seed), gMix.Pool);
     const UINTN take = Size - done < kSha256DigestSize ? Size - done : kSha256DigestSize;
-    MemCopy(Salt + done, gMixPool, take);
+    MemCopy(Salt + done, gMix.Pool, take);
     done += take;
   }
   MemWipe(&seed, sizeof(seed));

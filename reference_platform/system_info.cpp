@@ -1,6 +1,7 @@
 #include "reference_platform/system_info.h"
 
 #include "platform/lib.h"
+#include "platform/efi_storage.h"
 #include "reference_platform/disk_model.h"
 #include "reference_platform/platform_context.h"
 #include "reference_platform/smbios.h"
@@ -105,30 +106,6 @@ bool CountsAsRam(UINT32 Type) {
 }
 
 #if defined(_WIN32)
-
-constexpr EFI_GUID kBlockIoGuid = {
-    0x964E5B21, 0x6459, 0x11D2, {0x8E, 0x39, 0x00, 0xA0, 0xC9, 0x69, 0x72, 0x3B}};
-
-struct BlockIoMedia {
-  UINT32 MediaId;
-  BOOLEAN RemovableMedia;
-  BOOLEAN MediaPresent;
-  BOOLEAN LogicalPartition;
-  BOOLEAN ReadOnly;
-  BOOLEAN WriteCaching;
-  UINT32 BlockSize;
-  UINT32 IoAlign;
-  UINT64 LastBlock;
-};
-
-struct BlockIoProtocol {
-  UINT64 Revision;
-  BlockIoMedia* Media;
-  void* Reset;
-  void* ReadBlocks;
-  void* WriteBlocks;
-  void* FlushBlocks;
-};
 
 void Cpuid(UINT32 Leaf, UINT32 Registers[4]) {
   asm volatile("cpuid"

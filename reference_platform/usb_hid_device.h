@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/efi.h"
+#include "platform/efi_pointer.h"
 #include "platform/usb_io.h"
 #include "reference_platform/usb_hid_report.h"
 
