@@ -3,21 +3,15 @@
 #include <cstring>
 
 #include "host/fake_internal.h"
+#include "platform/efi_secure_boot.h"
 
 namespace fake::detail {
 
 namespace {
 
-constexpr EFI_GUID kSecureBootEnableGuid = {
-    0xF0A30BC7, 0xAF08, 0x4556, {0x99, 0xC4, 0x00, 0x10, 0x09, 0xC9, 0x3A, 0x44}};
-constexpr EFI_GUID kCustomModeGuid = {
-    0xC076EC0C, 0x7028, 0x4399, {0xA0, 0x72, 0x71, 0xEE, 0x5C, 0x44, 0x8B, 0x9F}};
-constexpr EFI_GUID kCertPkcs7Guid = {
-    0x4AAFD29D, 0x68DF, 0x49EE, {0x8A, 0xA9, 0x34, 0x7D, 0x37, 0x56, 0x65, 0xA7}};
 constexpr EFI_STATUS kWriteProtected = kEfiErrorBit | 8;
 constexpr UINT32 kBsRt = EFI_VARIABLE_BOOTSERVICE_ACCESS | EFI_VARIABLE_RUNTIME_ACCESS;
 constexpr UINT32 kNvBs = EFI_VARIABLE_NON_VOLATILE | EFI_VARIABLE_BOOTSERVICE_ACCESS;
-constexpr UINT32 kTimeBasedAuthenticated = 0x20;
 constexpr UINTN kAuthenticationHeader = 16 + 24; // EFI_TIME + WIN_CERTIFICATE_UEFI_GUID
 
 bool Same(const EFI_GUID& A, const EFI_GUID& B) {
@@ -58,7 +52,7 @@ EFI_STATUS WriteConfigByte(const char16_t* Name, const EFI_GUID& Guid, UINT32 At
 }
 
 EFI_STATUS WritePlatformKey(UINT32 Attributes, UINTN DataSize, const void* Data) {
-  if (!(Attributes & EFI_VARIABLE_NON_VOLATILE) || !(Attributes & kTimeBasedAuthenticated))
+  if (!(Attributes & EFI_VARIABLE_NON_VOLATILE) || !(Attributes & kTimeBasedAuthenticatedWrite))
     return EFI_INVALID_PARAMETER;
   if (DataSize < kAuthenticationHeader) return EFI_SECURITY_VIOLATION;
   const UINT8* bytes = static_cast<const UINT8*>(Data);
@@ -133,7 +127,7 @@ void ModelSecureBoot(const SecureBootModel& Model) {
         Model.State == SecureBootState::Enforced);
     // A stand-in for an EFI_SIGNATURE_LIST: only its presence matters here.
     g->Variables[Key(u"PK", kGlobalVariableGuid)] =
-        Variable{kNvBs | EFI_VARIABLE_RUNTIME_ACCESS | kTimeBasedAuthenticated,
+        Variable{kNvBs | EFI_VARIABLE_RUNTIME_ACCESS | kTimeBasedAuthenticatedWrite,
                  std::vector<UINT8>(64, 0xA5)};
   }
 }

@@ -1,5 +1,6 @@
 #include "reference_platform/secure_boot.h"
 
+#include "platform/efi_secure_boot.h"
 #include "platform/lib.h"
 #include "reference_platform/platform_context.h"
 #include "reference_platform/serial.h"
@@ -20,16 +21,8 @@ constexpr CHAR16 kSetupModeName[] = u"SetupMode";
 constexpr CHAR16 kPlatformKeyName[] = u"PK";
 constexpr CHAR16 kSecureBootEnableName[] = u"SecureBootEnable";
 constexpr CHAR16 kCustomModeName[] = u"CustomMode";
-// EDK2's firmware configuration variables (SecurityPkg).
-constexpr EFI_GUID kSecureBootEnableGuid = {
-    0xF0A30BC7, 0xAF08, 0x4556, {0x99, 0xC4, 0x00, 0x10, 0x09, 0xC9, 0x3A, 0x44}};
-constexpr EFI_GUID kCustomModeGuid = {
-    0xC076EC0C, 0x7028, 0x4399, {0xA0, 0x72, 0x71, 0xEE, 0x5C, 0x44, 0x8B, 0x9F}};
-constexpr EFI_GUID kCertPkcs7Guid = {
-    0x4AAFD29D, 0x68DF, 0x49EE, {0x8A, 0xA9, 0x34, 0x7D, 0x37, 0x56, 0x65, 0xA7}};
 
 constexpr UINT32 kConfigAttributes = EFI_VARIABLE_NON_VOLATILE | EFI_VARIABLE_BOOTSERVICE_ACCESS;
-constexpr UINT32 kTimeBasedAuthenticatedWrite = 0x20;
 constexpr UINT32 kPlatformKeyAttributes =
     EFI_VARIABLE_NON_VOLATILE | EFI_VARIABLE_BOOTSERVICE_ACCESS | EFI_VARIABLE_RUNTIME_ACCESS |
     kTimeBasedAuthenticatedWrite;
