@@ -46,9 +46,12 @@ POOL_BOOKKEEPING = re.compile(
 # image: nothing to load, relocate or bind), it is linked statically and
 # without the window library (SDL2 and the ~50 shared libraries it pulls in),
 # so that start-up is not dominated by the dynamic loader; the loader's share
-# is still reported apart.
-BENCH_CONFIG = ["-DCMAKE_BUILD_TYPE=Release", "-DQUORVEX_SANITIZE=OFF",
-                "-DCMAKE_CXX_FLAGS_RELEASE=-O2 -g1", "-DCMAKE_C_FLAGS_RELEASE=-O2 -g1",
+# is still reported apart. It is compiled by clang, the compiler of the UEFI
+# image, so that the loops are vectorised as they are there.
+BENCH_CONFIG = ["-DCMAKE_C_COMPILER=clang", "-DCMAKE_CXX_COMPILER=clang++",
+                "-DCMAKE_BUILD_TYPE=Release", "-DQUORVEX_SANITIZE=OFF",
+                "-DCMAKE_CXX_FLAGS_RELEASE=-O2 -g1 -gdwarf-4",
+                "-DCMAKE_C_FLAGS_RELEASE=-O2 -g1 -gdwarf-4",
                 "-DCMAKE_DISABLE_FIND_PACKAGE_SDL2=ON", "-DCMAKE_EXE_LINKER_FLAGS=-static"]
 
 
@@ -64,6 +67,7 @@ def build(build_dir, config=None):
         # A tree configured otherwise is configured afresh.
         if os.path.exists(os.path.join(build_dir, "CMakeCache.txt")):
             os.remove(os.path.join(build_dir, "CMakeCache.txt"))
+            shutil.rmtree(os.path.join(build_dir, "CMakeFiles"), ignore_errors=True)
         subprocess.run(["cmake", "-S", ROOT, "-B", build_dir, "-G", "Ninja"] + config,
                        check=True, stdout=subprocess.DEVNULL)
         with open(stamp, "w", encoding="utf-8") as f:
