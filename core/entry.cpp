@@ -6,6 +6,7 @@
 #include "core/main_loop.h"
 #include "core/startup.h"
 #include "graphics/background.h"
+#include "graphics/double_buffer.h"
 #include "graphics/graphics_state.h"
 #include "input/idle_wait.h"
 #include "input/mouse.h"
@@ -27,6 +28,7 @@ void ForgetModalState() {
 
 // The firmware gets its watchdog back as it armed it for this image.
 EFI_STATUS HandBack(EFI_STATUS Status) {
+  Quorvex_DoubleBuffer_SetDeferred(false);
   Quorvex_IdleWait_Stop();
   Quorvex_Watchdog_HandBack(BootServices);
   return Status;

@@ -4,6 +4,7 @@
 #include "core/main_loop.h"
 
 #include "core/startup.h"
+#include "graphics/double_buffer.h"
 #include "input/keys.h"
 #include "input/mouse.h"
 #include "pages/main_page.h"
@@ -38,8 +39,9 @@ void TabDown() {
   const PageRow& from = Quorvex_PageTable_TabRow(tab);
   const PageRow& to = Quorvex_PageTable_TabRow(tab + 1);
   PageState = to.View->TabState;
-  from.NotSelectedDraw();
+  // The new page first: the two tabs' looks, quick to draw, follow it.
   to.SelectedDraw();
+  from.NotSelectedDraw();
 }
 
 namespace {
@@ -106,6 +108,9 @@ void Quorvex_MainLoop_Dispatch(const EFI_INPUT_KEY& Key) {
 }
 
 void Quorvex_MainLoop_Start() {
+  // From here each input's drawing reaches the screen in one burst, when
+  // the next input is read.
+  Quorvex_DoubleBuffer_SetDeferred(true);
   // After a restart nothing of an abandoned dialog may linger, and the pixels
   // saved under the cursor belong to the screen that was rebuilt.
   Quorvex_Pages_ForgetModalState();

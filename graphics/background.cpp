@@ -6,6 +6,7 @@
 
 #include "platform/bindings.h"
 #include "graphics/buttons.h"
+#include "graphics/dim.h"
 #include "graphics/double_buffer.h"
 #include "graphics/draw_util.h"
 #include "graphics/graphics_internal.h"
@@ -20,6 +21,11 @@ namespace {
 
 // The left band picture is drawn with its top-left corner here.
 constexpr UINT64 kBandPictureX = 3;
+// The lower logo's place and size (both languages' logos are this size).
+constexpr UINT64 kLowerLogoX = 20;
+constexpr UINT64 kLowerLogoY = 168;
+constexpr UINT64 kLowerLogoWidth = 254;
+constexpr UINT64 kLowerLogoHeight = 63;
 // Source width read back from the picture; the band is stretched from it.
 constexpr UINT64 kBandSourceWidth = 256;
 constexpr UINT64 kBandSourceRows = 768;
@@ -132,7 +138,20 @@ void Quorvex_BackGround_Left() {
     DrawBandJpeg();
   }
   Quorvex_DrawPicture(kUpperLogo, 20, 20);
-  Quorvex_DrawPicture(Language == 2 ? kLowerLogoFrench : kLowerLogoEnglish, 20, 168);
+  Quorvex_DrawPicture(Language == 2 ? kLowerLogoFrench : kLowerLogoEnglish, kLowerLogoX,
+                      kLowerLogoY);
+}
+
+void Quorvex_BackGround_LowerLogo() {
+  // The stretched band composes in a frame of its own, which cannot sit
+  // inside another one: there the whole band is drawn.
+  const bool framed = ScreenWidth == 1024 && ScreenHeight == 768 &&
+                      !EFI_ERROR(Quorvex_DoubleBuffer_Start(kLowerLogoX, kLowerLogoY,
+                                                            kLowerLogoWidth, kLowerLogoHeight));
+  Quorvex_BackGround_Left();
+  if (!framed) return;
+  Quorvex_DoubleBuffer_Flush();
+  Quorvex_DoubleBuffer_Stop();
 }
 
 void Quorvex_BackGround_Page() {
@@ -259,15 +278,14 @@ void Quorvex_Grayout_All_Screen() {
   }
   const UINTN delta = width * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL);
   Quorvex_Blt(SavedScreen, EfiBltVideoToBltBuffer, 0, 0, 0, 0, width, height, delta);
-  // Blue, green and red halved (truncating), the reserved byte kept: one
-  // shift and mask per pixel.
+  // With the input's drawing deferred the dimmed screen waits for the
+  // window drawn over it, and both reach the screen together.
+  if (Quorvex_DoubleBuffer_DeferDimmed(SavedScreen, width, height)) return;
   const UINT32* saved = reinterpret_cast<const UINT32*>(SavedScreen);
   UINT32* out = dimmed.get();
   for (UINT64 top = 0; top < height; top += bandRows) {
     const UINT64 rows = height - top < bandRows ? height - top : bandRows;
-    const UINT32* from = saved + top * width;
-    for (UINT64 i = 0; i < rows * width; ++i)
-      out[i] = ((from[i] >> 1) & 0x007F7F7Fu) | (from[i] & 0xFF000000u);
+    Quorvex_DimPixels(out, saved + top * width, rows * width);
     Quorvex_Blt(reinterpret_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(out), EfiBltBufferToVideo, 0, 0, 0,
                 top, width, rows, delta);
   }
@@ -275,6 +293,8 @@ void Quorvex_Grayout_All_Screen() {
 
 void Quorvex_Restore_All_Screen() {
   if (!SavedScreen) return;
+  // A dimmed screen still waiting reads the saved one: it goes out first.
+  Quorvex_DoubleBuffer_Present();
   if (GraphicsOutput)
     Quorvex_Blt(SavedScreen, EfiBltBufferToVideo, 0, 0, 0, 0, SavedWidth, SavedHeight,
                 SavedWidth * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
@@ -283,6 +303,7 @@ void Quorvex_Restore_All_Screen() {
 }
 
 void Quorvex_Grayout_Forget() {
+  Quorvex_DoubleBuffer_Present();
   if (SavedScreen) Quorvex_FreePool(SavedScreen);
   SavedScreen = nullptr;
 }

@@ -6,6 +6,9 @@
 #include "platform/efi.h"
 
 void Quorvex_BackGround_Left();
+// Redraws only the part of the left band the language decides: the lower
+// logo and the band under it (the whole band where the band is stretched).
+void Quorvex_BackGround_LowerLogo();
 void Quorvex_BackGround_Page();
 void Quorvex_HelpBar_Draw();
 // HelpText is ready to draw (current language); null or "" clears the box.

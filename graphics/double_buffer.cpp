@@ -17,7 +17,9 @@
 #include "graphics/double_buffer.h"
 
 #include "graphics/draw_record.h"
+#include "graphics/dim.h"
 #include "graphics/draw_util.h"
+#include "graphics/frame_write.h"
 #include "graphics/graphics_internal.h"
 #include "graphics/screen_log.h"
 #include "platform/bindings.h"
@@ -36,6 +38,54 @@ struct FrameState {
   bool Recording;
 };
 constinit FrameState F = {};
+
+// ---- Frames waiting for the next input read --------------------------------
+//
+// While deferring is on, a flushed frame is not written at once: it waits,
+// with the rectangle to write and how, until the utility next reads input
+// (or anything reads or writes the screen where it lands), so that all an
+// input changes reaches the screen in one burst after all of it is
+// composed. The buffered Blt stays installed meanwhile, as a guard.
+constexpr UINT64 kMaxPending = 16;
+// A waiting frame owns its pixels, except a dimmed screen, which reads the
+// grey-out's saved screen.
+struct PendingFrame {
+  FramePixels Frame;
+  ScreenRect Area;
+  bool OnlyChanged;
+  bool Dimmed;
+};
+struct PendingQueue {
+  PendingFrame Items[kMaxPending];
+  UINT64 Count;
+  bool Deferring;
+};
+constinit PendingQueue Q = {};
+
+bool Touches(const ScreenRect& R) {
+  for (UINT64 i = 0; i < Q.Count; ++i)
+    if (Quorvex_Rect_Intersects(R, Q.Items[i].Frame.Rect)) return true;
+  return false;
+}
+
+// True when the Blt call reads or writes where a waiting frame lands. A
+// rectangle that runs past the right edge (continuing on the next rows)
+// is taken as touching.
+bool CallTouches(EFI_GRAPHICS_OUTPUT_BLT_OPERATION Op, UINTN SourceX, UINTN SourceY,
+                 UINTN DestinationX, UINTN DestinationY, UINTN Width, UINTN Height) {
+  auto rect = [&](UINT64 X, UINT64 Y) {
+    if (X >= F.ScreenW || Width > F.ScreenW - X) return true;
+    return Touches({X, Y, Width, Height});
+  };
+  switch (Op) {
+  case EfiBltVideoToBltBuffer:
+    return rect(SourceX, SourceY);
+  case EfiBltVideoToVideo:
+    return rect(SourceX, SourceY) || rect(DestinationX, DestinationY);
+  default:
+    return rect(DestinationX, DestinationY);
+  }
+}
 
 UINT64 ScreenPixels() {
   return F.ScreenW * F.ScreenH;
@@ -246,9 +296,15 @@ EFI_STATUS EFIAPI BufferedBlt(EFI_GRAPHICS_OUTPUT_PROTOCOL* This,
                               UINTN Height, UINTN Delta) {
   const bool handled = Operation <= EfiBltVideoToVideo;
   if (!handled || (!F.Pixels && !F.Recording)) {
-    if (!F.FirmwareBlt) return EFI_UNSUPPORTED;
-    return F.FirmwareBlt(This, BltBuffer, Operation, SourceX, SourceY, DestinationX, DestinationY,
-                         Width, Height, Delta);
+    const EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT firmware = F.FirmwareBlt;
+    if (!firmware) return EFI_UNSUPPORTED;
+    // Frames waiting where this call reads or writes go first.
+    if (handled &&
+        CallTouches(Operation, SourceX, SourceY, DestinationX, DestinationY, Width, Height)) {
+      Quorvex_DoubleBuffer_Present();
+    }
+    return firmware(This, BltBuffer, Operation, SourceX, SourceY, DestinationX, DestinationY, Width,
+                    Height, Delta);
   }
   if (!BltBuffer && Operation != EfiBltVideoToVideo) return EFI_INVALID_PARAMETER;
   if (F.Recording) {
@@ -288,14 +344,6 @@ ScreenRect OnScreen(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
           Height < ScreenHeight - Y ? Height : ScreenHeight - Y};
 }
 
-// Writes the rows [Top, Top + Rows) of the frame's columns [Left, Left +
-// Columns) to the same place on the screen.
-void WriteToScreen(UINT64 Left, UINT64 Top, UINT64 Columns, UINT64 Rows) {
-  if (Columns == 0 || Rows == 0) return;
-  F.FirmwareBlt(GraphicsOutput, FrameAt(Left, Top), EfiBltBufferToVideo, 0, 0, Left, Top, Columns,
-                Rows, F.Width * sizeof *F.Pixels);
-}
-
 // The flush rectangle cut to the frame (the firmware is never asked to read
 // past it).
 bool FlushArea(ScreenRect* Area) {
@@ -308,68 +356,135 @@ bool FlushArea(ScreenRect* Area) {
   return true;
 }
 
-struct PixelRun {
-  UINT64 Start, End;
-};
-
-// Changed stretches of one row, found eight pixels at a time: a stretch
-// runs over consecutive blocks of eight that hold a change, and is cut to
-// its first and last changed pixel. Stretches past kMaxRuns are joined
-// into the last one.
-constexpr UINT64 kMaxRuns = 16;
-constexpr UINT64 kBlock = 8;
-struct ChangedRuns {
-  PixelRun Run[kMaxRuns];
-  UINT64 Count;
-  bool More;
-};
-
-inline bool PixelDiffers(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* A,
-                         const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* B, UINT64 I) {
-  UINT32 a;
-  UINT32 b;
-  __builtin_memcpy(&a, A + I, sizeof a);
-  __builtin_memcpy(&b, B + I, sizeof b);
-  return a != b;
+// The buffered Blt goes when nothing needs it: no frame, no record, nothing
+// waiting.
+void UninstallWhenIdle() {
+  if (F.Pixels || F.Recording || Q.Count || !GraphicsOutput) return;
+  if (F.FirmwareBlt && GraphicsOutput->Blt == BufferedBlt) GraphicsOutput->Blt = F.FirmwareBlt;
+  F.FirmwareBlt = nullptr;
 }
 
-// True when any pixel of [From, From + Count) differs (Count <= kBlock).
-inline bool BlockDiffers(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* A,
-                         const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* B, UINT64 From, UINT64 Count) {
-  if (Count == kBlock) return __builtin_memcmp(A + From, B + From, kBlock * sizeof *A) != 0;
-  for (UINT64 i = From; i < From + Count; ++i)
-    if (PixelDiffers(A, B, i)) return true;
-  return false;
+// The firmware's routine is the instance's own while frames are written.
+class FirmwareBltInPlace {
+public:
+  FirmwareBltInPlace() : saved_(GraphicsOutput->Blt) { GraphicsOutput->Blt = F.FirmwareBlt; }
+  ~FirmwareBltInPlace() { GraphicsOutput->Blt = saved_; }
+  FirmwareBltInPlace(const FirmwareBltInPlace&) = delete;
+  FirmwareBltInPlace& operator=(const FirmwareBltInPlace&) = delete;
+
+private:
+  EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT saved_;
+};
+
+void WriteFrame(const FramePixels& Frame, const ScreenRect& Area, bool OnlyChanged) {
+  FirmwareBltInPlace firmware;
+  if (OnlyChanged) {
+    const ScreenRect written = Quorvex_Frame_WriteChanged(F.FirmwareBlt, Frame, Area);
+    Quorvex_ScreenLog_Touch(written.X, written.Y, written.Width, written.Height);
+  } else {
+    Quorvex_Frame_Write(F.FirmwareBlt, Frame, Area);
+    Quorvex_ScreenLog_Touch(Area.X, Area.Y, Area.Width, Area.Height);
+  }
 }
 
-void FindChangedRuns(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Drawn,
-                     const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Shown, UINT64 Count, ChangedRuns* Runs) {
-  Runs->Count = 0;
-  Runs->More = false;
-  UINT64 block = 0;
-  while (block < Count) {
-    const UINT64 size = Count - block < kBlock ? Count - block : kBlock;
-    if (!BlockDiffers(Drawn, Shown, block, size)) {
-      block += size;
-      continue;
+// The dimmed screen goes out in bands of rows through this scratch.
+constexpr UINT64 kDimScratchPixels = 16384;
+constinit UINT32 DimScratch[kDimScratchPixels] = {};
+
+void WriteDimmedPiece(const UINT32* From, UINT64 X, UINT64 Y, UINT64 Columns, UINT64 Rows,
+                      UINT64 Stride) {
+  for (UINT64 r = 0; r < Rows; ++r)
+    Quorvex_DimPixels(DimScratch + r * Columns, From + r * Stride, Columns);
+  F.FirmwareBlt(GraphicsOutput, reinterpret_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(DimScratch),
+                EfiBltBufferToVideo, 0, 0, X, Y, Columns, Rows,
+                Columns * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
+}
+
+void WriteDimmed(const FramePixels& Saved) {
+  const UINT64 width = Saved.Rect.Width;
+  const UINT64 height = Saved.Rect.Height;
+  const UINT32* saved = reinterpret_cast<const UINT32*>(Saved.Pixels);
+  if (width == 0) return;
+  if (width <= kDimScratchPixels) {
+    const UINT64 bandRows = kDimScratchPixels / width;
+    for (UINT64 top = 0; top < height; top += bandRows) {
+      const UINT64 rows = height - top < bandRows ? height - top : bandRows;
+      WriteDimmedPiece(saved + top * width, 0, top, width, rows, width);
     }
-    UINT64 start = block;
-    while (!PixelDiffers(Drawn, Shown, start)) ++start;
-    UINT64 end = block + size;
-    while (end < Count) {
-      const UINT64 next = Count - end < kBlock ? Count - end : kBlock;
-      if (!BlockDiffers(Drawn, Shown, end, next)) break;
-      end += next;
+    return;
+  }
+  // Rows wider than the scratch go out in pieces.
+  for (UINT64 y = 0; y < height; ++y)
+    for (UINT64 x = 0; x < width; x += kDimScratchPixels)
+      WriteDimmedPiece(saved + y * width + x, x, y,
+                       width - x < kDimScratchPixels ? width - x : kDimScratchPixels, 1, width);
+}
+
+// Writes every waiting frame in order and lets it go.
+void WritePending() {
+  if (Q.Count == 0) return;
+  // The screen log heard of each frame's writes when it was flushed.
+  const bool writable =
+      GraphicsOutput && F.FirmwareBlt && F.ScreenW == ScreenWidth && F.ScreenH == ScreenHeight;
+  for (UINT64 i = 0; i < Q.Count; ++i) {
+    PendingFrame& item = Q.Items[i];
+    if (writable) {
+      FirmwareBltInPlace firmware;
+      if (item.Dimmed) {
+        WriteDimmed(item.Frame);
+      } else if (item.OnlyChanged) {
+        Quorvex_Frame_WriteChanged(F.FirmwareBlt, item.Frame, item.Area);
+      } else {
+        Quorvex_Frame_Write(F.FirmwareBlt, item.Frame, item.Area);
+      }
     }
-    block = end;
-    while (!PixelDiffers(Drawn, Shown, end - 1)) --end;
-    if (Runs->Count == kMaxRuns) {
-      Runs->Run[kMaxRuns - 1].End = end;
-      Runs->More = true;
+    if (!item.Dimmed) Quorvex_FreePool(item.Frame.Pixels);
+    item = {};
+  }
+  Q.Count = 0;
+}
+
+void DropPending() {
+  for (UINT64 i = 0; i < Q.Count; ++i)
+    if (!Q.Items[i].Dimmed) Quorvex_FreePool(Q.Items[i].Frame.Pixels);
+  Q.Count = 0;
+}
+
+// Copies what a waiting frame will write into the current frame, where the
+// two meet (a waiting frame holds the final pixels of its whole area).
+void OverlayPending(const PendingFrame& Item) {
+  ScreenRect meet = Item.Area;
+  if (!Quorvex_Rect_Clip(&meet, {F.X, F.Y, F.Width, F.Height})) return;
+  const FramePixels& from = Item.Frame;
+  for (UINT64 y = meet.Y; y < meet.Y + meet.Height; ++y) {
+    const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* source =
+        from.Pixels + (y - from.Rect.Y) * from.Rect.Width + (meet.X - from.Rect.X);
+    if (Item.Dimmed) {
+      Quorvex_DimPixels(reinterpret_cast<UINT32*>(FrameAt(meet.X, y)),
+                        reinterpret_cast<const UINT32*>(source), meet.Width);
     } else {
-      Runs->Run[Runs->Count++] = {start, end};
+      MemCopy(FrameAt(meet.X, y), source, meet.Width * sizeof *F.Pixels);
     }
   }
+}
+
+// Flushes the current frame: at once, or handed to the queue (the frame's
+// pixels go with it; the next Start takes a fresh frame).
+void FlushFrame(bool OnlyChanged) {
+  ScreenRect area;
+  if (!F.Pixels || !FlushArea(&area)) return;
+  const FramePixels frame = {F.Pixels, {F.X, F.Y, F.Width, F.Height}};
+  if (!Q.Deferring) {
+    WriteFrame(frame, area, OnlyChanged);
+    return;
+  }
+  if (Q.Count == kMaxPending) WritePending();
+  Q.Items[Q.Count++] = {frame, area, OnlyChanged, false};
+  // Logged now, while the watches that were muted for this flush still
+  // are: the whole area, as the changed part is known only when written.
+  Quorvex_ScreenLog_Touch(area.X, area.Y, area.Width, area.Height);
+  F.Pixels = nullptr;
+  F.X = F.Y = F.Width = F.Height = 0;
 }
 
 } // namespace
@@ -386,13 +501,19 @@ EFI_STATUS Quorvex_DoubleBuffer_StartFramed(UINT64 FrameX, UINT64 FrameY, UINT64
                     F.X == frame.X && F.Y == frame.Y && F.Width == frame.Width &&
                     F.Height == frame.Height;
   if (!same) {
-    if (GraphicsOutput->Blt == BufferedBlt) GraphicsOutput->Blt = F.FirmwareBlt;
     FreeFrame();
-    if (!DrawableExtent(ScreenWidth, ScreenHeight)) return EFI_INVALID_PARAMETER;
+    // Frames waiting for another screen size are of no use any more.
+    if (F.ScreenW != ScreenWidth || F.ScreenH != ScreenHeight) DropPending();
+    auto fail = [](EFI_STATUS Status) {
+      // Still the guard when frames wait.
+      GraphicsOutput->Blt = Q.Count ? BufferedBlt : F.FirmwareBlt;
+      return Status;
+    };
+    if (!DrawableExtent(ScreenWidth, ScreenHeight)) return fail(EFI_INVALID_PARAMETER);
     const UINT64 pixels = frame.Width * frame.Height;
     F.Pixels = static_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(
         Quorvex_AllocatePool((pixels ? pixels : 1) * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL)));
-    if (!F.Pixels) return EFI_OUT_OF_RESOURCES;
+    if (!F.Pixels) return fail(EFI_OUT_OF_RESOURCES);
     F.ScreenW = ScreenWidth;
     F.ScreenH = ScreenHeight;
     F.X = frame.X;
@@ -414,13 +535,7 @@ EFI_STATUS Quorvex_DoubleBuffer_Start(UINT64 X, UINT64 Y, UINT64 Width, UINT64 H
 
 void Quorvex_DoubleBuffer_Flush() {
   if (!GraphicsOutput || !F.FirmwareBlt || F.Recording) return;
-  GraphicsOutput->Blt = F.FirmwareBlt;
-  ScreenRect area;
-  if (F.Pixels && FlushArea(&area)) {
-    WriteToScreen(area.X, area.Y, area.Width, area.Height);
-    Quorvex_ScreenLog_Touch(area.X, area.Y, area.Width, area.Height);
-  }
-  GraphicsOutput->Blt = BufferedBlt;
+  FlushFrame(false);
 }
 
 void Quorvex_DoubleBuffer_LoadScreen() {
@@ -429,71 +544,25 @@ void Quorvex_DoubleBuffer_LoadScreen() {
     return;
   F.FirmwareBlt(GraphicsOutput, F.Pixels, EfiBltVideoToBltBuffer, F.X, F.Y, 0, 0, F.Width, F.Height,
                 F.Width * sizeof *F.Pixels);
+  // The frames still waiting are part of what the screen shows.
+  for (UINT64 i = 0; i < Q.Count; ++i) OverlayPending(Q.Items[i]);
 }
 
 void Quorvex_DoubleBuffer_FlushChanged() {
-  if (!GraphicsOutput || !F.FirmwareBlt || F.Recording || !F.Pixels) return;
-  ScreenRect area;
-  if (!FlushArea(&area)) return;
-  GraphicsOutput->Blt = F.FirmwareBlt;
-  QUORVEX_POOL_ARRAY(EFI_GRAPHICS_OUTPUT_BLT_PIXEL, shown, area.Width);
-  // Rows of equal changed columns are written as one rectangle; a change
-  // of columns (or an unchanged row) closes it.
-  UINT64 openLeft = 0;
-  UINT64 openColumns = 0;
-  UINT64 openTop = 0;
-  UINT64 openRows = 0;
-  ScreenRect written = {0, 0, 0, 0};
-  auto write = [&](UINT64 Left, UINT64 Top, UINT64 Columns, UINT64 Rows) {
-    WriteToScreen(Left, Top, Columns, Rows);
-    written = Quorvex_Rect_Union(written, {Left, Top, Columns, Rows});
-  };
-  auto close = [&]() {
-    write(openLeft, openTop, openColumns, openRows);
-    openRows = 0;
-  };
-  for (UINT64 y = area.Y; y < area.Y + area.Height; ++y) {
-    const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* row = FrameAt(area.X, y);
-    const bool read =
-        shown && !EFI_ERROR(F.FirmwareBlt(GraphicsOutput, shown.get(), EfiBltVideoToBltBuffer,
-                                          area.X, y, 0, 0, area.Width, 1, 0));
-    // A row that cannot be read back is written whole.
-    ChangedRuns runs = {};
-    if (read) {
-      FindChangedRuns(row, shown.get(), area.Width, &runs);
-    } else {
-      runs = {{{0, area.Width}}, 1, false};
-    }
-    // Only a row of one run may continue the open rectangle.
-    const bool single = runs.Count == 1 && !runs.More;
-    if (openRows && !(single && openLeft == area.X + runs.Run[0].Start &&
-                      openColumns == runs.Run[0].End - runs.Run[0].Start)) {
-      close();
-    }
-    if (single) {
-      if (openRows) {
-        ++openRows;
-      } else {
-        openLeft = area.X + runs.Run[0].Start;
-        openColumns = runs.Run[0].End - runs.Run[0].Start;
-        openTop = y;
-        openRows = 1;
-      }
-      continue;
-    }
-    for (UINT64 i = 0; i < runs.Count; ++i)
-      write(area.X + runs.Run[i].Start, y, runs.Run[i].End - runs.Run[i].Start, 1);
-  }
-  if (openRows) close();
-  Quorvex_ScreenLog_Touch(written.X, written.Y, written.Width, written.Height);
-  GraphicsOutput->Blt = BufferedBlt;
+  if (!GraphicsOutput || !F.FirmwareBlt || F.Recording) return;
+  FlushFrame(true);
 }
 
 void Quorvex_DoubleBuffer_Stop() {
   if (!GraphicsOutput || F.Recording) return;
+  FreeFrame();
+  if (Q.Count) {
+    // The guard stays until the frames waiting are written.
+    if (F.FirmwareBlt) GraphicsOutput->Blt = BufferedBlt;
+    return;
+  }
   if (F.FirmwareBlt) GraphicsOutput->Blt = F.FirmwareBlt;
   F.FirmwareBlt = nullptr;
-  FreeFrame();
 }
 
 bool Quorvex_DoubleBuffer_Reaches(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
@@ -508,8 +577,11 @@ bool Quorvex_DoubleBuffer_Active() {
 }
 
 bool Quorvex_DoubleBuffer_StartRecording() {
-  if (!GraphicsOutput || GraphicsOutput->Blt == BufferedBlt || F.Recording) return false;
-  F.FirmwareBlt = GraphicsOutput->Blt;
+  if (!GraphicsOutput || F.Recording || F.Pixels) return false;
+  // Without frames waiting the Blt is the firmware's; with them it is
+  // already the guard.
+  if (GraphicsOutput->Blt != BufferedBlt) F.FirmwareBlt = GraphicsOutput->Blt;
+  if (!F.FirmwareBlt) return false;
   F.ScreenW = ScreenWidth;
   F.ScreenH = ScreenHeight;
   F.Recording = true;
@@ -520,13 +592,60 @@ bool Quorvex_DoubleBuffer_StartRecording() {
 void Quorvex_DoubleBuffer_StopRecording() {
   if (!F.Recording) return;
   F.Recording = false;
-  if (GraphicsOutput) GraphicsOutput->Blt = F.FirmwareBlt;
+  if (!GraphicsOutput) return;
+  if (Q.Count) return; // the guard stays
+  GraphicsOutput->Blt = F.FirmwareBlt;
   F.FirmwareBlt = nullptr;
 }
 
+void Quorvex_DoubleBuffer_SetDeferred(bool On) {
+  if (!On) Quorvex_DoubleBuffer_Present();
+  Q.Deferring = On;
+}
+
+bool Quorvex_DoubleBuffer_DeferDimmed(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Saved, UINT64 Width,
+                                      UINT64 Height) {
+  if (!Q.Deferring || !GraphicsOutput || !Saved || F.Pixels || F.Recording) return false;
+  if (Width != ScreenWidth || Height != ScreenHeight) return false;
+  if (GraphicsOutput->Blt != BufferedBlt) F.FirmwareBlt = GraphicsOutput->Blt;
+  if (!F.FirmwareBlt) return false;
+  if (Q.Count == kMaxPending) WritePending();
+  F.ScreenW = ScreenWidth;
+  F.ScreenH = ScreenHeight;
+  const ScreenRect screen = {0, 0, Width, Height};
+  Q.Items[Q.Count++] = {
+      {const_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(Saved), screen}, screen, false, true};
+  Quorvex_ScreenLog_Touch(0, 0, Width, Height);
+  GraphicsOutput->Blt = BufferedBlt;
+  return true;
+}
+
+void Quorvex_DoubleBuffer_Present() {
+  if (Q.Count == 0) return;
+  WritePending();
+  UninstallWhenIdle();
+}
+
 void Quorvex_DoubleBuffer_Reset() {
+  DropPending();
+  Q = {};
   if (GraphicsOutput && GraphicsOutput->Blt == BufferedBlt && F.FirmwareBlt)
     GraphicsOutput->Blt = F.FirmwareBlt;
   FreeFrame();
   F = {};
+}
+
+BufferedWindow::BufferedWindow(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height, UINT64 Margin)
+    : buffered_(false) {
+  const UINT64 left = X > Margin ? X - Margin : 0;
+  const UINT64 top = Y > Margin ? Y - Margin : 0;
+  buffered_ = !EFI_ERROR(Quorvex_DoubleBuffer_Start(left, top, Width + (X - left) + Margin,
+                                                    Height + (Y - top) + Margin));
+  if (buffered_) Quorvex_DoubleBuffer_LoadScreen();
+}
+
+BufferedWindow::~BufferedWindow() {
+  if (!buffered_) return;
+  Quorvex_DoubleBuffer_Flush();
+  Quorvex_DoubleBuffer_Stop();
 }

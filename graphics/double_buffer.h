@@ -28,7 +28,34 @@ void Quorvex_DoubleBuffer_LoadScreen();
 // row by row), in as few rectangles as the changes allow.
 void Quorvex_DoubleBuffer_FlushChanged();
 
+// Deferring on: a flushed frame waits (the buffered Blt guarding the screen)
+// until Present, or until something reads or writes the screen where it
+// lands. Off writes whatever waits.
+void Quorvex_DoubleBuffer_SetDeferred(bool On);
+// Writes every waiting frame, in the order flushed.
+void Quorvex_DoubleBuffer_Present();
+// While deferring (and not buffering), queues the screen Saved (Width x
+// Height, the whole screen) to be written dimmed, and returns true; Saved
+// must live until Present. False: the caller dims it itself.
+bool Quorvex_DoubleBuffer_DeferDimmed(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Saved, UINT64 Width,
+                                      UINT64 Height);
+
 // The buffered Blt without a frame, recording instead of drawing (used by
 // graphics/draw_record.cpp only).
 bool Quorvex_DoubleBuffer_StartRecording();
 void Quorvex_DoubleBuffer_StopRecording();
+
+// Composes a window's first drawing off screen, over what the screen shows
+// there (Margin pixels around the window included), so that the window
+// reaches the screen whole. Without a frame the drawing goes straight to
+// the screen.
+class BufferedWindow {
+public:
+  BufferedWindow(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height, UINT64 Margin);
+  ~BufferedWindow();
+  BufferedWindow(const BufferedWindow&) = delete;
+  BufferedWindow& operator=(const BufferedWindow&) = delete;
+
+private:
+  bool buffered_;
+};

@@ -49,6 +49,7 @@
 #include "host/sim_window.h"
 // The boot volume served from the output directory (screenshots).
 #include "host/fake_volume.h"
+#include "reference_platform/image_display.h"
 #include "reference_platform/reference_platform.h"
 #include "reference_platform/store.h"
 
@@ -129,6 +130,9 @@ void PrintUsage(std::FILE* Out) {
                  static_cast<unsigned long long>(fake::Pool().Allocations),
                  static_cast<unsigned long long>(fake::Pool().FailedAllocations));
   if (Args.Trace || Args.FailAllocGiven) {
+    // The platform's decoded pictures go first: which ones it holds depends
+    // on what the run drew, and only blocks nobody accounts for are leaks.
+    ImageDisplay_ClearCache();
     const fake::PoolStats pool = fake::Pool();
     std::fprintf(stderr, "quorvex-sim: %llu pool blocks outstanding (%llu bytes)\n",
                  static_cast<unsigned long long>(pool.OutstandingCount),

@@ -1,6 +1,7 @@
 // Reading keys from the console (through whatever wrappers sit on it).
 #include "input/keys.h"
 
+#include "graphics/double_buffer.h"
 #include "input/idle_wait.h"
 #include "platform/bindings.h"
 #include "setup_data/setup_data_wrappers.h"
@@ -8,6 +9,7 @@
 UINT16 HotKeyScanCode;
 
 void FlushKeys() {
+  Quorvex_DoubleBuffer_Present();
   EFI_INPUT_KEY key;
   while (!EFI_ERROR(SystemTable->ConIn->ReadKeyStroke(SystemTable->ConIn, &key))) {
   }
@@ -20,6 +22,8 @@ void Quorvex_LoadHotKey() {
 EFI_STATUS Quorvex_ReadKey(EFI_INPUT_KEY* Key) {
   Key->ScanCode = 0;
   Key->UnicodeChar = 0;
+  // What the last input drew reaches the screen before the next is read.
+  Quorvex_DoubleBuffer_Present();
   EFI_STATUS status = SystemTable->ConIn->ReadKeyStroke(SystemTable->ConIn, Key);
   if (EFI_ERROR(status)) {
     // Nothing to do this round: the loop's next round starts after a wait.

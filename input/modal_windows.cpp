@@ -1,9 +1,15 @@
 #include "input/modal_windows.h"
 
+#include "graphics/double_buffer.h"
 #include "graphics/modal_scope.h"
 #include "graphics/windows.h"
 #include "input/keys.h"
 #include "input/mouse.h"
+
+namespace {
+// What a window draws beyond its own rectangle (the buttons' margins).
+constexpr UINT64 kWindowMargin = 16;
+} // namespace
 
 EFI_STATUS Quorvex_Choice_Window(UINT64 Width, UINT64 Height, UINT64 LeftMargin, UINT64 TopMargin,
                                  const CHAR16* Message, const CHAR16* const* Captions,
@@ -18,9 +24,12 @@ EFI_STATUS Quorvex_Choice_Window(UINT64 Width, UINT64 Height, UINT64 LeftMargin,
   EFI_STATUS result = EFI_ABORTED;
   {
     ModalScope modal(&ChoiceWindowOpen);
-    Quorvex_ChoiceWindow_DrawFrame(window, Message, LeftMargin, TopMargin);
     UINT64 shown = ChoiceWindowChoice;
-    Quorvex_PopUp_Button_Row(window.X, window.Y, window.Width, window.Height, Captions, shown);
+    {
+      BufferedWindow buffered(window.X, window.Y, window.Width, window.Height, kWindowMargin);
+      Quorvex_ChoiceWindow_DrawFrame(window, Message, LeftMargin, TopMargin);
+      Quorvex_PopUp_Button_Row(window.X, window.Y, window.Width, window.Height, Captions, shown);
+    }
     // The press that opened the window must not count as a click on it.
     Quorvex_MouseDrain();
 
@@ -66,7 +75,11 @@ EFI_STATUS Quorvex_Choice_Window(UINT64 Width, UINT64 Height, UINT64 LeftMargin,
 EFI_STATUS Quorvex_GeneralHelp() {
   EFI_STATUS result = EFI_ABORTED;
   ModalScope modal(&GeneralHelpOpen);
-  Quorvex_GeneralHelp_DrawWindow();
+  {
+    const GeneralHelpGeometry g = Quorvex_GeneralHelp_Geometry();
+    BufferedWindow buffered(g.X, g.Y, g.Width, g.Height, kWindowMargin);
+    Quorvex_GeneralHelp_DrawWindow();
+  }
   // The press that opened the help must not count as a click in it.
   Quorvex_MouseDrain();
 

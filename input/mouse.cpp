@@ -10,6 +10,7 @@
 #include "platform/bindings.h"
 #include "platform/restart.h"
 #include "graphics/background.h"
+#include "graphics/double_buffer.h"
 #include "graphics/draw_util.h"
 #include "graphics/modal_scope.h"
 #include "graphics/windows.h"
@@ -332,6 +333,8 @@ EFI_STATUS Quorvex_MouseInit(UINT64 Argument1, UINT64 Argument2) {
 
 void Quorvex_MousePoll() {
   CheckRestart();
+  // What the last input drew reaches the screen before the next is read.
+  Quorvex_DoubleBuffer_Present();
 
   UINTN size = 0;
   BootServices->LocateHandle(ByProtocol, &kSimplePointerGuid, nullptr, &size, nullptr);
@@ -374,6 +377,7 @@ UINT64 Quorvex_Mouse_WaitEvents(EFI_EVENT* Events, UINT64 Capacity) {
 }
 
 void Quorvex_MouseDrain() {
+  Quorvex_DoubleBuffer_Present();
   for (UINT64 i = 0; i < Pointer.MouseCount; ++i) {
     EFI_SIMPLE_POINTER_STATE state;
     for (UINT64 reads = 0; reads < kMaxDrainReads; ++reads) {

@@ -2,6 +2,7 @@
 // F10 and Esc: leaving with or without saving, loading the defaults and the
 // battery service action. Leaving itself is the setup data service's
 // business; nothing here runs after a leave operation that does not return.
+#include "graphics/double_buffer.h"
 #include "input/keys.h"
 #include "setup_data/page_state.h"
 #include "platform/bindings.h"
@@ -62,11 +63,13 @@ void Quorvex_ExitSavingChanges() {
   if (!Quorvex_ConfirmYesNo(TextOf(TEXT(ExitSavingChanges)))) return;
   Quorvex_StoreAllPages();
   if (StayAfterRefusal()) return;
+  Quorvex_DoubleBuffer_Present();
   SetupData_save_and_leave();
 }
 
 void Quorvex_ExitDiscardingChanges() {
   if (!Quorvex_ConfirmYesNo(TextOf(TEXT(ExitDiscardingChanges)))) return;
+  Quorvex_DoubleBuffer_Present();
   SetupData_leave_without_saving(EFI_ABORTED);
 }
 
@@ -88,6 +91,7 @@ void Quorvex_DisableBatteryAndPowerOff() {
   if (!BatteryMayBeDisabled()) return;
   Quorvex_StoreAllPages();
   if (StayAfterRefusal()) return;
+  Quorvex_DoubleBuffer_Present();
   SetupData_save_battery_off_and_power_off();
 }
 

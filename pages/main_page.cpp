@@ -59,11 +59,20 @@ void BuildLanguageList() {
   if (row.Data >= count) row.Data = count - 1;
 }
 
-// Redraws everything that shows text in the new language.
-void RedrawInNewLanguage() {
-  Quorvex_RestoreUnderCursor();
-  Quorvex_BackGround_Left();
-  Quorvex_UpdateMouse();
+// Redraws everything that shows text in the new language. Of the left band
+// only the lower logo differs between languages (the tabs put their own
+// band pixels back under their captions).
+void RedrawInNewLanguage(UINT64 Before) {
+  const bool logo = (Before == 2) != (Language == 2);
+  if (logo || !Quorvex_Tabs_BandSaved()) {
+    Quorvex_RestoreUnderCursor();
+    if (Quorvex_Tabs_BandSaved()) {
+      Quorvex_BackGround_LowerLogo();
+    } else {
+      Quorvex_BackGround_Left();
+    }
+    Quorvex_UpdateMouse();
+  }
   Quorvex_Page_FocusedDraw(kMainPageView);
   for (UINT32 tab = kTabMain + 1; tab < kTabCount; ++tab)
     Quorvex_PageTable_TabRow(tab).NotSelectedDraw();
@@ -170,12 +179,14 @@ void Quorvex_MainPage_EditDate(SetupItem*) {
 
 void Quorvex_MainPage_ChooseLanguage(SetupItem*) {
   SetupItem& row = LanguageRow();
-  Quorvex_Page_DropDown(kMainPageView, row);
+  // The closed list is drawn once, in the chosen language, by the redraw.
+  Quorvex_Page_DropDown(kMainPageView, row, false);
+  const UINT64 before = Language;
   UINT64 chosen = Language;
   if (Quorvex_IndexToLanguage(row.Data, JapaneseAvailable, FrenchAvailable, &chosen)) {
     Language = chosen;
   }
-  if (PageState == kStateMainPage) RedrawInNewLanguage();
+  if (PageState == kStateMainPage) RedrawInNewLanguage(before);
 }
 
 // ---- Page routines ------------------------------------------------------------------

@@ -99,6 +99,12 @@ void Quorvex_Tab_Draw(UINT32 Tab, TabLook Look) {
                      info.CaptionWidth, kCaptionHeight);
 }
 
+bool Quorvex_Tabs_BandSaved() {
+  for (const SavedTab& saved : SavedTabs)
+    if (saved.Pixels == nullptr || saved.Width != TabWidth) return false;
+  return true;
+}
+
 void Quorvex_Tabs_Reset() {
   for (SavedTab& saved : SavedTabs) saved = {};
 }
@@ -115,19 +121,22 @@ void Quorvex_Page_DrawList(const PageView& View, bool Focused) {
   Quorvex_Draw_Item_List(View.Items, *View.Count, Focused ? 1 : 0);
 }
 
+// The tab's look is drawn last: the list and the help box compose first,
+// and the tab (in the left band, apart from both) is quick to draw, so that
+// everything lands on the screen together.
 void Quorvex_Page_HighlightedDraw(const PageView& View) {
-  Quorvex_Tab_Draw(View.Tab, TabLook::Highlighted);
   if (View.BeforeDraw != nullptr) View.BeforeDraw();
   FixFocus(View.Items, *View.Count);
   Quorvex_Draw_Item_List(View.Items, *View.Count, 0);
   Quorvex_ItemHelp_Draw(u"");
+  Quorvex_Tab_Draw(View.Tab, TabLook::Highlighted);
 }
 
 void Quorvex_Page_FocusedDraw(const PageView& View) {
   // Entering the items shows the focused row.
   Quorvex_Item_ShowFocusedPage();
-  Quorvex_Tab_Draw(View.Tab, TabLook::PageFocus);
   Quorvex_Page_DrawList(View, true);
+  Quorvex_Tab_Draw(View.Tab, TabLook::PageFocus);
 }
 
 void Quorvex_Page_RedrawScreen(const PageView& View) {
@@ -276,7 +285,7 @@ UINT64 Quorvex_OptionCount(const CHAR16* const* Options) {
 
 UINT64 DropDownSavedValue;
 
-bool Quorvex_Page_DropDown(const PageView& View, SetupItem& Item) {
+bool Quorvex_Page_DropDown(const PageView& View, SetupItem& Item, bool RedrawOnClose) {
   const UINT64 options = Quorvex_OptionCount(Item.Options);
   if (Item.Kind != ItemDropDown || options == 0 || Item.GreyedOut != 0) return false;
   DropDownSavedValue = Item.Data;
@@ -313,7 +322,7 @@ bool Quorvex_Page_DropDown(const PageView& View, SetupItem& Item) {
     }
   }
   SetItemState(Item, 0);
-  if (PageState == View.InsideState) Quorvex_Page_DrawList(View, true);
+  if (RedrawOnClose && PageState == View.InsideState) Quorvex_Page_DrawList(View, true);
   return kept;
 }
 

@@ -25,6 +25,9 @@ void Quorvex_Tab_Draw(UINT32 Tab, TabLook Look);
 // Host tests: forget the saved tab pixels (the firmware that held them is
 // gone; nothing is freed).
 void Quorvex_Tabs_Reset();
+// True when every tab's band pixels are saved, so that a tab drawn not
+// selected needs nothing of the band drawn under it again.
+bool Quorvex_Tabs_BandSaved();
 
 // A restart can abandon a modal dialog half way: forget its state.
 void Quorvex_Pages_ForgetModalState();
@@ -133,7 +136,8 @@ UINT64 Quorvex_OptionCount(const CHAR16* const* Options);
 // Opens the drop-down list of a kind-4 row and runs it: Up/Down change the
 // index (no wrap), Enter keeps it, Esc restores the index held at opening,
 // F1/F9/F10 as on the page. Returns true when the index was kept.
-bool Quorvex_Page_DropDown(const PageView& View, SetupItem& Item);
+// RedrawOnClose false leaves the closed list to the caller's own redraw.
+bool Quorvex_Page_DropDown(const PageView& View, SetupItem& Item, bool RedrawOnClose = true);
 // The index the open drop-down list had when it opened (Esc and a click off
 // its options go back to it).
 extern UINT64 DropDownSavedValue;

@@ -3,16 +3,22 @@
 #include "platform/lib.h"
 #include "reference_platform/image_decode.h"
 #include "reference_platform/platform_context.h"
-#include "reference_platform/store.h"
 
 namespace {
 
-constexpr UINTN kCacheEntries = 8;
+// Room for every picture the utility draws (the band, the logos, the marks,
+// the switches and the boot class pictures), so that no page's drawing
+// decodes a picture again.
+constexpr UINTN kCacheEntries = 24;
+// A decoded picture larger than this (the left band) is drawn and let go:
+// it is drawn rarely, and held it would sit in the pool beside every saved
+// screen and frame.
+constexpr UINT64 kKeptPictureBytes = 256 * 1024;
 
 struct CacheEntry {
   const void* Data;
   UINT64 Size;
-  UINT32 Checksum;
+  UINT64 Checksum;
   UINT64 LastUse;
   DecodedImage Image;
 };
@@ -26,10 +32,27 @@ struct DecodeCache {
 };
 constinit DecodeCache gCache = {};
 
+// A checksum of the picture's bytes, eight at a time (FNV-1a over words):
+// it catches a changed picture at the same address, at a fraction of a
+// CRC's cost, on every drawing.
+UINT64 PictureChecksum(const void* Data, UINT64 Size) {
+  const UINT8* bytes = static_cast<const UINT8*>(Data);
+  constexpr UINT64 kPrime = 0x100000001B3ull;
+  UINT64 h = 0xCBF29CE484222325ull ^ Size;
+  UINT64 i = 0;
+  for (; i + 8 <= Size; i += 8) {
+    UINT64 word;
+    __builtin_memcpy(&word, bytes + i, sizeof word);
+    h = (h ^ word) * kPrime;
+  }
+  for (; i < Size; ++i) h = (h ^ bytes[i]) * kPrime;
+  return h;
+}
+
 // The picture decoded, from the cache or freshly. A changed picture at the
 // same address is caught by its checksum.
 EFI_STATUS Decoded(const void* Data, UINT64 Size, const DecodedImage** Image) {
-  const UINT32 checksum = Store_Crc32(Data, Size);
+  const UINT64 checksum = PictureChecksum(Data, Size);
   CacheEntry* victim = &gCache.Entries[0];
   for (CacheEntry& entry : gCache.Entries) {
     if (entry.Image.Pixels && entry.Data == Data && entry.Size == Size &&
@@ -58,6 +81,30 @@ EFI_STATUS Decoded(const void* Data, UINT64 Size, const DecodedImage** Image) {
   return EFI_SUCCESS;
 }
 
+// Lets the cache entry holding Image go.
+void Forget(const DecodedImage* Image) {
+  for (CacheEntry& entry : gCache.Entries)
+    if (&entry.Image == Image) ImageDecode_Release(&entry.Image);
+}
+
+// Lets a decoded picture larger than kKeptPictureBytes go when the drawing
+// ends, however it ends.
+class LargePictureRelease {
+public:
+  explicit LargePictureRelease(const DecodedImage* Image) : image_(Image) {}
+  ~LargePictureRelease() {
+    if (static_cast<UINT64>(image_->Width) * image_->Height *
+            sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL) >
+        kKeptPictureBytes)
+      Forget(image_);
+  }
+  LargePictureRelease(const LargePictureRelease&) = delete;
+  LargePictureRelease& operator=(const LargePictureRelease&) = delete;
+
+private:
+  const DecodedImage* image_;
+};
+
 EFI_GRAPHICS_OUTPUT_PROTOCOL* LocateGop() {
   if (!PlatformBootServices || !PlatformBootServices->LocateProtocol) return nullptr;
   void* interface = nullptr;
@@ -66,8 +113,11 @@ EFI_GRAPHICS_OUTPUT_PROTOCOL* LocateGop() {
   return static_cast<EFI_GRAPHICS_OUTPUT_PROTOCOL*>(interface);
 }
 
+// (Source × Alpha + Backdrop × (255 − Alpha)) ÷ 255, truncated: for sums up
+// to 255 × 255 the shifts give exactly the quotient.
 UINT32 Blend(UINT32 Source, UINT32 Backdrop, UINT32 Alpha) {
-  return (Source * Alpha + Backdrop * (255 - Alpha)) / 255;
+  const UINT32 sum = Source * Alpha + Backdrop * (255 - Alpha);
+  return (sum + 1 + (sum >> 8)) >> 8;
 }
 
 EFI_STATUS Draw(const void* Data, UINT64 Size, UINT64 X, UINT64 Y, ImageFormat Format) {
@@ -79,6 +129,7 @@ EFI_STATUS Draw(const void* Data, UINT64 Size, UINT64 X, UINT64 Y, ImageFormat F
   const DecodedImage* image = nullptr;
   const EFI_STATUS decoded = Decoded(Data, Size, &image);
   if (EFI_ERROR(decoded)) return decoded;
+  LargePictureRelease release(image);
 
   const UINT64 screen_width = gop->Mode->Info->HorizontalResolution;
   const UINT64 screen_height = gop->Mode->Info->VerticalResolution;
@@ -111,6 +162,13 @@ EFI_STATUS Draw(const void* Data, UINT64 Size, UINT64 X, UINT64 Y, ImageFormat F
       const EFI_GRAPHICS_OUTPUT_BLT_PIXEL s = source[column];
       EFI_GRAPHICS_OUTPUT_BLT_PIXEL& d = target[column];
       const UINT32 alpha = s.Reserved;
+      // Wholly clear and wholly opaque pixels need no blending (the
+      // formula gives the backdrop and the source exactly).
+      if (alpha == 0) continue;
+      if (alpha == 255) {
+        d = {s.Blue, s.Green, s.Red, d.Reserved};
+        continue;
+      }
       d.Blue = static_cast<UINT8>(Blend(s.Blue, d.Blue, alpha));
       d.Green = static_cast<UINT8>(Blend(s.Green, d.Green, alpha));
       d.Red = static_cast<UINT8>(Blend(s.Red, d.Red, alpha));

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "graphics/double_buffer.h"
+#include "graphics/graphics_internal.h"
 #include "graphics_test_support.h"
 
 namespace {
@@ -165,6 +166,55 @@ TEST_F(DoubleBufferTest, WithoutGopOrMemoryDrawingStaysDirect) {
   ASSERT_EQ(Quorvex_DoubleBuffer_Start(0, 0, 20, 20), EFI_SUCCESS);
   Quorvex_DoubleBuffer_Stop();
   EXPECT_EQ(gop->Blt, firmware);
+}
+
+TEST_F(DoubleBufferTest, DeferredFramesWaitUntilPresentOrUntilTheirPlaceIsTouched) {
+  const auto firmware = GraphicsOutput->Blt;
+  Paint(0, 0, 300, 300, 0x111111);
+  Quorvex_DoubleBuffer_SetDeferred(true);
+  ASSERT_EQ(Quorvex_DoubleBuffer_Start(100, 100, 50, 40), EFI_SUCCESS);
+  ASSERT_EQ(Fill(0, 0, ScreenWidth, ScreenHeight, 0xC00000), EFI_SUCCESS);
+  Quorvex_DoubleBuffer_Flush();
+  Quorvex_DoubleBuffer_Stop();
+  EXPECT_EQ(At(120, 120), 0x111111u) << "a flushed frame waits";
+  EXPECT_NE(GraphicsOutput->Blt, firmware) << "the guard stays while a frame waits";
+
+  // Elsewhere the screen is drawn at once, and the frame still waits.
+  ASSERT_EQ(Fill(0, 0, 4, 4, 0x0000FF), EFI_SUCCESS);
+  EXPECT_EQ(At(0, 0), 0x0000FFu);
+  EXPECT_EQ(At(120, 120), 0x111111u);
+
+  // A frame loaded from the screen sees the waiting one: (145, 96) lies in
+  // both, (155, 96) only in the new one.
+  ASSERT_EQ(Quorvex_DoubleBuffer_Start(140, 95, 20, 10), EFI_SUCCESS);
+  Quorvex_DoubleBuffer_LoadScreen();
+  Quorvex_DoubleBuffer_FlushChanged();
+  Quorvex_DoubleBuffer_Stop();
+  EXPECT_EQ(At(145, 100), 0x111111u);
+
+  // Drawing where a frame waits writes the waiting frames first, in order.
+  ASSERT_EQ(Fill(149, 139, 1, 1, 0x00FF00), EFI_SUCCESS);
+  EXPECT_EQ(At(149, 139), 0x00FF00u);
+  EXPECT_TRUE(Uniform(100, 100, 49, 39, 0xC00000));
+  EXPECT_EQ(At(145, 100), 0xC00000u);
+  EXPECT_EQ(At(155, 96), 0x111111u);
+  EXPECT_EQ(GraphicsOutput->Blt, firmware) << "nothing waits: the firmware's routine is back";
+
+  // Present writes what waits; a reset drops it unwritten.
+  ASSERT_EQ(Quorvex_DoubleBuffer_Start(10, 10, 5, 5), EFI_SUCCESS);
+  ASSERT_EQ(Fill(10, 10, 5, 5, 0xFFFFFF), EFI_SUCCESS);
+  Quorvex_DoubleBuffer_Flush();
+  Quorvex_DoubleBuffer_Stop();
+  EXPECT_EQ(At(12, 12), 0x111111u);
+  Quorvex_DoubleBuffer_Present();
+  EXPECT_EQ(At(12, 12), 0xFFFFFFu);
+  ASSERT_EQ(Quorvex_DoubleBuffer_Start(20, 20, 5, 5), EFI_SUCCESS);
+  ASSERT_EQ(Fill(20, 20, 5, 5, 0xFFFFFF), EFI_SUCCESS);
+  Quorvex_DoubleBuffer_Flush();
+  Quorvex_DoubleBuffer_Stop();
+  Quorvex_DoubleBuffer_Reset();
+  EXPECT_EQ(At(22, 22), 0x111111u);
+  EXPECT_EQ(GraphicsOutput->Blt, firmware);
 }
 
 } // namespace
