@@ -62,9 +62,12 @@ struct PendingQueue {
 };
 constinit PendingQueue Q = {};
 
-bool Touches(const ScreenRect& R) {
+// True when R meets a waiting frame (FramesOnly: one holding pixels of its
+// own, not the dimmed screen).
+bool Touches(const ScreenRect& R, bool FramesOnly = false) {
   for (UINT64 i = 0; i < Q.Count; ++i)
-    if (Quorvex_Rect_Intersects(R, Q.Items[i].Frame.Rect)) return true;
+    if (!(FramesOnly && Q.Items[i].Dimmed) && Quorvex_Rect_Intersects(R, Q.Items[i].Frame.Rect))
+      return true;
   return false;
 }
 
@@ -502,8 +505,16 @@ EFI_STATUS Quorvex_DoubleBuffer_StartFramed(UINT64 FrameX, UINT64 FrameY, UINT64
                     F.Height == frame.Height;
   if (!same) {
     FreeFrame();
-    // Frames waiting for another screen size are of no use any more.
-    if (F.ScreenW != ScreenWidth || F.ScreenH != ScreenHeight) DropPending();
+    // Frames waiting for another screen size are of no use any more. A
+    // frame waiting where the new one lies goes out first: its pixels are
+    // not held twice, and a look drawn twice in one input (a key pressed,
+    // then released) is seen. The dimmed screen may stay: it holds no
+    // pixels of its own, and the frame loads it when it loads the screen.
+    if (F.ScreenW != ScreenWidth || F.ScreenH != ScreenHeight) {
+      DropPending();
+    } else if (Touches(frame, true)) {
+      WritePending();
+    }
     auto fail = [](EFI_STATUS Status) {
       // Still the guard when frames wait.
       GraphicsOutput->Blt = Q.Count ? BufferedBlt : F.FirmwareBlt;

@@ -128,7 +128,9 @@ void Quorvex_Page_HighlightedDraw(const PageView& View) {
   if (View.BeforeDraw != nullptr) View.BeforeDraw();
   FixFocus(View.Items, *View.Count);
   Quorvex_Draw_Item_List(View.Items, *View.Count, 0);
-  Quorvex_ItemHelp_Draw(u"");
+  // The Main page's list region holds the help column and has just drawn
+  // its empty help box.
+  if (View.Tab != kTabMain) Quorvex_ItemHelp_Draw(u"");
   Quorvex_Tab_Draw(View.Tab, TabLook::Highlighted);
 }
 
