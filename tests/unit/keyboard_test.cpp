@@ -2,39 +2,13 @@
 // key-code instances (PS/2 0x56 dropped, rescanned on hot plug).
 #include <gtest/gtest.h>
 
-#include <deque>
-#include <vector>
-
 #include "input/keyboard.h"
 #include "core/startup.h"
 #include "host/fake_firmware_fixture.h"
 #include "platform/lib.h"
+#include "tests/unit/key_code_fake.h"
 
 namespace {
-
-// An extended key-code instance with its own queue of key records.
-struct FakeKeyCodes {
-  ExtendedKeyCodeProtocol Protocol;
-  std::deque<ExtendedKeyData> Keys;
-  int Reads = 0;
-};
-
-EFI_STATUS EFIAPI ReadFake(ExtendedKeyCodeProtocol* This, ExtendedKeyData* Data) {
-  auto* self = reinterpret_cast<FakeKeyCodes*>(This);
-  ++self->Reads;
-  if (self->Keys.empty()) return EFI_NOT_READY;
-  *Data = self->Keys.front();
-  self->Keys.pop_front();
-  return EFI_SUCCESS;
-}
-
-ExtendedKeyData KeyData(UINT16 Scan, CHAR16 Char, UINT8 Ps2) {
-  ExtendedKeyData data = {};
-  data.Key.ScanCode = Scan;
-  data.Key.UnicodeChar = Char;
-  data.Ps2ScanCode = Ps2;
-  return data;
-}
 
 class KeyboardTest : public FakeFirmwareTest {
 protected:
@@ -57,8 +31,6 @@ protected:
   }
 
   EFI_HANDLE Plug(FakeKeyCodes* Instance) {
-    Instance->Protocol.Reset = nullptr;
-    Instance->Protocol.ReadKeyData = ReadFake;
     EFI_HANDLE handle = nullptr;
     EXPECT_EQ(BootServices()->InstallProtocolInterface(&handle, &kExtendedKeyCodeGuid,
                                                        EFI_NATIVE_INTERFACE, &Instance->Protocol),

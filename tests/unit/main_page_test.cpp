@@ -5,7 +5,6 @@
 #include <string>
 
 #include "pages/clock_editor.h"
-#include "pages/clock_error.h"
 #include "tests/unit/session_support.h"
 
 namespace {
@@ -115,24 +114,6 @@ TEST_F(MainPageTest, CancelLeavesTheClockAndAcceptSetsIt) {
   EXPECT_EQ(fake::Clock().Hour, start.Hour + 1);
   EXPECT_EQ(fake::Clock().Minute, start.Minute == 0 ? 0 : start.Minute - 1);
   EXPECT_EQ(std::u16string(MainTimeValue).substr(0, 2), u"10");
-}
-
-TEST_F(MainPageTest, RefusedTimeIsReportedAndTheClockKeepsItsTime) {
-  const EFI_TIME start = fake::Clock();
-  fake::RefuseSetTime(EFI_DEVICE_ERROR);
-  UINT32 page = 0, window = 0;
-  Run({kRight, kEnter, Char(u'+'), kEnter, kEnter}, [&](size_t Round) {
-    if (Round == 1) page = fake::PixelAt(512, 384);
-    if (Round != 4) return;
-    EXPECT_EQ(ClockErrorOpen, 1) << "the error window is up after Ok";
-    window = fake::PixelAt(512, 384);
-  });
-  EXPECT_NE(window, page);
-  EXPECT_EQ(fake::PixelAt(512, 384), page) << "the page comes back";
-  EXPECT_EQ(ClockErrorOpen, 0) << "Enter closes it";
-  EXPECT_EQ(fake::Clock().Hour, start.Hour);
-  EXPECT_EQ(std::u16string(MainTimeValue).substr(0, 2), u"09") << "the old time is shown";
-  EXPECT_EQ(States.back(), kStateMainPage);
 }
 
 TEST_F(MainPageTest, ClockThatMustBeSetStartsAtTheMinimumYearAndStaysEditable) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "tests/unit/session_support.h"
 
@@ -37,10 +38,9 @@ TEST(ExternalPorts, AbsentPortsAreDroppedAndTheRestMovedUp) {
                      ExternalPortDisplayPort};
   const UINT8 present[4] = {0, 1, 0, 1};
   ASSERT_TRUE(Quorvex_SysConfig_CompactPorts(codes, present));
-  EXPECT_EQ(codes[0], ExternalPortHdmi);
-  EXPECT_EQ(codes[1], ExternalPortDisplayPort);
-  EXPECT_EQ(codes[2], ExternalPortNone);
-  EXPECT_EQ(codes[3], ExternalPortNone);
+  EXPECT_EQ(std::vector<UINT32>(codes, codes + 4),
+            (std::vector<UINT32>{ExternalPortHdmi, ExternalPortDisplayPort, ExternalPortNone,
+                                 ExternalPortNone}));
   const CHAR16* options[kSysConfigExternalDisplaySlots] = {};
   EXPECT_EQ(Quorvex_SysConfig_PortOptions(codes, options), 2u);
   EXPECT_EQ(options[0], SysConfigPortTypeTexts[ExternalPortHdmi]);
@@ -55,38 +55,27 @@ TEST(ExternalPorts, AbsentPortsAreDroppedAndTheRestMovedUp) {
   EXPECT_EQ(Quorvex_SysConfig_PortOptions(odd, options), 1u);
 }
 
-TEST(BootOrderPacking, PacksFourBitsPerPosition) {
-  UINT64 order[4] = {};
-  Quorvex_BootOrder_Unpack(0x4321, 4, order);
-  EXPECT_EQ(order[0], 0u);
-  EXPECT_EQ(order[3], 3u);
+// The class order shown for a packed order: Count positions.
+std::vector<UINT64> Unpacked(UINT64 Packed, UINT64 Count) {
+  std::vector<UINT64> order(Count, 9);
+  Quorvex_BootOrder_Unpack(Packed, Count, order.data());
+  return order;
+}
+
+TEST(BootOrderPacking, PacksFourBitsPerPositionAndBrokenOrdersStillNameEveryClassOnce) {
+  using V = std::vector<UINT64>;
+  EXPECT_EQ(Unpacked(0x4321, 4), (V{0, 1, 2, 3}));
   const UINT64 swapped[4] = {1, 0, 2, 3};
   EXPECT_EQ(Quorvex_BootOrder_Pack(0x4321, 4, swapped), 0x4312u);
   // Two shown positions: the others' nibbles are kept as they were.
   const UINT64 two[2] = {2, 0};
   EXPECT_EQ(Quorvex_BootOrder_Pack(0x4321, 2, two), 0x4313u);
-}
 
-TEST(BootOrderPacking, BrokenOrdersStillNameEveryClassOnce) {
-  UINT64 order[4] = {9, 9, 9, 9};
-  Quorvex_BootOrder_Unpack(0, 4, order); // empty: class order
-  EXPECT_EQ(order[0], 0u);
-  EXPECT_EQ(order[1], 1u);
-  // A zero first nibble empties the order whatever follows.
-  Quorvex_BootOrder_Unpack(0x4320, 4, order);
-  for (UINT64 i = 0; i < 4; ++i) EXPECT_EQ(order[i], i);
-  Quorvex_BootOrder_Unpack(0x4320, 2, order);
-  EXPECT_EQ(order[0], 0u);
-  EXPECT_EQ(order[1], 1u);
-  Quorvex_BootOrder_Unpack(0x1133, 4, order); // a repeated class ends the list
-  EXPECT_EQ(order[0], 2u);
-  EXPECT_EQ(order[1], 0u);
-  EXPECT_EQ(order[2], 1u);
-  EXPECT_EQ(order[3], 3u);
-  Quorvex_BootOrder_Unpack(0x0F2, 3, order); // nibble 15 names no class
-  EXPECT_EQ(order[0], 1u);
-  EXPECT_EQ(order[1], 0u);
-  EXPECT_EQ(order[2], 2u);
+  EXPECT_EQ(Unpacked(0, 4), (V{0, 1, 2, 3})) << "empty: class order";
+  EXPECT_EQ(Unpacked(0x4320, 4), (V{0, 1, 2, 3})) << "a zero first nibble empties the order";
+  EXPECT_EQ(Unpacked(0x4320, 2), (V{0, 1}));
+  EXPECT_EQ(Unpacked(0x1133, 4), (V{2, 0, 1, 3})) << "a repeated class ends the list";
+  EXPECT_EQ(Unpacked(0x0F2, 3), (V{1, 0, 2})) << "nibble 15 names no class";
 }
 
 class PageRulesTest : public SessionTest {};

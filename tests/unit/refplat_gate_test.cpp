@@ -1,7 +1,8 @@
 // The password gate: who is asked, which answer opens what, the tries and
-// the power-off, over-long input, the touch keyboard and the once-per-boot
-// power-on question. Input reaches the gate the way the simulator's script
-// does: one step each time the gate finds nothing to read.
+// the power-off, over-long input and the once-per-boot power-on question (the
+// touch keyboard alone is run by a gate scenario). Input reaches the gate the
+// way the simulator's script does: one step each time the gate finds nothing
+// to read.
 #include <functional>
 
 #include "reference_platform/gate.h"
@@ -103,18 +104,6 @@ TEST_F(RefPlatGateTest, OverLongInputStopsAtTheMaximumAndBackspaceEdits) {
   EXPECT_EQ(Gate_Run(GatePurposeSetup), GateOutcomeSupervisor);
   Answer(u"abX\bcd");
   EXPECT_EQ(Gate_Run(GatePurposeSetup), GateOutcomeSupervisor);
-}
-
-TEST_F(RefPlatGateTest, TheTouchKeyboardAloneCanAnswer) {
-  ASSERT_TRUE(Password_Set(PasswordUser, u"a1"));
-  // 1024x768: 'a' (row 3, column 0), '1' (row 1, column 0), Enter (row 5,
-  // column 10), each tapped at its centre.
-  Steps().push_back([] { fake::TouchAt(291, 520); });
-  Steps().push_back([] { fake::TouchAt(291, 406); });
-  Steps().push_back([] { fake::TouchAt(711, 634); });
-  EXPECT_EQ(Gate_Run(GatePurposeSetup), GateOutcomeUser);
-  // Only a user password: full access.
-  EXPECT_EQ(Store_Get(kSetting_supervisor_access), 1u);
 }
 
 TEST_F(RefPlatGateTest, PowerOnIsAskedOncePerBoot) {

@@ -74,21 +74,7 @@ bool Blank(CHAR16 C) {
 }
 
 std::string Utf8(const CHAR16* Text) {
-  std::string out;
-  for (; Text && *Text; ++Text) {
-    const UINT32 c = *Text;
-    if (c < 0x80) {
-      out += static_cast<char>(c);
-    } else if (c < 0x800) {
-      out += static_cast<char>(0xC0 | (c >> 6));
-      out += static_cast<char>(0x80 | (c & 0x3F));
-    } else {
-      out += static_cast<char>(0xE0 | (c >> 12));
-      out += static_cast<char>(0x80 | ((c >> 6) & 0x3F));
-      out += static_cast<char>(0x80 | (c & 0x3F));
-    }
-  }
-  return out;
+  return fake::Utf16ToUtf8(Text);
 }
 
 std::string Show(const std::vector<Glyph>& Line) {

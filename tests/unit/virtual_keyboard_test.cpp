@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <deque>
 #include <functional>
 #include <string>
 #include <vector>
@@ -11,6 +10,7 @@
 #include "input/virtual_keyboard.h"
 #include "pages/password_dialog.h"
 #include "setup_data/setup_data_wrappers.h"
+#include "tests/unit/key_code_fake.h"
 #include "tests/unit/session_support.h"
 
 namespace {
@@ -75,27 +75,6 @@ EFI_STATUS EFIAPI SecondRead(EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL*, EFI_KEY_DATA*) 
 EFI_STATUS EFIAPI SecondSetState(EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL*, UINT8* State) {
   gSecond->States.push_back(*State);
   return EFI_SUCCESS;
-}
-
-// An extended key-code instance that hands out a scripted list of keys.
-struct ScriptedKeyCodes {
-  ExtendedKeyCodeProtocol Protocol;
-  std::deque<ExtendedKeyData> Keys;
-};
-ScriptedKeyCodes* gScripted = nullptr;
-
-EFI_STATUS EFIAPI ScriptedRead(ExtendedKeyCodeProtocol*, ExtendedKeyData* Data) {
-  if (gScripted->Keys.empty()) return EFI_NOT_READY;
-  *Data = gScripted->Keys.front();
-  gScripted->Keys.pop_front();
-  return EFI_SUCCESS;
-}
-
-ExtendedKeyData KeyCode(UINT16 Scan, CHAR16 Char, UINT8 Ps2) {
-  ExtendedKeyData data = {};
-  data.Key = {Scan, Char};
-  data.Ps2ScanCode = Ps2;
-  return data;
 }
 
 class VirtualKeyboardTest : public SessionTest {
@@ -241,9 +220,7 @@ TEST_F(VirtualKeyboardTest, CapsStateAndLightsStayInStep) {
 // dropped and Caps Lock (0x3A) only toggles the Caps key.
 TEST_F(VirtualKeyboardTest, ExtendedKeySourceDropsAndTogglesByPs2Code) {
   Settings["key_source_mode"] = 2;
-  ScriptedKeyCodes scripted = {};
-  scripted.Protocol.ReadKeyData = ScriptedRead;
-  gScripted = &scripted;
+  FakeKeyCodes scripted;
   EFI_HANDLE handle = nullptr;
   // Plugged in before the field opens (the lists are taken at its start);
   // keys are given once each field is open (the confirmation flushes).
@@ -257,12 +234,12 @@ TEST_F(VirtualKeyboardTest, ExtendedKeySourceDropsAndTogglesByPs2Code) {
           fake::PushKey(0, CHAR_CARRIAGE_RETURN);
         },
         [&] {
-          scripted.Keys = {KeyCode(0, u'x', 0x56), KeyCode(0, 0, 0x3A), KeyCode(0, u'k', 0x25),
-                           KeyCode(0, CHAR_CARRIAGE_RETURN, 0x1C)};
+          scripted.Keys = {KeyData(0, u'x', 0x56), KeyData(0, 0, 0x3A), KeyData(0, u'k', 0x25),
+                           KeyData(0, CHAR_CARRIAGE_RETURN, 0x1C)};
         },
         idle, idle,
         [&] {
-          scripted.Keys = {KeyCode(0, u'k', 0x25), KeyCode(0, CHAR_CARRIAGE_RETURN, 0x1C)};
+          scripted.Keys = {KeyData(0, u'k', 0x25), KeyData(0, CHAR_CARRIAGE_RETURN, 0x1C)};
         },
         idle, idle}}));
   EXPECT_TRUE(scripted.Keys.empty());
@@ -270,7 +247,6 @@ TEST_F(VirtualKeyboardTest, ExtendedKeySourceDropsAndTogglesByPs2Code) {
   EXPECT_NE(std::find(states.begin(), states.end(), kLedsCapsOn), states.end()) << "Caps Lock";
   EXPECT_TRUE(Verifies(u"k"));
   BootServices()->UninstallProtocolInterface(handle, &kExtendedKeyCodeGuid, &scripted.Protocol);
-  gScripted = nullptr;
 }
 
 TEST_F(VirtualKeyboardTest, RestartInsideThePasswordFieldLeavesNothingBehind) {
