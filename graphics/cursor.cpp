@@ -79,6 +79,10 @@ bool Quorvex_PointInRect(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
   return X <= x && x < X + Width && Y <= y && y < Y + Height;
 }
 
+bool Quorvex_PointInRect(const ScreenRect& Rect) {
+  return Quorvex_PointInRect(Rect.X, Rect.Y, Rect.Width, Rect.Height);
+}
+
 bool Quorvex_CursorOverlapsRect(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
   const INT64 x = CursorX;
   const INT64 y = CursorY;

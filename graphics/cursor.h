@@ -21,6 +21,8 @@ void Quorvex_UpdateMouse();
 void Quorvex_RestoreUnderCursor();
 // True when the cursor position lies in the rectangle.
 bool Quorvex_PointInRect(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height);
+struct ScreenRect;
+bool Quorvex_PointInRect(const ScreenRect& Rect);
 // True when the cursor picture may touch the rectangle.
 bool Quorvex_CursorOverlapsRect(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height);
 // The screen under the cursor was rebuilt (restart): the saved pixels no

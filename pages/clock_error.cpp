@@ -24,10 +24,6 @@ ScreenRect WindowRect() {
   return box;
 }
 
-bool PointIn(const ScreenRect& Rect) {
-  return Quorvex_PointInRect(Rect.X, Rect.Y, Rect.Width, Rect.Height);
-}
-
 } // namespace
 
 void Quorvex_ClockError_Show() {
@@ -53,7 +49,8 @@ void Quorvex_ClockError_Show() {
 EFI_STATUS Quorvex_ClockError_Click() {
   if (ClockErrorOpen == 0) return EFI_ABORTED;
   const ScreenRect box = WindowRect();
-  if (PointIn(Quorvex_ErrorWindow_ButtonRect(box)) || PointIn(Quorvex_CloseMark_Rect(box))) {
+  if (Quorvex_PointInRect(Quorvex_ErrorWindow_ButtonRect(box)) ||
+      Quorvex_PointInRect(Quorvex_CloseMark_Rect(box))) {
     ClockErrorOpen = 0;
   }
   return EFI_SUCCESS;

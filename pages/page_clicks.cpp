@@ -44,14 +44,13 @@ bool Quorvex_Page_InItemArea() {
 EFI_STATUS Quorvex_GeneralHelp_Click() {
   if (GeneralHelpOpen == 0) return EFI_ABORTED;
   const GeneralHelpGeometry g = Quorvex_GeneralHelp_Geometry();
-  if (Quorvex_PointInRect(g.Ok.X, g.Ok.Y, g.Ok.Width, g.Ok.Height) ||
-      Quorvex_PointInRect(g.Close.X, g.Close.Y, g.Close.Width, g.Close.Height)) {
+  if (Quorvex_PointInRect(g.Ok) || Quorvex_PointInRect(g.Close)) {
     GeneralHelpOpen = 0;
     return EFI_SUCCESS;
   }
   const ScreenRect track = g.ScrollTrack;
   const UINT64 pages = Quorvex_GeneralHelp_PageCount();
-  if (pages < 2 || !Quorvex_PointInRect(track.X, track.Y, track.Width, track.Height)) {
+  if (pages < 2 || !Quorvex_PointInRect(track)) {
     return EFI_SUCCESS;
   }
   const UINT64 page = Quorvex_GeneralHelp_PageIndex();
@@ -71,7 +70,7 @@ EFI_STATUS Quorvex_ChoiceWindow_Click() {
   if (ChoiceWindowOpen == 0) return EFI_ABORTED;
   for (UINT64 button = 0; button < ChoiceWindowButtons; ++button) {
     const ScreenRect r = Quorvex_ButtonRow_Rect(ChoiceWindowShown, ChoiceWindowButtons, button);
-    if (Quorvex_PointInRect(r.X, r.Y, r.Width, r.Height)) {
+    if (Quorvex_PointInRect(r)) {
       ChoiceWindowChoice = button;
       ChoiceWindowOpen = 0;
       return EFI_SUCCESS;
@@ -120,7 +119,7 @@ EFI_STATUS Quorvex_Page_DropDownClick(const PageView& View) {
   for (UINT64 k = 0; k < options; ++k) {
     const ScreenRect r =
         Quorvex_DropDown_OptionRect(Quorvex_Item_Left(), top, item.Width, item.Height, k);
-    if (Quorvex_PointInRect(r.X, r.Y, r.Width, r.Height)) {
+    if (Quorvex_PointInRect(r)) {
       item.Data = k;
       hit = true;
       break;
