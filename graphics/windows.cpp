@@ -11,10 +11,7 @@
 #include "graphics/text_draw.h"
 #include "graphics/cursor.h"
 
-UINT8 ChoiceWindowOpen = 0;
-UINT64 ChoiceWindowChoice = 0;
-ScreenRect ChoiceWindowShown = {};
-UINT64 ChoiceWindowButtons = 0;
+constinit ChoiceWindowState ChoiceWindow = {};
 
 constinit const CHAR16* YesNoCaptions[3] = {u"    Yes", u"    No", nullptr};
 
@@ -118,4 +115,8 @@ EFI_STATUS Quorvex_ErrorMessageWindow(UINT64 X, UINT64 Y, UINT64 Width, UINT64 H
   const ScreenRect close = Quorvex_CloseMark_Rect(window);
   Quorvex_DrawPicture(kCloseMark, close.X, close.Y);
   return EFI_ERROR(status) && status != EFI_INVALID_PARAMETER ? status : EFI_SUCCESS;
+}
+
+void Quorvex_ChoiceWindow_Reset() {
+  ChoiceWindow = {};
 }

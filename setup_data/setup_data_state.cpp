@@ -2,6 +2,7 @@
 
 #include "setup_data/access_level.h"
 #include "setup_data/page_state.h"
+#include "setup_data/power_page_table.h"
 #include "setup_data/setup_item.h"
 #include "setup_data/text_table.h"
 
@@ -12,4 +13,5 @@ void Quorvex_SetupData_Reset() {
   SubPageActionBusy = 0;
   JapaneseAvailable = 0;
   FrenchAvailable = 0;
+  PowerBacklightTimeMaximum = kPowerBacklightTimeInitial;
 }
