@@ -69,6 +69,15 @@ ScreenRect Quorvex_ChoiceWindow_Frame(UINT64 Width, UINT64 Height) {
           Width, Height};
 }
 
+ScreenRect Quorvex_MessageBox_Rect() {
+  ScreenRect box;
+  box.Width = ScreenWidth * 50 / 100;
+  box.Height = ScreenHeight * 25 / 100;
+  box.X = (ScreenWidth - box.Width) / 2;
+  box.Y = (ScreenHeight - box.Height) / 2;
+  return box;
+}
+
 ScreenRect Quorvex_ButtonRow_Rect(const ScreenRect& Window, UINT64 Count, UINT64 Index) {
   const UINT64 left = RowLeft(Window.X, Window.Width, Count);
   return {left + kRowButtonPitch * Index, SaturatingSub(Window.Y + Window.Height, 40),

@@ -57,6 +57,9 @@ void Quorvex_PopUp_Button_Row(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
 EFI_STATUS Quorvex_ErrorMessageWindow(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
                                       const CHAR16* Line1, const CHAR16* Line2, const CHAR16* Line3,
                                       const CHAR16* ButtonCaption);
+// The red message box of the clock and password errors: half the screen wide,
+// a quarter high, centred.
+ScreenRect Quorvex_MessageBox_Rect();
 // The error window's button and the close mark of any window with one.
 ScreenRect Quorvex_ErrorWindow_ButtonRect(const ScreenRect& Window);
 ScreenRect Quorvex_CloseMark_Rect(const ScreenRect& Window);

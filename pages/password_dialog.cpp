@@ -166,12 +166,8 @@ PasswordWindowRect Quorvex_SecurityPasswordBox() {
 }
 
 PasswordWindowRect Quorvex_SecurityMessageBoxRect() {
-  Box box;
-  box.Width = ScreenWidth * 50 / 100;
-  box.Height = ScreenHeight * 25 / 100;
-  box.X = (ScreenWidth - box.Width) / 2;
-  box.Y = (ScreenHeight - box.Height) / 2;
-  return box;
+  const ScreenRect box = Quorvex_MessageBox_Rect();
+  return {box.X, box.Y, box.Width, box.Height};
 }
 
 void Quorvex_SecurityPasswordDialog_Forget() {
