@@ -185,38 +185,31 @@ UINT64 Quorvex_DaysInMonth(UINT64 Month, UINT64 Year) {
   }
 }
 
-ClockEditor Quorvex_ClockEditor_ForTime(const EFI_TIME& Time) {
-  ClockEditor editor = {};
-  editor.IsDate = false;
-  editor.Values[0] = Time.Hour;
-  editor.Values[1] = Time.Minute;
-  editor.Values[2] = Time.Second;
-  editor.Maximum[0] = 23;
-  editor.Maximum[1] = 59;
-  editor.Maximum[2] = 59;
+namespace {
+
+// Editor with every value brought within its field's maximum.
+ClockEditor WithinMaximum(ClockEditor Editor) {
   for (UINT64 i = 0; i < 3; ++i) {
-    if (editor.Values[i] > editor.Maximum[i]) editor.Values[i] = editor.Maximum[i];
+    if (Editor.Values[i] > Editor.Maximum[i]) Editor.Values[i] = Editor.Maximum[i];
   }
-  editor.Focus = kEditorField0;
-  return editor;
+  return Editor;
+}
+
+} // namespace
+
+ClockEditor Quorvex_ClockEditor_ForTime(const EFI_TIME& Time) {
+  return WithinMaximum(
+      {false, {Time.Hour, Time.Minute, Time.Second}, {23, 59, 59}, {0, 0, 0}, kEditorField0});
 }
 
 ClockEditor Quorvex_ClockEditor_ForDate(const EFI_TIME& Time, UINT16 MinimumYear) {
-  ClockEditor editor = {};
-  editor.IsDate = true;
-  editor.Values[0] = Time.Month;
-  editor.Values[1] = Time.Day;
-  editor.Values[2] = Time.Year;
-  editor.Maximum[0] = 12;
-  editor.Maximum[1] = 31;
-  editor.Maximum[2] = 9999;
-  editor.Minimum[0] = 1;
-  editor.Minimum[1] = 1;
-  editor.Minimum[2] = MinimumYear;
-  if (editor.Values[0] > 12) editor.Values[0] = 12;
-  if (editor.Values[2] > 9999) editor.Values[2] = 9999;
+  // The day's maximum follows the month and the year.
+  ClockEditor editor = WithinMaximum({true,
+                                      {Time.Month, Time.Day, Time.Year},
+                                      {12, 31, 9999},
+                                      {1, 1, MinimumYear},
+                                      kEditorField0});
   Quorvex_ClockEditor_FixDay(editor);
-  editor.Focus = kEditorField0;
   return editor;
 }
 
