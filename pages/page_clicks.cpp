@@ -16,8 +16,9 @@
 
 namespace {
 
-constexpr UINT64 kTabStripTop = 260;
-constexpr UINT64 kTabStripHeight = 400;
+// The tab column, from the tabs' own geometry.
+constexpr UINT64 kTabStripTop = TabTop(kTabMain);
+constexpr UINT64 kTabStripHeight = kTabCount * kTabHeight;
 
 UINT64 LeftBandWidth() {
   return ScreenWidth / 4;
