@@ -7,7 +7,6 @@
 #include "core/startup.h"
 #include "graphics/background.h"
 #include "graphics/double_buffer.h"
-#include "graphics/graphics_state.h"
 #include "input/idle_wait.h"
 #include "input/mouse.h"
 #include "pages/page_table.h"
@@ -18,13 +17,6 @@ EFI_STATUS LocateDebugTrace();
 void ArmRestart();
 
 namespace {
-
-// A restart can abandon a modal window half way; its flags and the screen it
-// saved under its grey-out must not outlive the screen they belonged to.
-void ForgetModalState() {
-  Quorvex_Graphics_Reset();
-  ActionBusy = 0;
-}
 
 // The firmware gets its watchdog back as it armed it for this image.
 EFI_STATUS HandBack(EFI_STATUS Status) {
@@ -40,13 +32,15 @@ extern "C" EFI_STATUS EFIAPI _ModuleEntryPoint(EFI_HANDLE ImageHandle, EFI_SYSTE
   const bool restarted = Quorvex_SetJump(&RestartBuffer) != 0;
 
   if (!restarted) {
+    // Every entry begins as the first one did.
+    Quorvex_Utility_Reset();
     // Nobody may be hurried in the setup: the watchdog the firmware armed
     // before starting it would reset the machine after five minutes.
     Quorvex_Watchdog_Disarm(Table != nullptr ? Table->BootServices : nullptr);
     EFI_STATUS status = BindPlatform(ImageHandle, Table);
     if (EFI_ERROR(status)) return HandBack(status);
   } else {
-    ForgetModalState();
+    Quorvex_Utility_ForgetModalState();
   }
 
   ArmRestart();

@@ -19,6 +19,11 @@ void CloseRestartEvent();
 // entry point many times in one process).
 void Quorvex_Startup_Reset();
 
-// Every module of the utility back to its power-on state (host tests run the
-// entry point many times in one process; nothing is freed).
+// Every module of the utility back to its power-on state, one reset per
+// module from one table (core/utility_reset.cpp); nothing is freed. The
+// entry point runs it at a fresh start, host tests between sessions.
 void Quorvex_Utility_Reset();
+// A restart abandoned whatever modal window was open: its flags and the
+// screen it saved under its grey-out must not outlive the screen they
+// belonged to.
+void Quorvex_Utility_ForgetModalState();

@@ -33,9 +33,23 @@ constexpr UINT64 kBandSourceRows = 768;
 // The grey-out dims the screen through a buffer of about this many pixels.
 constexpr UINT64 kDimBandPixels = 16384;
 
-constinit EFI_GRAPHICS_OUTPUT_BLT_PIXEL* SavedScreen = nullptr;
-constinit UINT64 SavedWidth = 0;
-constinit UINT64 SavedHeight = 0;
+// The screen saved under the grey-out. Quorvex_BackGround_Reset frees it and
+// puts the state back to these values.
+struct BackGroundState {
+  EFI_GRAPHICS_OUTPUT_BLT_PIXEL* SavedScreen = nullptr;
+  UINT64 SavedWidth = 0;
+  UINT64 SavedHeight = 0;
+};
+constinit BackGroundState BackGround = {};
+constexpr auto& SavedScreen = BackGround.SavedScreen;
+constexpr UINT64& SavedWidth = BackGround.SavedWidth;
+constexpr UINT64& SavedHeight = BackGround.SavedHeight;
+
+// The item help box outside the Main page: redrawn only where its text
+// changed. Its region reaches the screen's right edge, where a glyph at the
+// end of a line may still land. (A drawing cache with its own forget, kept
+// apart from the state above.)
+constinit RetainedRegion ItemHelpRegion = {};
 
 EFI_STATUS DrawBandJpeg() {
   if (!ImageDisplay || !ImageDisplay->Operations || !ImageDisplay->Operations->DrawJpeg ||
@@ -172,11 +186,6 @@ void Quorvex_ItemHelp_DrawBody(const CHAR16* HelpText) {
 
 namespace {
 
-// The item help box outside the Main page: redrawn only where its text
-// changed. Its region reaches the screen's right edge, where a glyph at the
-// end of a line may still land.
-constinit RetainedRegion ItemHelpRegion = {};
-
 void DrawItemHelpStep(void* Context, UINT64) {
   Quorvex_ItemHelp_DrawBody(static_cast<const CHAR16*>(Context));
 }
@@ -311,6 +320,5 @@ void Quorvex_Grayout_Forget() {
 void Quorvex_BackGround_Reset() {
   Quorvex_Grayout_Forget();
   Quorvex_Retained_Forget(&ItemHelpRegion);
-  SavedWidth = 0;
-  SavedHeight = 0;
+  BackGround = {};
 }

@@ -4,20 +4,9 @@
 #include "graphics/draw_util.h"
 #include "platform/bindings.h"
 
-INT32 CursorX;
-INT32 CursorY;
-UINT8 CursorVisible;
+constinit CursorState Cursor = {};
 
 namespace {
-
-struct CursorState {
-  // Pixels under the cursor while it is up.
-  EFI_GRAPHICS_OUTPUT_BLT_PIXEL* SaveUnder;
-  bool Up;
-  UINT32 TakeDownDepth;
-  bool DevicesPresent;
-};
-constinit CursorState Cursor{};
 
 // The cursor rectangle clipped to the screen; false when nothing is left.
 bool CursorClip(UINT64* Width, UINT64* Height) {
@@ -79,6 +68,10 @@ bool Quorvex_PointInRect(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
   return X <= x && x < X + Width && Y <= y && y < Y + Height;
 }
 
+bool Quorvex_PointInRect(const ScreenRect& Rect) {
+  return Quorvex_PointInRect(Rect.X, Rect.Y, Rect.Width, Rect.Height);
+}
+
 bool Quorvex_CursorOverlapsRect(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
   const INT64 x = CursorX;
   const INT64 y = CursorY;
@@ -90,7 +83,4 @@ bool Quorvex_CursorOverlapsRect(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height)
 
 void Quorvex_Cursor_Reset() {
   Cursor = {};
-  CursorX = 0;
-  CursorY = 0;
-  CursorVisible = 0;
 }

@@ -6,10 +6,25 @@
 
 #include "platform/efi.h"
 
-extern INT32 CursorX;
-extern INT32 CursorY;
-// Shown (1) or hidden after the idle time (0).
-extern UINT8 CursorVisible;
+// Everything the cursor keeps; Quorvex_Cursor_Reset puts it back to these
+// values.
+struct CursorState {
+  INT32 X = 0;
+  INT32 Y = 0;
+  // Shown (1) or hidden after the idle time (0).
+  UINT8 Visible = 0;
+  // Pixels under the cursor while it is up.
+  EFI_GRAPHICS_OUTPUT_BLT_PIXEL* SaveUnder = nullptr;
+  bool Up = false;
+  UINT32 TakeDownDepth = 0;
+  bool DevicesPresent = false;
+};
+extern constinit CursorState Cursor;
+
+// The pointer's position and visibility under their long-standing names.
+inline constexpr INT32& CursorX = Cursor.X;
+inline constexpr INT32& CursorY = Cursor.Y;
+inline constexpr UINT8& CursorVisible = Cursor.Visible;
 
 constexpr UINT64 kCursorWidth = 17;
 constexpr UINT64 kCursorHeight = 33;
@@ -21,6 +36,8 @@ void Quorvex_UpdateMouse();
 void Quorvex_RestoreUnderCursor();
 // True when the cursor position lies in the rectangle.
 bool Quorvex_PointInRect(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height);
+struct ScreenRect;
+bool Quorvex_PointInRect(const ScreenRect& Rect);
 // True when the cursor picture may touch the rectangle.
 bool Quorvex_CursorOverlapsRect(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height);
 // The screen under the cursor was rebuilt (restart): the saved pixels no

@@ -12,14 +12,15 @@
 #include "graphics/cursor.h"
 #include "setup_data/text_table.h"
 
-UINT8 GeneralHelpOpen = 0;
+constinit GeneralHelpState GeneralHelp = {};
 
 namespace {
 
+// The help text cut into pages; only the first PageCount hold a page.
 constexpr UINTN kHelpPageSlots = 32;
 constinit CHAR16 HelpPages[kHelpPageSlots][kSplitLineUnits] = {};
-constinit UINT64 HelpPageCount = 0;
-constinit UINT64 HelpPageIndex = 0;
+constexpr UINT64& HelpPageCount = GeneralHelp.PageCount;
+constexpr UINT64& HelpPageIndex = GeneralHelp.PageIndex;
 
 } // namespace
 
@@ -129,10 +130,11 @@ UINT64 Quorvex_GeneralHelp_PageCount() {
   return HelpPageCount;
 }
 
+void Quorvex_GeneralHelp_Reset() {
+  GeneralHelp = {};
+}
+
 void Quorvex_Windows_Reset() {
-  ChoiceWindowOpen = 0;
-  ChoiceWindowChoice = 0;
-  GeneralHelpOpen = 0;
-  HelpPageCount = 0;
-  HelpPageIndex = 0;
+  Quorvex_ChoiceWindow_Reset();
+  Quorvex_GeneralHelp_Reset();
 }

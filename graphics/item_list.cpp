@@ -211,16 +211,34 @@ UINT64 Quorvex_Item_ShownPage(const SetupItem* Items, UINT64 Count, UINT64* Page
   return shown;
 }
 
+namespace {
+
+// The page scroll bar beside the item list: the track it is drawn in, and the
+// wider rectangle up to the page area's right edge that takes its clicks.
+struct PageScrollBarGeometry {
+  ScreenRect Track;
+  ScreenRect ClickArea;
+};
+
+PageScrollBarGeometry PageScrollBar() {
+  const UINT64 right = 3 * ScreenWidth / 4;
+  const UINT64 height = SaturatingSub(ScreenHeight, 100);
+  const UINT64 clickLeft = SaturatingSub(right, 20);
+  return {{SaturatingSub(right, 10), kListTop, 5, height},
+          {clickLeft, kListTop, right - clickLeft, height}};
+}
+
+} // namespace
+
 bool Quorvex_Item_ScrollRect(UINT64 PageCount, UINT64 Page, UINT64 X, UINT64 Y, INT32* Step) {
-  const UINT64 left = SaturatingSub(3 * ScreenWidth / 4, 20);
-  const UINT64 track = SaturatingSub(ScreenHeight, 100);
-  if (PageCount < 2 || X < left || X >= 3 * ScreenWidth / 4 || Y < kListTop ||
-      Y - kListTop >= track) {
+  const ScreenRect area = PageScrollBar().ClickArea;
+  if (PageCount < 2 || X < area.X || X - area.X >= area.Width || Y < area.Y ||
+      Y - area.Y >= area.Height) {
     return false;
   }
   // One equal segment of the rectangle per page.
-  const UINT64 segmentTop = kListTop + track * Page / PageCount;
-  const UINT64 segmentEnd = kListTop + track * (Page + 1) / PageCount;
+  const UINT64 segmentTop = area.Y + area.Height * Page / PageCount;
+  const UINT64 segmentEnd = area.Y + area.Height * (Page + 1) / PageCount;
   *Step = Y < segmentTop ? -1 : (Y >= segmentEnd ? 1 : 0);
   return true;
 }
@@ -419,14 +437,14 @@ void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused) {
 
 void Quorvex_Draw_Page_ScrollBar(UINT64 SizePercent, UINT64 PositionPercent) {
   if (SizePercent > 100 || PositionPercent > 100) return;
-  const UINT64 x = SaturatingSub(3 * ScreenWidth / 4, 10);
-  const UINT64 track = SaturatingSub(ScreenHeight, 100);
-  Quorvex_FillRect(x, kListTop, 5, track, kColourPageArea);
-  const UINT64 thumbHeight = track * SizePercent / 100;
-  UINT64 thumbTop = kListTop + track * PositionPercent / 100;
+  const ScreenRect track = PageScrollBar().Track;
+  Quorvex_FillRect(track.X, track.Y, track.Width, track.Height, kColourPageArea);
+  const UINT64 thumbHeight = track.Height * SizePercent / 100;
+  UINT64 thumbTop = track.Y + track.Height * PositionPercent / 100;
+  const UINT64 bottom = track.Y + track.Height;
   // Moved up so that it ends at the bottom of the track at the latest.
-  if (thumbTop + thumbHeight > kListTop + track) thumbTop = kListTop + track - thumbHeight;
-  Quorvex_FillRect(x, thumbTop, 5, thumbHeight, kColourDarkText);
-  Quorvex_DrawPicture(kScrollArrowUp, SaturatingSub(x, 3), 41);
-  Quorvex_DrawPicture(kScrollArrowDown, SaturatingSub(x, 3), kListTop + track);
+  if (thumbTop + thumbHeight > bottom) thumbTop = bottom - thumbHeight;
+  Quorvex_FillRect(track.X, thumbTop, track.Width, thumbHeight, kColourDarkText);
+  Quorvex_DrawPicture(kScrollArrowUp, SaturatingSub(track.X, 3), 41);
+  Quorvex_DrawPicture(kScrollArrowDown, SaturatingSub(track.X, 3), bottom);
 }

@@ -11,10 +11,7 @@
 #include "graphics/text_draw.h"
 #include "graphics/cursor.h"
 
-UINT8 ChoiceWindowOpen = 0;
-UINT64 ChoiceWindowChoice = 0;
-ScreenRect ChoiceWindowShown = {};
-UINT64 ChoiceWindowButtons = 0;
+constinit ChoiceWindowState ChoiceWindow = {};
 
 constinit const CHAR16* YesNoCaptions[3] = {u"    Yes", u"    No", nullptr};
 
@@ -72,6 +69,15 @@ ScreenRect Quorvex_ChoiceWindow_Frame(UINT64 Width, UINT64 Height) {
           Width, Height};
 }
 
+ScreenRect Quorvex_MessageBox_Rect() {
+  ScreenRect box;
+  box.Width = ScreenWidth * 50 / 100;
+  box.Height = ScreenHeight * 25 / 100;
+  box.X = (ScreenWidth - box.Width) / 2;
+  box.Y = (ScreenHeight - box.Height) / 2;
+  return box;
+}
+
 ScreenRect Quorvex_ButtonRow_Rect(const ScreenRect& Window, UINT64 Count, UINT64 Index) {
   const UINT64 left = RowLeft(Window.X, Window.Width, Count);
   return {left + kRowButtonPitch * Index, SaturatingSub(Window.Y + Window.Height, 40),
@@ -118,4 +124,8 @@ EFI_STATUS Quorvex_ErrorMessageWindow(UINT64 X, UINT64 Y, UINT64 Width, UINT64 H
   const ScreenRect close = Quorvex_CloseMark_Rect(window);
   Quorvex_DrawPicture(kCloseMark, close.X, close.Y);
   return EFI_ERROR(status) && status != EFI_INVALID_PARAMETER ? status : EFI_SUCCESS;
+}
+
+void Quorvex_ChoiceWindow_Reset() {
+  ChoiceWindow = {};
 }

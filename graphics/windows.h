@@ -5,11 +5,38 @@
 #include "graphics/draw_util.h"
 #include "platform/efi.h"
 
-// Set while a choice window is open; a pointer click on one of its buttons
-// stores ChoiceWindowChoice and clears the flag, which ends the window.
-extern UINT8 ChoiceWindowOpen;
-extern UINT64 ChoiceWindowChoice;
-extern UINT8 GeneralHelpOpen;
+// What the choice window keeps; Quorvex_ChoiceWindow_Reset puts it back to
+// these values.
+struct ChoiceWindowState {
+  // Set while a choice window is open; a pointer click on one of its
+  // buttons stores Choice and clears the flag, which ends the window.
+  UINT8 Open = 0;
+  UINT64 Choice = 0;
+  // The open window's frame and number of buttons (for its clicks).
+  ScreenRect Shown = {};
+  UINT64 Buttons = 0;
+};
+extern constinit ChoiceWindowState ChoiceWindow;
+
+// The general help's state: open, the number of pages its text was cut
+// into, and the page shown (shown again at the next opening).
+struct GeneralHelpState {
+  UINT8 Open = 0;
+  UINT64 PageCount = 0;
+  UINT64 PageIndex = 0;
+};
+extern constinit GeneralHelpState GeneralHelp;
+
+// The windows' state under its long-standing names.
+inline constexpr UINT8& ChoiceWindowOpen = ChoiceWindow.Open;
+inline constexpr UINT64& ChoiceWindowChoice = ChoiceWindow.Choice;
+inline constexpr ScreenRect& ChoiceWindowShown = ChoiceWindow.Shown;
+inline constexpr UINT64& ChoiceWindowButtons = ChoiceWindow.Buttons;
+inline constexpr UINT8& GeneralHelpOpen = GeneralHelp.Open;
+
+// Each window's state back to its power-on values (nothing is freed).
+void Quorvex_ChoiceWindow_Reset();
+void Quorvex_GeneralHelp_Reset();
 
 // "    Yes" / "    No": callers overwrite with the current language's texts.
 extern const CHAR16* YesNoCaptions[3];
@@ -23,9 +50,6 @@ UINT64 Quorvex_CountCaptions(const CHAR16* const* Captions);
 // The window face and its message (the cursor taken down around it).
 void Quorvex_ChoiceWindow_DrawFrame(const ScreenRect& Window, const CHAR16* Message,
                                     UINT64 LeftMargin, UINT64 TopMargin);
-// The open choice window's frame and number of buttons (for its clicks).
-extern ScreenRect ChoiceWindowShown;
-extern UINT64 ChoiceWindowButtons;
 
 void Quorvex_PopUp_Button_Row(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
                               const CHAR16* const* Captions, UINT64 Highlighted);
@@ -33,6 +57,9 @@ void Quorvex_PopUp_Button_Row(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
 EFI_STATUS Quorvex_ErrorMessageWindow(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
                                       const CHAR16* Line1, const CHAR16* Line2, const CHAR16* Line3,
                                       const CHAR16* ButtonCaption);
+// The red message box of the clock and password errors: half the screen wide,
+// a quarter high, centred.
+ScreenRect Quorvex_MessageBox_Rect();
 // The error window's button and the close mark of any window with one.
 ScreenRect Quorvex_ErrorWindow_ButtonRect(const ScreenRect& Window);
 ScreenRect Quorvex_CloseMark_Rect(const ScreenRect& Window);

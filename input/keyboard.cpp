@@ -6,11 +6,7 @@
 #include "platform/bindings.h"
 #include "platform/lib.h"
 
-UINT32 KeySourceMode;
-ExtendedKeyCodeProtocol** KeyCodeInterfaces;
-UINT64 KeyCodeInterfaceCount;
-UINT64 KeyCodeHandleCount;
-EFI_INPUT_READ_KEY SavedConInReadKeyStroke;
+constinit KeyboardState Keyboard = {};
 
 namespace {
 // PS/2 scan code whose keys are dropped by the extended reader.
@@ -84,9 +80,5 @@ EFI_STATUS EFIAPI Quorvex_KeyboardReadKeyStroke(EFI_SIMPLE_TEXT_INPUT_PROTOCOL* 
 }
 
 void Quorvex_Keyboard_Reset() {
-  KeyCodeInterfaces = nullptr;
-  KeyCodeInterfaceCount = 0;
-  KeyCodeHandleCount = 0;
-  SavedConInReadKeyStroke = nullptr;
-  KeySourceMode = 0;
+  Keyboard = {};
 }

@@ -37,3 +37,7 @@ EFI_STATUS Quorvex_ReadKey(EFI_INPUT_KEY* Key) {
   }
   return EFI_SUCCESS;
 }
+
+void Quorvex_Keys_Reset() {
+  HotKeyScanCode = 0;
+}

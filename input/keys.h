@@ -8,6 +8,9 @@
 // as last read.
 extern UINT16 HotKeyScanCode;
 
+// The hot-key scan code back to its power-on value (none).
+void Quorvex_Keys_Reset();
+
 // Reads ConIn until it reports no key.
 void FlushKeys();
 // Reads the hot-key scan code (operation 10) into HotKeyScanCode.

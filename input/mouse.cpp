@@ -406,7 +406,7 @@ void Quorvex_HelpBarClick() {
                                            &Pointer.HelpF10Pending, &Pointer.HelpEscPending};
   for (UINT64 i = 0; i < kHelpBarButtons; ++i) {
     const ScreenRect r = Quorvex_HelpBar_ButtonRect(i);
-    if (Quorvex_PointInRect(r.X, r.Y, r.Width, r.Height)) {
+    if (Quorvex_PointInRect(r)) {
       *pending[i] = 1;
       return;
     }

@@ -17,15 +17,7 @@
 #include "setup_data/setup_data_wrappers.h"
 #include "setup_data/setup_item.h"
 
-UINT8 VirtualKeyboardActive;
-UINT8 VirtualKeyboardEnabled;
-UINT8 CapsOn;
-UINT8 ShiftOn;
-UINT8 KeyPending;
-UINT16 PendingScanCode;
-UINT16 PendingChar;
-constinit UINT8 HighlightRow = kNoHighlight;
-constinit UINT8 HighlightColumn = kNoHighlight;
+constinit VirtualKeyboardState VirtualKeyboard = {};
 
 namespace {
 
@@ -37,13 +29,11 @@ constexpr UINT8 kPs2CapsLock = 0x3A;
 constexpr UINT32 kKeySourceExtended = 2;
 constexpr UINT16 kScanFirstFunctionKey = SCAN_F1;
 
-constinit EFI_INPUT_READ_KEY VirtualKeyboardSavedReadKeyStroke = nullptr;
-constinit EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL** TextInputExList = nullptr;
-constinit UINT64 TextInputExCount = 0;
-constinit UINT64 TextInputExHandlesSeen = 0;
-constinit ExtendedKeyCodeProtocol** KeyCodeList = nullptr;
-constinit UINT64 KeyCodeCount = 0;
-constinit EFI_ABSOLUTE_POINTER_PROTOCOL* TouchDevice = nullptr;
+constexpr EFI_INPUT_READ_KEY& VirtualKeyboardSavedReadKeyStroke =
+    VirtualKeyboard.SavedReadKeyStroke;
+constexpr auto& TextInputExList = VirtualKeyboard.TextInputExList;
+constexpr auto& KeyCodeList = VirtualKeyboard.KeyCodeList;
+constexpr auto& TouchDevice = VirtualKeyboard.TouchDevice;
 
 // A touch panel exists and the platform lets the keyboard run.
 bool MayRun() {
@@ -70,9 +60,9 @@ void FreeLists() {
   if (KeyCodeList != nullptr) Quorvex_FreePool(KeyCodeList);
   TextInputExList = nullptr;
   KeyCodeList = nullptr;
-  TextInputExCount = 0;
-  KeyCodeCount = 0;
-  TextInputExHandlesSeen = 0;
+  VirtualKeyboard.TextInputExCount = 0;
+  VirtualKeyboard.KeyCodeCount = 0;
+  VirtualKeyboard.TextInputExHandlesSeen = 0;
 }
 
 // Fills List with the interfaces of every handle that carries Guid; the
@@ -97,7 +87,7 @@ template <typename T> UINT64 Collect(const EFI_GUID& Guid, T*** List) {
 
 // Re-initialises when keyboards came or went since the last look.
 bool KeyboardsCurrent() {
-  if (TextInputExHandleCount() == TextInputExHandlesSeen) return true;
+  if (TextInputExHandleCount() == VirtualKeyboard.TextInputExHandlesSeen) return true;
   return !EFI_ERROR(Quorvex_VirtualKeyboard_Init());
 }
 
@@ -164,8 +154,8 @@ EFI_STATUS WideKey(UINT32 Row) {
 // One key from the extended key-code instances, in list order. Caps Lock
 // only changes the Caps state; keys of PS/2 code 0x56 are dropped.
 EFI_STATUS ReadExtended(EFI_INPUT_KEY* Key) {
-  if (KeyCodeCount == 0) return EFI_NOT_READY;
-  for (UINT64 i = 0; i < KeyCodeCount; ++i) {
+  if (VirtualKeyboard.KeyCodeCount == 0) return EFI_NOT_READY;
+  for (UINT64 i = 0; i < VirtualKeyboard.KeyCodeCount; ++i) {
     ExtendedKeyCodeProtocol* instance = KeyCodeList[i];
     ExtendedKeyData data;
     MemFill(&data, 0, sizeof(data));
@@ -184,10 +174,10 @@ EFI_STATUS ReadExtended(EFI_INPUT_KEY* Key) {
 // One key from the Simple Text Input Ex instances; the key's Caps Lock state
 // is mirrored on the Caps key.
 EFI_STATUS ReadTextInputEx(EFI_INPUT_KEY* Key) {
-  if (TextInputExCount == 0) return EFI_DEVICE_ERROR;
+  if (VirtualKeyboard.TextInputExCount == 0) return EFI_DEVICE_ERROR;
   EFI_KEY_DATA data;
   bool found = false;
-  for (UINT64 i = 0; i < TextInputExCount && !found; ++i) {
+  for (UINT64 i = 0; i < VirtualKeyboard.TextInputExCount && !found; ++i) {
     EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL* instance = TextInputExList[i];
     MemFill(&data, 0, sizeof(data));
     found = !EFI_ERROR(instance->ReadKeyStrokeEx(instance, &data));
@@ -207,13 +197,10 @@ EFI_STATUS ReadTextInputEx(EFI_INPUT_KEY* Key) {
 }
 
 // Takes the reader off the console and forgets everything of this run.
-// The registry slot that takes the reader off if a restart abandons the
-// password field.
-constinit UINTN RestartSlot = kNoRestartSlot;
 
 void Release() {
-  Quorvex_Restart_Unregister(RestartSlot);
-  RestartSlot = kNoRestartSlot;
+  Quorvex_Restart_Unregister(VirtualKeyboard.RestartSlot);
+  VirtualKeyboard.RestartSlot = kNoRestartSlot;
   VirtualKeyboardActive = 0;
   if (VirtualKeyboardSavedReadKeyStroke != nullptr && SystemTable != nullptr) {
     SystemTable->ConIn->ReadKeyStroke = VirtualKeyboardSavedReadKeyStroke;
@@ -235,20 +222,20 @@ void Release() {
 EFI_STATUS Quorvex_VirtualKeyboard_Init() {
   FreeLists();
   const UINT64 handles = TextInputExHandleCount();
-  TextInputExCount = Collect(kSimpleTextInputExGuid, &TextInputExList);
-  if (TextInputExCount == 0) {
+  VirtualKeyboard.TextInputExCount = Collect(kSimpleTextInputExGuid, &TextInputExList);
+  if (VirtualKeyboard.TextInputExCount == 0) {
     FreeLists();
     return EFI_NOT_FOUND;
   }
-  TextInputExHandlesSeen = handles;
-  KeyCodeCount = Collect(kExtendedKeyCodeGuid, &KeyCodeList);
+  VirtualKeyboard.TextInputExHandlesSeen = handles;
+  VirtualKeyboard.KeyCodeCount = Collect(kExtendedKeyCodeGuid, &KeyCodeList);
   return EFI_SUCCESS;
 }
 
 EFI_STATUS Quorvex_VirtualKeyboard_SetLeds(UINT8 ToggleState) {
   if (!KeyboardsCurrent()) return EFI_DEVICE_ERROR;
-  if (TextInputExCount == 0) return EFI_DEVICE_ERROR;
-  for (UINT64 i = 0; i < TextInputExCount; ++i) {
+  if (VirtualKeyboard.TextInputExCount == 0) return EFI_DEVICE_ERROR;
+  for (UINT64 i = 0; i < VirtualKeyboard.TextInputExCount; ++i) {
     EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL* instance = TextInputExList[i];
     UINT8 state = ToggleState;
     instance->SetState(instance, &state);
@@ -270,7 +257,7 @@ EFI_STATUS Quorvex_VirtualKeyboard_Start() {
   Quorvex_VirtualKeyboard_Draw();
   VirtualKeyboardSavedReadKeyStroke = SystemTable->ConIn->ReadKeyStroke;
   SystemTable->ConIn->ReadKeyStroke = Quorvex_VirtualKeyboard_ReadKeyStroke;
-  RestartSlot = Quorvex_Restart_Register([](void*) { Release(); }, nullptr);
+  VirtualKeyboard.RestartSlot = Quorvex_Restart_Register([](void*) { Release(); }, nullptr);
   return EFI_SUCCESS;
 }
 
@@ -328,21 +315,5 @@ EFI_STATUS EFIAPI Quorvex_VirtualKeyboard_ReadKeyStroke(EFI_SIMPLE_TEXT_INPUT_PR
 }
 
 void Quorvex_VirtualKeyboard_Reset() {
-  RestartSlot = kNoRestartSlot;
-  VirtualKeyboardActive = 0;
-  VirtualKeyboardEnabled = 0;
-  VirtualKeyboardSavedReadKeyStroke = nullptr;
-  TextInputExList = nullptr;
-  KeyCodeList = nullptr;
-  TextInputExCount = 0;
-  KeyCodeCount = 0;
-  TextInputExHandlesSeen = 0;
-  TouchDevice = nullptr;
-  KeyPending = 0;
-  CapsOn = 0;
-  ShiftOn = 0;
-  PendingScanCode = 0;
-  PendingChar = 0;
-  HighlightRow = kNoHighlight;
-  HighlightColumn = kNoHighlight;
+  VirtualKeyboard = {};
 }

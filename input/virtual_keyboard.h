@@ -6,22 +6,52 @@
 #pragma once
 
 #include "platform/efi.h"
+#include "platform/efi_pointer.h"
+#include "platform/restart.h"
 #include "platform/vendor_protocols.h"
 #include "setup_data/keyboard_layout.h"
 
 // ---- State ------------------------------------------------------------------
-extern UINT8 VirtualKeyboardActive;  // 1 between start and stop
-extern UINT8 VirtualKeyboardEnabled; // the platform's answer (operation 12)
-extern UINT8 CapsOn;                 // letters upper case
-extern UINT8 ShiftOn;                // shifted symbols (a latch)
-extern UINT8 KeyPending;             // a touched key waits to be read
-extern UINT16 PendingScanCode;
-extern UINT16 PendingChar;
-// The key drawn pressed: row code (2 digit row ... 6 bottom row) and column;
-// kNoHighlight in both means none.
-extern UINT8 HighlightRow;
-extern UINT8 HighlightColumn;
 constexpr UINT8 kNoHighlight = 255;
+
+// Everything the keyboard keeps between calls; Quorvex_VirtualKeyboard_Reset
+// puts it back to these values.
+struct VirtualKeyboardState {
+  UINT8 Active = 0;     // 1 between start and stop
+  UINT8 Enabled = 0;    // the platform's answer (operation 12)
+  UINT8 CapsOn = 0;     // letters upper case
+  UINT8 ShiftOn = 0;    // shifted symbols (a latch)
+  UINT8 KeyPending = 0; // a touched key waits to be read
+  UINT16 PendingScanCode = 0;
+  UINT16 PendingChar = 0;
+  // The key drawn pressed: row code (2 digit row ... 6 bottom row) and
+  // column; kNoHighlight in both means none.
+  UINT8 HighlightRow = kNoHighlight;
+  UINT8 HighlightColumn = kNoHighlight;
+  // This run's reader and keyboards (between start and stop).
+  EFI_INPUT_READ_KEY SavedReadKeyStroke = nullptr;
+  EFI_SIMPLE_TEXT_INPUT_EX_PROTOCOL** TextInputExList = nullptr;
+  UINT64 TextInputExCount = 0;
+  UINT64 TextInputExHandlesSeen = 0;
+  ExtendedKeyCodeProtocol** KeyCodeList = nullptr;
+  UINT64 KeyCodeCount = 0;
+  EFI_ABSOLUTE_POINTER_PROTOCOL* TouchDevice = nullptr;
+  // The restart registry slot that takes the reader off if a restart
+  // abandons the password field.
+  UINTN RestartSlot = kNoRestartSlot;
+};
+extern constinit VirtualKeyboardState VirtualKeyboard;
+
+// The module's state under its long-standing names.
+inline constexpr UINT8& VirtualKeyboardActive = VirtualKeyboard.Active;
+inline constexpr UINT8& VirtualKeyboardEnabled = VirtualKeyboard.Enabled;
+inline constexpr UINT8& CapsOn = VirtualKeyboard.CapsOn;
+inline constexpr UINT8& ShiftOn = VirtualKeyboard.ShiftOn;
+inline constexpr UINT8& KeyPending = VirtualKeyboard.KeyPending;
+inline constexpr UINT16& PendingScanCode = VirtualKeyboard.PendingScanCode;
+inline constexpr UINT16& PendingChar = VirtualKeyboard.PendingChar;
+inline constexpr UINT8& HighlightRow = VirtualKeyboard.HighlightRow;
+inline constexpr UINT8& HighlightColumn = VirtualKeyboard.HighlightColumn;
 
 // Keyboard toggle states handed to SetState: valid and exposed, with Caps Lock.
 constexpr UINT8 kLedsCapsOff = 0xC0;
@@ -60,5 +90,5 @@ EFI_STATUS Quorvex_VirtualKeyboard_Touch();
 EFI_STATUS EFIAPI Quorvex_VirtualKeyboard_ReadKeyStroke(EFI_SIMPLE_TEXT_INPUT_PROTOCOL* This,
                                                         EFI_INPUT_KEY* Key);
 
-// Host tests: every global back to its power-on value (nothing is freed).
+// The state back to its power-on values (nothing is freed).
 void Quorvex_VirtualKeyboard_Reset();

@@ -242,6 +242,4 @@ EFI_STATUS Quorvex_AdvancedPage_MouseClick() {
 
 void Quorvex_AdvancedPage_Reset() {
   SleepChargeModes = {};
-  BootOrderPacked = 0;
-  BootOrderCount = 2;
 }

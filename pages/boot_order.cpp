@@ -21,25 +21,16 @@
 #include "setup_data/setup_data_wrappers.h"
 #include "setup_data/text_table.h"
 
-UINT64 BootOrderPacked;
-UINT64 BootOrder[kBootClassCount];
-UINT64 BootOrderCount = 2;
-BootRow BootRows[kBootClassCount];
-UINT8 BootListFocus = 1;
-UINT32 BootFocusedButton = 4;
+constinit BootOrderState BootOrderDialog = {};
 
 namespace {
 
-constexpr UINT32 kNoButton = 4;
+constexpr UINT32 kNoButton = kBootNoButton;
 enum BootButtonAction : UINT32 { kButtonUp, kButtonDown, kButtonOk, kButtonCancel };
 
 // Class labels as stored (the trailing blanks are part of them).
 constexpr const CHAR16* kClassLabels[kBootClassCount] = {u"HDD/SSD    ", u"USB        ",
                                                          u"LAN        ", u"ODD"};
-
-// The order held when the dialog opened.
-constinit UINT64 SavedPacked = 0;
-constinit bool Done = false;
 
 struct Geometry {
   INT64 Left, Top, Width, Height, Base;
@@ -218,13 +209,9 @@ void SelectStep(INT64 Delta) {
   DrawList();
 }
 
-bool PointIn(const ScreenRect& R) {
-  return Quorvex_PointInRect(R.X, R.Y, R.Width, R.Height);
-}
-
 // Back to the order held on entry.
 void RestoreSaved() {
-  BootOrderPacked = SavedPacked;
+  BootOrderPacked = BootOrderDialog.SavedPacked;
   Quorvex_BootOrder_Unpack(BootOrderPacked, BootOrderCount, BootOrder);
   UnpackIntoRows();
   SelectOnly(0);
@@ -242,12 +229,12 @@ void ActivateButton(UINT32 Button) {
     SelectOnly(0);
     BootOrderPacked = Quorvex_BootOrder_Pack(BootOrderPacked, BootOrderCount, BootOrder);
     PageState = kStateAdvancedPage;
-    Done = true;
+    BootOrderDialog.Done = true;
     break;
   case kButtonCancel:
     RestoreSaved();
     PageState = kStateAdvancedPage;
-    Done = true;
+    BootOrderDialog.Done = true;
     break;
   default:
     break;
@@ -315,7 +302,7 @@ bool Quorvex_BootOrder_Key(const EFI_INPUT_KEY& Key) {
       --BootFocusedButton;
       DrawButtons();
     }
-    return !Done;
+    return !BootOrderDialog.Done;
   case SCAN_DOWN:
     if (BootListFocus != 0) {
       SelectStep(1);
@@ -323,27 +310,27 @@ bool Quorvex_BootOrder_Key(const EFI_INPUT_KEY& Key) {
       ++BootFocusedButton;
       DrawButtons();
     }
-    return !Done;
+    return !BootOrderDialog.Done;
   case SCAN_F1:
     Quorvex_GeneralHelp();
-    return !Done;
+    return !BootOrderDialog.Done;
   case SCAN_F5:
     MoveDevice(1);
-    return !Done;
+    return !BootOrderDialog.Done;
   case SCAN_F6:
     MoveDevice(-1);
-    return !Done;
+    return !BootOrderDialog.Done;
   case SCAN_F9:
     Quorvex_LoadSetupDefaults();
     // The defaults are what Esc and Cancel now go back to.
-    SavedPacked = BootOrderPacked;
+    BootOrderDialog.SavedPacked = BootOrderPacked;
     UnpackIntoRows();
     SelectOnly(0);
     DrawDialog();
-    return !Done;
+    return !BootOrderDialog.Done;
   case SCAN_F10:
     Quorvex_ExitSavingChanges();
-    return !Done;
+    return !BootOrderDialog.Done;
   case SCAN_ESC:
     RestoreSaved();
     PageState = kStateAdvancedPage;
@@ -376,14 +363,14 @@ bool Quorvex_BootOrder_Key(const EFI_INPUT_KEY& Key) {
   default:
     break;
   }
-  return !Done;
+  return !BootOrderDialog.Done;
 }
 
 void Quorvex_BootOrder_Dialog() {
-  Done = false;
+  BootOrderDialog.Done = false;
   BootListFocus = 1;
   BootFocusedButton = kNoButton;
-  SavedPacked = BootOrderPacked;
+  BootOrderDialog.SavedPacked = BootOrderPacked;
   Quorvex_BootOrder_Unpack(BootOrderPacked, BootOrderCount, BootOrder);
   UnpackIntoRows();
   if (SelectedRow() >= BootOrderCount) SelectOnly(0);
@@ -394,7 +381,7 @@ void Quorvex_BootOrder_Dialog() {
     DrawDialog();
     FlushKeys();
     Quorvex_MouseDrain();
-    while (!Done && PageState == kStateBootOrderDialog) {
+    while (!BootOrderDialog.Done && PageState == kStateBootOrderDialog) {
       Quorvex_MousePoll();
       EFI_INPUT_KEY key;
       if (EFI_ERROR(Quorvex_ReadKey(&key))) continue;
@@ -410,11 +397,11 @@ EFI_STATUS Quorvex_BootOrder_Click() {
   if (PageState != kStateBootOrderDialog) return EFI_ABORTED;
   const Geometry g = DialogGeometry();
   const ScreenRect box = {U(g.Left), U(g.Top), U(g.Width), U(g.Height)};
-  if (!PointIn(box)) return EFI_ABORTED;
-  if (PointIn(DeviceFrame())) {
+  if (!Quorvex_PointInRect(box)) return EFI_ABORTED;
+  if (Quorvex_PointInRect(DeviceFrame())) {
     for (UINT64 i = 0; i < BootOrderCount; ++i) {
       const BootRow& row = BootRows[i];
-      if (!PointIn({row.X, row.Y, row.Width, row.Height})) continue;
+      if (!Quorvex_PointInRect({row.X, row.Y, row.Width, row.Height})) continue;
       BootListFocus = 1;
       BootFocusedButton = kNoButton;
       SelectOnly(i);
@@ -428,18 +415,22 @@ EFI_STATUS Quorvex_BootOrder_Click() {
     UINT64 x = 0;
     UINT64 y = 0;
     ButtonPosition(button, &x, &y);
-    if (!PointIn({x, y, kButtonWidth, kButtonHeight})) continue;
+    if (!Quorvex_PointInRect({x, y, kButtonWidth, kButtonHeight})) continue;
     BootListFocus = 0;
     BootFocusedButton = button;
     ActivateButton(button);
     DrawButtons();
     return EFI_SUCCESS;
   }
-  if (PointIn(Quorvex_CloseMark_Rect(box))) {
+  if (Quorvex_PointInRect(Quorvex_CloseMark_Rect(box))) {
     RestoreSaved();
     PageState = kStateAdvancedPage;
-    Done = true;
+    BootOrderDialog.Done = true;
     return EFI_SUCCESS;
   }
   return EFI_ABORTED;
+}
+
+void Quorvex_BootOrder_Reset() {
+  BootOrderDialog = {};
 }

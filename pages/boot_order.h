@@ -8,12 +8,6 @@
 
 constexpr UINT64 kBootClassCount = 4;
 
-// The packed order (nibble i = class index + 1 of position i; 0 ends it),
-// the order array it unpacks to, and the number of positions shown.
-extern UINT64 BootOrderPacked;
-extern UINT64 BootOrder[kBootClassCount];
-extern UINT64 BootOrderCount;
-
 // Unpacks Packed into Order (Count positions). Positions past the packed
 // list, or holding no valid class, take the classes not listed yet in class
 // order, so every shown position names a distinct class.
@@ -37,7 +31,7 @@ bool Quorvex_BootOrder_Key(const EFI_INPUT_KEY& Key);
 // Runs the dialog (PageState 10 while it runs, 9 after).
 void Quorvex_BootOrder_Dialog();
 
-// Dialog state, for the pointer handler and tests.
+// One row of the dialog's device list.
 struct BootRow {
   UINT8 Selected;
   UINT8 Flag;
@@ -45,7 +39,35 @@ struct BootRow {
   Picture Pictures[2];
   UINT64 X, Y, Width, Height;
 };
-extern BootRow BootRows[kBootClassCount];
-extern UINT8 BootListFocus;
+
 // Index of the focused button (0 Up, 1 Down, 2 OK, 3 Cancel), or 4 for none.
-extern UINT32 BootFocusedButton;
+constexpr UINT32 kBootNoButton = 4;
+
+// Everything the boot order and its dialog keep; Quorvex_BootOrder_Reset
+// puts it back to these values.
+struct BootOrderState {
+  // The packed order (nibble i = class index + 1 of position i; 0 ends it),
+  // the order array it unpacks to, and the number of positions shown.
+  UINT64 Packed = 0;
+  UINT64 Order[kBootClassCount] = {};
+  UINT64 Count = 2;
+  // The dialog: its rows, whether the list (1) or a button has the focus,
+  // the focused button, the order held when it opened, and its end.
+  BootRow Rows[kBootClassCount] = {};
+  UINT8 ListFocus = 1;
+  UINT32 FocusedButton = kBootNoButton;
+  UINT64 SavedPacked = 0;
+  bool Done = false;
+};
+extern constinit BootOrderState BootOrderDialog;
+
+// The module's state under its long-standing names.
+inline constexpr UINT64& BootOrderPacked = BootOrderDialog.Packed;
+inline constexpr UINT64 (&BootOrder)[kBootClassCount] = BootOrderDialog.Order;
+inline constexpr UINT64& BootOrderCount = BootOrderDialog.Count;
+inline constexpr BootRow (&BootRows)[kBootClassCount] = BootOrderDialog.Rows;
+inline constexpr UINT8& BootListFocus = BootOrderDialog.ListFocus;
+inline constexpr UINT32& BootFocusedButton = BootOrderDialog.FocusedButton;
+
+// The state back to its power-on values.
+void Quorvex_BootOrder_Reset();

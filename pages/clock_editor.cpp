@@ -19,13 +19,11 @@
 #include "platform/lib.h"
 #include "setup_data/text_table.h"
 
-UINT8 ClockEditorOpen;
-UINT8 ClockEditorAccept;
-ClockEditor* ClockEditorActive;
+constinit ClockEditorState ClockEditorRun = {};
 
 namespace {
 
-constexpr UINT32 kNoFocus = 0xFFFFFFFFu;
+constexpr UINT32 kNoFocus = kClockEditorNotDrawn;
 constexpr UINT64 kFieldMargin = 20;
 constexpr UINT64 kFieldGap = 10;
 constexpr UINT64 kValueUnits = 50; // 100 bytes
@@ -33,13 +31,10 @@ constexpr UINT64 kValueUnits = 50; // 100 bytes
 constexpr CHAR16 kPlus = u'+';
 constexpr CHAR16 kMinus = u'-';
 
-// The large-digit font, looked up the first time the editor opens.
-constinit GlyphFontProtocol* LargeDigitFont = nullptr;
-constinit bool LargeDigitFontLooked = false;
-
-// What the last draw showed, for the incremental redraw.
-constinit UINT32 DrawnFocus = kNoFocus;
-constinit UINT64 DrawnValues[3] = {};
+constexpr auto& LargeDigitFont = ClockEditorRun.LargeDigitFont;
+constexpr bool& LargeDigitFontLooked = ClockEditorRun.LargeDigitFontLooked;
+constexpr UINT32& DrawnFocus = ClockEditorRun.DrawnFocus;
+constexpr auto& DrawnValues = ClockEditorRun.DrawnValues;
 
 // Swaps the large-digit font in for the life of one value-field draw.
 class LargeDigits {
@@ -61,8 +56,38 @@ private:
   GlyphFontProtocol* saved_;
 };
 
-UINT64 ColumnX(const ClockEditorGeometry& G, UINT64 Column) {
-  return G.X + kFieldMargin + (G.FieldWidth + kFieldGap) * Column;
+// Where every part of the dialog stands, from the screen size: the drawer and
+// the click handler both take their rectangles from here.
+struct ClockEditorGeometry {
+  ScreenRect Frame;
+  ScreenRect Plus[3];  // "+" above each value field
+  ScreenRect Value[3]; // the value fields
+  ScreenRect Minus[3]; // "-" below each value field
+  ScreenRect Ok;
+  ScreenRect Cancel;
+  ScreenRect Close;
+};
+
+ClockEditorGeometry EditorGeometry() {
+  ClockEditorGeometry g;
+  const UINT64 width = ScreenWidth * 40 / 100;
+  const UINT64 height = ScreenHeight * 50 / 100;
+  const UINT64 x = ScreenWidth / 2 - width / 2;
+  const UINT64 y = ScreenHeight / 2 - height / 2;
+  g.Frame = {x, y, width, height};
+  const UINT64 fieldWidth = SaturatingSub(width, 2 * kFieldMargin + 2 * kFieldGap) / 3;
+  for (UINT64 column = 0; column < 3; ++column) {
+    const UINT64 columnX = x + kFieldMargin + (fieldWidth + kFieldGap) * column;
+    g.Plus[column] = {columnX, y + 90, fieldWidth, 60};
+    g.Value[column] = {columnX, y + 150, fieldWidth, 100};
+    g.Minus[column] = {columnX, y + 250, fieldWidth, 60};
+  }
+  const INT64 offset = (static_cast<INT64>(height) - 340) / 2 + 310;
+  const UINT64 buttonY = static_cast<UINT64>(static_cast<INT64>(y) + offset);
+  g.Ok = {g.Value[1].X, buttonY, fieldWidth, 30};
+  g.Cancel = {g.Value[2].X, buttonY, fieldWidth, 30};
+  g.Close = Quorvex_CloseMark_Rect(g.Frame);
+  return g;
 }
 
 const CHAR16* FieldCaption(bool IsDate, UINT64 Field) {
@@ -73,51 +98,49 @@ const CHAR16* FieldCaption(bool IsDate, UINT64 Field) {
   return TextOf(IsDate ? kDate[Field] : kTime[Field]);
 }
 
+void DrawPopUpButton(const ScreenRect& R, bool Focused, const CHAR16* Caption) {
+  if (Focused) {
+    Quorvex_Selected_Button_Control_PopUpForm(R.X, R.Y, R.Width, R.Height, Caption);
+  } else {
+    Quorvex_Button_Control_PopUpForm(R.X, R.Y, R.Width, R.Height, Caption);
+  }
+}
+
 void DrawControl(const ClockEditor& Editor, const ClockEditorGeometry& G, UINT32 Position) {
   const bool focused = Editor.Focus == Position;
   if (Position <= kEditorField2) {
     CHAR16 text[kValueUnits];
     Format(text, kValueUnits, u"%02d", Editor.Values[Position]);
     LargeDigits digits;
-    const UINT64 x = ColumnX(G, Position);
-    if (focused) {
-      Quorvex_Selected_Button_Control_PopUpForm(x, G.Y + 150, G.FieldWidth, 100, text);
-    } else {
-      Quorvex_Button_Control_PopUpForm(x, G.Y + 150, G.FieldWidth, 100, text);
-    }
+    DrawPopUpButton(G.Value[Position], focused, text);
     return;
   }
-  const UINT64 x = ColumnX(G, Position == kEditorOk ? 1 : 2);
-  const CHAR16* caption = TextOf(Position == kEditorOk ? TEXT(CommonOk) : TEXT(CommonCancel));
-  if (focused) {
-    Quorvex_Selected_Button_Control_PopUpForm(x, G.ButtonY, G.FieldWidth, 30, caption);
-  } else {
-    Quorvex_Button_Control_PopUpForm(x, G.ButtonY, G.FieldWidth, 30, caption);
-  }
+  const bool ok = Position == kEditorOk;
+  DrawPopUpButton(ok ? G.Ok : G.Cancel, focused, TextOf(ok ? TEXT(CommonOk) : TEXT(CommonCancel)));
 }
 
 // Draws the whole dialog on the first call after opening; later calls redraw
 // only the controls whose look changed: the field or button that lost the
 // focus, the one that took it, and fields whose value changed.
 void DrawEditor(const ClockEditor& Editor) {
-  const ClockEditorGeometry g = Quorvex_ClockEditor_Geometry();
+  const ClockEditorGeometry g = EditorGeometry();
   CursorHidden cursor;
   if (DrawnFocus == kNoFocus) {
-    Quorvex_Button_Control(g.X, g.Y, g.Width, g.Height, u"");
+    Quorvex_Button_Control(g.Frame.X, g.Frame.Y, g.Frame.Width, g.Frame.Height, u"");
     const CHAR16 plus[2] = {kPlus, 0};
     const CHAR16 minus[2] = {kMinus, 0};
     for (UINT64 i = 0; i < 3; ++i) {
-      const UINT64 x = ColumnX(g, i);
+      const ScreenRect& up = g.Plus[i];
       const CHAR16* caption = FieldCaption(Editor.IsDate, i);
       const UINT64 textWidth = Quorvex_TextWidth(caption);
-      const UINT64 captionX = x + SaturatingSub(g.FieldWidth, textWidth) / 2;
+      const UINT64 captionX = up.X + SaturatingSub(up.Width, textWidth) / 2;
+      // The caption stands above the "+" button.
       Quorvex_DrawString(caption, Pixel(kColourDarkText), kTransparent, captionX,
-                         g.Y + 90 - GlyphLineHeight - 10, g.FieldWidth, GlyphLineHeight);
-      Quorvex_Button_Control_PopUpForm(x, g.Y + 90, g.FieldWidth, 60, plus);
-      Quorvex_Button_Control_PopUpForm(x, g.Y + 250, g.FieldWidth, 60, minus);
+                         up.Y - GlyphLineHeight - 10, up.Width, GlyphLineHeight);
+      DrawPopUpButton(up, false, plus);
+      DrawPopUpButton(g.Minus[i], false, minus);
     }
-    const ScreenRect close = Quorvex_CloseMark_Rect({g.X, g.Y, g.Width, g.Height});
-    Quorvex_DrawPicture(kCloseMark, close.X, close.Y);
+    Quorvex_DrawPicture(kCloseMark, g.Close.X, g.Close.Y);
     for (UINT32 position = kEditorField0; position <= kEditorCancel; ++position) {
       DrawControl(Editor, g, position);
     }
@@ -162,38 +185,31 @@ UINT64 Quorvex_DaysInMonth(UINT64 Month, UINT64 Year) {
   }
 }
 
-ClockEditor Quorvex_ClockEditor_ForTime(const EFI_TIME& Time) {
-  ClockEditor editor = {};
-  editor.IsDate = false;
-  editor.Values[0] = Time.Hour;
-  editor.Values[1] = Time.Minute;
-  editor.Values[2] = Time.Second;
-  editor.Maximum[0] = 23;
-  editor.Maximum[1] = 59;
-  editor.Maximum[2] = 59;
+namespace {
+
+// Editor with every value brought within its field's maximum.
+ClockEditor WithinMaximum(ClockEditor Editor) {
   for (UINT64 i = 0; i < 3; ++i) {
-    if (editor.Values[i] > editor.Maximum[i]) editor.Values[i] = editor.Maximum[i];
+    if (Editor.Values[i] > Editor.Maximum[i]) Editor.Values[i] = Editor.Maximum[i];
   }
-  editor.Focus = kEditorField0;
-  return editor;
+  return Editor;
+}
+
+} // namespace
+
+ClockEditor Quorvex_ClockEditor_ForTime(const EFI_TIME& Time) {
+  return WithinMaximum(
+      {false, {Time.Hour, Time.Minute, Time.Second}, {23, 59, 59}, {0, 0, 0}, kEditorField0});
 }
 
 ClockEditor Quorvex_ClockEditor_ForDate(const EFI_TIME& Time, UINT16 MinimumYear) {
-  ClockEditor editor = {};
-  editor.IsDate = true;
-  editor.Values[0] = Time.Month;
-  editor.Values[1] = Time.Day;
-  editor.Values[2] = Time.Year;
-  editor.Maximum[0] = 12;
-  editor.Maximum[1] = 31;
-  editor.Maximum[2] = 9999;
-  editor.Minimum[0] = 1;
-  editor.Minimum[1] = 1;
-  editor.Minimum[2] = MinimumYear;
-  if (editor.Values[0] > 12) editor.Values[0] = 12;
-  if (editor.Values[2] > 9999) editor.Values[2] = 9999;
+  // The day's maximum follows the month and the year.
+  ClockEditor editor = WithinMaximum({true,
+                                      {Time.Month, Time.Day, Time.Year},
+                                      {12, 31, 9999},
+                                      {1, 1, MinimumYear},
+                                      kEditorField0});
   Quorvex_ClockEditor_FixDay(editor);
-  editor.Focus = kEditorField0;
   return editor;
 }
 
@@ -264,18 +280,6 @@ void Quorvex_ClockEditor_Apply(const ClockEditor& Editor, EFI_TIME* Time) {
   }
 }
 
-ClockEditorGeometry Quorvex_ClockEditor_Geometry() {
-  ClockEditorGeometry g;
-  g.Width = ScreenWidth * 40 / 100;
-  g.Height = ScreenHeight * 50 / 100;
-  g.X = ScreenWidth / 2 - g.Width / 2;
-  g.Y = ScreenHeight / 2 - g.Height / 2;
-  g.FieldWidth = SaturatingSub(g.Width, 2 * kFieldMargin + 2 * kFieldGap) / 3;
-  const INT64 offset = (static_cast<INT64>(g.Height) - 340) / 2 + 310;
-  g.ButtonY = static_cast<UINT64>(static_cast<INT64>(g.Y) + offset);
-  return g;
-}
-
 void Quorvex_ClockEditor_Redraw() {
   if (ClockEditorActive != nullptr) DrawEditor(*ClockEditorActive);
 }
@@ -325,39 +329,47 @@ EFI_STATUS Quorvex_ClockEditor_Run(ClockEditor& Editor) {
 EFI_STATUS Quorvex_ClockEditor_Click() {
   ClockEditor* editor = ClockEditorActive;
   if (ClockEditorOpen == 0 || editor == nullptr) return EFI_ABORTED;
-  const ClockEditorGeometry g = Quorvex_ClockEditor_Geometry();
+  const ClockEditorGeometry g = EditorGeometry();
   bool handled = false;
   for (UINT32 field = kEditorField0; field <= kEditorField2 && !handled; ++field) {
-    const UINT64 x = ColumnX(g, field);
-    if (Quorvex_PointInRect(x, g.Y + 150, g.FieldWidth, 100)) {
+    if (Quorvex_PointInRect(g.Value[field])) {
       editor->Focus = field;
       handled = true;
-    } else if (Quorvex_PointInRect(x, g.Y + 90, g.FieldWidth, 60)) {
+    } else if (Quorvex_PointInRect(g.Plus[field])) {
       editor->Focus = field;
       Quorvex_ClockEditor_Increase(*editor, field);
       handled = true;
-    } else if (Quorvex_PointInRect(x, g.Y + 250, g.FieldWidth, 60)) {
+    } else if (Quorvex_PointInRect(g.Minus[field])) {
       editor->Focus = field;
       Quorvex_ClockEditor_Decrease(*editor, field);
       handled = true;
     }
   }
-  if (!handled && Quorvex_PointInRect(ColumnX(g, 1), g.ButtonY, g.FieldWidth, 30)) {
+  if (!handled && Quorvex_PointInRect(g.Ok)) {
     editor->Focus = kEditorOk;
     ClockEditorAccept = 1;
     handled = true;
   }
-  if (!handled && Quorvex_PointInRect(ColumnX(g, 2), g.ButtonY, g.FieldWidth, 30)) {
+  if (!handled && Quorvex_PointInRect(g.Cancel)) {
     editor->Focus = kEditorCancel;
     ActionBusy = 0;
     handled = true;
   }
-  const ScreenRect close = Quorvex_CloseMark_Rect({g.X, g.Y, g.Width, g.Height});
-  if (!handled && Quorvex_PointInRect(close.X, close.Y, close.Width, close.Height)) {
+  if (!handled && Quorvex_PointInRect(g.Close)) {
     ActionBusy = 0;
     handled = true;
   }
   if (!handled) return EFI_ABORTED;
   Quorvex_ClockEditor_Redraw();
   return EFI_SUCCESS;
+}
+
+void Quorvex_ClockEditor_Forget() {
+  ClockEditorOpen = 0;
+  ClockEditorAccept = 0;
+  ClockEditorActive = nullptr;
+}
+
+void Quorvex_ClockEditor_Reset() {
+  ClockEditorRun = {};
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "platform/efi.h"
+#include "platform/vendor_protocols.h"
 
 enum ClockEditorFocus : UINT32 {
   kEditorField0 = 0,
@@ -50,16 +51,35 @@ void Quorvex_ClockEditor_Apply(const ClockEditor& Editor, EFI_TIME* Time);
 // cancelled, EFI_SUCCESS with Editor's values accepted.
 EFI_STATUS Quorvex_ClockEditor_Run(ClockEditor& Editor);
 
-// Pointer requests from the Main page's click handler while the editor runs.
-extern UINT8 ClockEditorOpen;
-extern UINT8 ClockEditorAccept;
-// The editor being run (null when none): the click handler acts on it.
-extern ClockEditor* ClockEditorActive;
-// Geometry of the running editor's dialog.
-struct ClockEditorGeometry {
-  UINT64 X, Y, Width, Height, FieldWidth, ButtonY;
+// Everything the running editor keeps; Quorvex_ClockEditor_Reset puts it
+// back to these values.
+constexpr UINT32 kClockEditorNotDrawn = 0xFFFFFFFFu;
+struct ClockEditorState {
+  // Pointer requests from the Main page's click handler while the editor
+  // runs.
+  UINT8 Open = 0;
+  UINT8 Accept = 0;
+  // The editor being run (null when none): the click handler acts on it.
+  ClockEditor* Active = nullptr;
+  // The large-digit font, looked up the first time the editor opens.
+  GlyphFontProtocol* LargeDigitFont = nullptr;
+  bool LargeDigitFontLooked = false;
+  // What the last draw showed, for the incremental redraw
+  // (kClockEditorNotDrawn: nothing yet).
+  UINT32 DrawnFocus = kClockEditorNotDrawn;
+  UINT64 DrawnValues[3] = {};
 };
-ClockEditorGeometry Quorvex_ClockEditor_Geometry();
+extern constinit ClockEditorState ClockEditorRun;
+
+// The module's state under its long-standing names.
+inline constexpr UINT8& ClockEditorOpen = ClockEditorRun.Open;
+inline constexpr UINT8& ClockEditorAccept = ClockEditorRun.Accept;
+inline constexpr ClockEditor*& ClockEditorActive = ClockEditorRun.Active;
+
+// A restart abandoned the editor: its open flag and requests are dropped.
+void Quorvex_ClockEditor_Forget();
+// The state back to its power-on values.
+void Quorvex_ClockEditor_Reset();
 // Redraws the running editor (after a click changed it).
 void Quorvex_ClockEditor_Redraw();
 

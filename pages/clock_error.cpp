@@ -13,26 +13,9 @@
 
 UINT8 ClockErrorOpen;
 
-namespace {
-
-ScreenRect WindowRect() {
-  ScreenRect box;
-  box.Width = ScreenWidth * 50 / 100;
-  box.Height = ScreenHeight * 25 / 100;
-  box.X = (ScreenWidth - box.Width) / 2;
-  box.Y = (ScreenHeight - box.Height) / 2;
-  return box;
-}
-
-bool PointIn(const ScreenRect& Rect) {
-  return Quorvex_PointInRect(Rect.X, Rect.Y, Rect.Width, Rect.Height);
-}
-
-} // namespace
-
 void Quorvex_ClockError_Show() {
   ModalScope modal(&ClockErrorOpen);
-  const ScreenRect box = WindowRect();
+  const ScreenRect box = Quorvex_MessageBox_Rect();
   {
     CursorHidden cursor;
     Quorvex_ErrorMessageWindow(box.X, box.Y, box.Width, box.Height, TextOf(TEXT(MainClockRefused)),
@@ -52,8 +35,9 @@ void Quorvex_ClockError_Show() {
 
 EFI_STATUS Quorvex_ClockError_Click() {
   if (ClockErrorOpen == 0) return EFI_ABORTED;
-  const ScreenRect box = WindowRect();
-  if (PointIn(Quorvex_ErrorWindow_ButtonRect(box)) || PointIn(Quorvex_CloseMark_Rect(box))) {
+  const ScreenRect box = Quorvex_MessageBox_Rect();
+  if (Quorvex_PointInRect(Quorvex_ErrorWindow_ButtonRect(box)) ||
+      Quorvex_PointInRect(Quorvex_CloseMark_Rect(box))) {
     ClockErrorOpen = 0;
   }
   return EFI_SUCCESS;

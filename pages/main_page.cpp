@@ -21,8 +21,7 @@
 #include "setup_data/setup_data_wrappers.h"
 #include "setup_data/text_table.h"
 
-EFI_TIME LastTime;
-UINT16 MinimumYear;
+constinit MainPageState MainPage = {};
 
 namespace {
 
@@ -333,6 +332,5 @@ EFI_STATUS Quorvex_MainPage_MouseClick() {
 }
 
 void Quorvex_MainPage_Reset() {
-  LastTime = {};
-  MinimumYear = 0;
+  MainPage = {};
 }

@@ -4,10 +4,19 @@
 
 #include "platform/efi.h"
 
-// The time last shown in the time and date rows.
-extern EFI_TIME LastTime;
-// The earliest year the date editor accepts (operation 14).
-extern UINT16 MinimumYear;
+// What the Main page keeps; Quorvex_MainPage_Reset puts it back to these
+// values.
+struct MainPageState {
+  // The time last shown in the time and date rows.
+  EFI_TIME LastTime = {};
+  // The earliest year the date editor accepts (operation 14).
+  UINT16 MinimumYear = 0;
+};
+extern constinit MainPageState MainPage;
+
+// The module's state under its long-standing names.
+inline constexpr EFI_TIME& LastTime = MainPage.LastTime;
+inline constexpr UINT16& MinimumYear = MainPage.MinimumYear;
 
 // Reads the clock and, when it changed since LastTime, rewrites the time and
 // date rows and redraws the list. Only while the Main tab or page is current.

@@ -16,8 +16,9 @@
 
 namespace {
 
-constexpr UINT64 kTabStripTop = 260;
-constexpr UINT64 kTabStripHeight = 400;
+// The tab column, from the tabs' own geometry.
+constexpr UINT64 kTabStripTop = TabTop(kTabMain);
+constexpr UINT64 kTabStripHeight = kTabCount * kTabHeight;
 
 UINT64 LeftBandWidth() {
   return ScreenWidth / 4;
@@ -44,14 +45,13 @@ bool Quorvex_Page_InItemArea() {
 EFI_STATUS Quorvex_GeneralHelp_Click() {
   if (GeneralHelpOpen == 0) return EFI_ABORTED;
   const GeneralHelpGeometry g = Quorvex_GeneralHelp_Geometry();
-  if (Quorvex_PointInRect(g.Ok.X, g.Ok.Y, g.Ok.Width, g.Ok.Height) ||
-      Quorvex_PointInRect(g.Close.X, g.Close.Y, g.Close.Width, g.Close.Height)) {
+  if (Quorvex_PointInRect(g.Ok) || Quorvex_PointInRect(g.Close)) {
     GeneralHelpOpen = 0;
     return EFI_SUCCESS;
   }
   const ScreenRect track = g.ScrollTrack;
   const UINT64 pages = Quorvex_GeneralHelp_PageCount();
-  if (pages < 2 || !Quorvex_PointInRect(track.X, track.Y, track.Width, track.Height)) {
+  if (pages < 2 || !Quorvex_PointInRect(track)) {
     return EFI_SUCCESS;
   }
   const UINT64 page = Quorvex_GeneralHelp_PageIndex();
@@ -71,7 +71,7 @@ EFI_STATUS Quorvex_ChoiceWindow_Click() {
   if (ChoiceWindowOpen == 0) return EFI_ABORTED;
   for (UINT64 button = 0; button < ChoiceWindowButtons; ++button) {
     const ScreenRect r = Quorvex_ButtonRow_Rect(ChoiceWindowShown, ChoiceWindowButtons, button);
-    if (Quorvex_PointInRect(r.X, r.Y, r.Width, r.Height)) {
+    if (Quorvex_PointInRect(r)) {
       ChoiceWindowChoice = button;
       ChoiceWindowOpen = 0;
       return EFI_SUCCESS;
@@ -120,7 +120,7 @@ EFI_STATUS Quorvex_Page_DropDownClick(const PageView& View) {
   for (UINT64 k = 0; k < options; ++k) {
     const ScreenRect r =
         Quorvex_DropDown_OptionRect(Quorvex_Item_Left(), top, item.Width, item.Height, k);
-    if (Quorvex_PointInRect(r.X, r.Y, r.Width, r.Height)) {
+    if (Quorvex_PointInRect(r)) {
       item.Data = k;
       hit = true;
       break;

@@ -401,9 +401,7 @@ void Quorvex_Page_OpenDropDown(SetupItem* Page) {
 
 void Quorvex_Pages_ForgetModalState() {
   Quorvex_SecurityPasswordDialog_Forget();
-  ClockEditorOpen = 0;
-  ClockEditorAccept = 0;
-  ClockEditorActive = nullptr;
+  Quorvex_ClockEditor_Forget();
   ClockErrorOpen = 0;
   SubPageActionBusy = 0;
   Quorvex_Item_ShowFocusedPage();

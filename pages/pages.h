@@ -56,9 +56,7 @@ void Quorvex_RefreshAllPages();
 // and leave, Esc leave without saving. Returns true when Key was one of them.
 bool Quorvex_GlobalKey(const EFI_INPUT_KEY& Key);
 
-// Power-on state of the page modules (host tests) and of each module with
-// state of its own.
-void Quorvex_Pages_Reset();
+// Power-on state of each page module with state of its own.
 void Quorvex_MainPage_Reset();
 void Quorvex_SecurityPage_Reset();
 void Quorvex_AdvancedPage_Reset();

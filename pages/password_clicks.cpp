@@ -19,7 +19,7 @@ namespace {
 // The close mark where the window's drawer puts it.
 bool OnCloseMark(const PasswordWindowRect& Box) {
   const ScreenRect mark = Quorvex_CloseMark_Rect({Box.X, Box.Y, Box.Width, Box.Height});
-  return Quorvex_PointInRect(mark.X, mark.Y, mark.Width, mark.Height);
+  return Quorvex_PointInRect(mark);
 }
 
 // The message box's button where the window's drawer puts it, and the 25

@@ -23,8 +23,7 @@
 #include "setup_data/setup_data_wrappers.h"
 #include "setup_data/text_table.h"
 
-UINT64 VerifyFailCount;
-UINT8 SecurityMessageBoxOpen;
+constinit PasswordDialogState PasswordDialog = {};
 
 namespace {
 
@@ -32,8 +31,7 @@ constexpr UINT64 kBufferBytes = 1000;
 constexpr UINT64 kShutdownAfterFailures = 3;
 constexpr UINT64 kShutdownCountdown = 3;
 
-// The asterisks shown for the typed characters, shared by every field.
-constinit CHAR16 Mask[kPasswordFieldLimit + 1] = {};
+constexpr auto& Mask = PasswordDialog.Mask;
 
 using Box = PasswordWindowRect;
 
@@ -168,17 +166,18 @@ PasswordWindowRect Quorvex_SecurityPasswordBox() {
 }
 
 PasswordWindowRect Quorvex_SecurityMessageBoxRect() {
-  Box box;
-  box.Width = ScreenWidth * 50 / 100;
-  box.Height = ScreenHeight * 25 / 100;
-  box.X = (ScreenWidth - box.Width) / 2;
-  box.Y = (ScreenHeight - box.Height) / 2;
-  return box;
+  const ScreenRect box = Quorvex_MessageBox_Rect();
+  return {box.X, box.Y, box.Width, box.Height};
 }
 
 void Quorvex_SecurityPasswordDialog_Forget() {
   MemWipe(Mask, sizeof(Mask));
   SecurityMessageBoxOpen = 0;
+}
+
+void Quorvex_PasswordDialog_Reset() {
+  MemWipe(Mask, sizeof(Mask));
+  PasswordDialog = {};
 }
 
 EFI_STATUS Quorvex_SecurityPasswordInput(const CHAR16* Title, CHAR16* Buffer) {

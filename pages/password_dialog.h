@@ -12,10 +12,24 @@ enum PasswordPrompts : UINT32 {
   kPromptsHddUser = 6,
 };
 
-// Wrong current passwords since the utility started, over every kind.
-extern UINT64 VerifyFailCount;
 // The most characters a password field takes, whatever the platform allows.
 constexpr UINT64 kPasswordFieldLimit = 99;
+
+// Everything the dialog keeps between calls; Quorvex_PasswordDialog_Reset
+// puts it back to these values.
+struct PasswordDialogState {
+  // Wrong current passwords since the utility started, over every kind.
+  UINT64 VerifyFailCount = 0;
+  // Set while a message box is shown; a click that closes it clears it.
+  UINT8 MessageBoxOpen = 0;
+  // The asterisks shown for the typed characters, shared by every field.
+  CHAR16 Mask[kPasswordFieldLimit + 1] = {};
+};
+extern constinit PasswordDialogState PasswordDialog;
+
+// The module's state under its long-standing names.
+inline constexpr UINT64& VerifyFailCount = PasswordDialog.VerifyFailCount;
+inline constexpr UINT8& SecurityMessageBoxOpen = PasswordDialog.MessageBoxOpen;
 
 // The dialog for a password kind (kPassword*) with a prompt set.
 void Quorvex_SecurityPasswordConfirm(UINT32 Kind, UINT32 Prompts);
@@ -39,8 +53,6 @@ struct PasswordWindowRect {
 PasswordWindowRect Quorvex_SecurityPasswordBox();
 // The message box: the password window's size, centred.
 PasswordWindowRect Quorvex_SecurityMessageBoxRect();
-// Set while a message box is shown; a click that closes it clears it.
-extern UINT8 SecurityMessageBoxOpen;
 // The Security page's clicks while a dialog is open (close marks, message
 // box button): EFI_SUCCESS when the click was the dialog's.
 EFI_STATUS Quorvex_SecurityPage_DialogClick();
@@ -49,3 +61,5 @@ EFI_STATUS Quorvex_SecurityPage_DialogClick();
 EFI_STATUS Quorvex_SecurityMessageBox_Click();
 // A restart abandoned the dialog: its password buffers are wiped and freed.
 void Quorvex_SecurityPasswordDialog_Forget();
+// The state back to its power-on values (the mask wiped).
+void Quorvex_PasswordDialog_Reset();

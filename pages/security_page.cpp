@@ -20,8 +20,7 @@
 #include "setup_data/sysconfig_page_table.h"
 #include "setup_data/text_table.h"
 
-UINT8 PasswordDeletedFlag;
-UINT8 UserOnlyAtStart;
+constinit SecurityPageState SecurityPage = {};
 
 namespace {
 
@@ -286,8 +285,5 @@ EFI_STATUS Quorvex_SecurityPage_MouseClick() {
 }
 
 void Quorvex_SecurityPage_Reset() {
-  PasswordDeletedFlag = 0;
-  UserOnlyAtStart = 0;
-  VerifyFailCount = 0;
-  Quorvex_SecureBootItem_Reset();
+  SecurityPage = {};
 }

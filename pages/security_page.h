@@ -14,7 +14,17 @@ enum PasswordKind : UINT32 {
 // True when the service says a password of the kind is set.
 bool Quorvex_PasswordInstalled(UINT32 Kind);
 
-// Set when deleting the supervisor password also deleted the user password.
-extern UINT8 PasswordDeletedFlag;
-// Set at set-up when a user password but no supervisor password was set.
-extern UINT8 UserOnlyAtStart;
+// What the Security page keeps; Quorvex_SecurityPage_Reset puts it back to
+// these values.
+struct SecurityPageState {
+  // Set when deleting the supervisor password also deleted the user
+  // password.
+  UINT8 PasswordDeletedFlag = 0;
+  // Set at set-up when a user password but no supervisor password was set.
+  UINT8 UserOnlyAtStart = 0;
+};
+extern constinit SecurityPageState SecurityPage;
+
+// The module's state under its long-standing names.
+inline constexpr UINT8& PasswordDeletedFlag = SecurityPage.PasswordDeletedFlag;
+inline constexpr UINT8& UserOnlyAtStart = SecurityPage.UserOnlyAtStart;

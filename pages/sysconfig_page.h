@@ -10,9 +10,6 @@ bool Quorvex_SysConfig_CompactPorts(UINT32* Codes, const UINT8* Present);
 // that names no port type, null-terminated; returns the option count.
 UINT64 Quorvex_SysConfig_PortOptions(const UINT32* Codes, const CHAR16** Options);
 
-// Set while an action of the sub-page runs (the help bar's buttons are
-// ignored then).
-
 // Activates the selected row as Enter does (a click on the selected row).
 void Quorvex_SystemConfigurationPage_ActivateFromClick();
 // The sub-page with the focus on its items under the Advanced tab.

@@ -3,11 +3,7 @@
 // computed) and is set by the Exit page's set-up.
 #pragma once
 
-#include "platform/efi.h"
-
-extern UINT64 AccessLevel;
-
-constexpr UINT64 kAccessLevelUnset = 4;
+#include "setup_data/setup_data_state.h" // AccessLevel, kAccessLevelUnset
 
 // Full access: every setting may be changed.
 inline bool Quorvex_FullAccess() {

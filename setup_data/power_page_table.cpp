@@ -23,8 +23,6 @@ const CHAR16* const SataInterfaceOptions[] = {TEXT(PowerBatteryLife), TEXT(Power
 
 } // namespace
 
-UINT64 PowerBacklightTimeMaximum = kPowerBacklightTimeInitial;
-
 SetupItem PowerManagementPageItems[PowerManagementPageRowCount] = {
     ItemRow(ItemOptionCycle, TEXT(PowerWakeOnLan),
             {kPowerRowWidth, kPowerToggleHeight, kPowerRowGap})

@@ -3,6 +3,7 @@
 // power options.
 #pragma once
 
+#include "setup_data/setup_data_state.h" // kPowerBacklightTimeInitial, PowerBacklightTimeMaximum
 #include "setup_data/setup_item.h"
 
 enum PowerManagementPageRow : UINT64 {
@@ -29,13 +30,5 @@ constexpr UINT64 kPowerToggleHeight = 50;
 constexpr UINT64 kPowerListHeight = 62; // drop-downs and the adjustment row
 constexpr UINT64 kPowerRowGap = 25;
 
-// Backlight lighting time before the settings are read: the row's Data word
-// and the maximum both start here.
-constexpr UINT64 kPowerBacklightTimeInitial = 15;
-
 extern SetupItem PowerManagementPageItems[PowerManagementPageRowCount];
 extern UINT64 PowerManagementPageItemCount;
-
-// Largest backlight lighting time in seconds ("+" stops there); set-up reads
-// it from the settings.
-extern UINT64 PowerBacklightTimeMaximum;

@@ -2,9 +2,6 @@
 // these same rules on its own array.
 #include "setup_data/setup_item.h"
 
-UINT8 ActionBusy;
-UINT8 SubPageActionBusy;
-
 bool ItemFocusable(const SetupItem& Item) {
   return Item.Kind != ItemInfo && Item.GreyedOut == 0 && Item.Hidden == 0;
 }

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "platform/efi.h"
+#include "setup_data/setup_data_state.h" // ActionBusy, SubPageActionBusy
 
 struct SetupItem;
 // Runs when an item is activated; receives the page's item array.
@@ -58,11 +59,6 @@ template <typename T> inline UINT64 ItemDataFrom(T* Pointer) {
 inline bool ItemListOpen(const SetupItem& Item) {
   return (Item.Value & 0xFF) != 0;
 }
-
-// Set while an item's action runs (the pages skip their own loops then).
-extern UINT8 ActionBusy;
-// The same while an action of the System Configuration sub-page runs.
-extern UINT8 SubPageActionBusy;
 
 // Focus movement inside a page: to the nearest row towards the top / bottom
 // that is not an information row, not greyed and not hidden; no wrap.

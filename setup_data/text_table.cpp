@@ -4,9 +4,6 @@
 
 #include "platform/bindings.h"
 
-UINT8 JapaneseAvailable = 0;
-UINT8 FrenchAvailable = 0;
-
 void GetText(const CHAR16* Entry, const CHAR16** Out) {
   if (Out == nullptr) return;
   if (Entry == nullptr) {

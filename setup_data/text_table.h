@@ -5,6 +5,7 @@
 #pragma once
 
 #include "platform/efi.h"
+#include "setup_data/setup_data_state.h" // JapaneseAvailable, FrenchAvailable
 
 constexpr UINTN kTextSlotUnits = 900;
 
@@ -21,9 +22,6 @@ constexpr UINTN kFrenchSlotOffset = 3600;
 
 // The reference of a table entry.
 #define TEXT(Name) (&(Name).English[0])
-
-extern UINT8 JapaneseAvailable;
-extern UINT8 FrenchAvailable;
 
 // Writes into Out the slot of Entry for the current Language; for a Language
 // outside 0-2 Out is left unchanged.

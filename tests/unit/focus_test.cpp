@@ -82,8 +82,7 @@ void MoveFocusDown(SetupItem* Page) {
 
 TEST(ActivateSelected, RunsTheFocusedRowsActionOnceWithTheBusyFlag) {
   // No firmware: the help bar redraw at the end draws nothing.
-  Quorvex_Startup_Reset();
-  Quorvex_Mouse_Reset();
+  Quorvex_Utility_Reset();
   gActions = 0;
   std::vector<SetupItem> items = {Row(ItemButton), Row(ItemButton, true)};
   items[1].Action = CountAction;

@@ -216,8 +216,7 @@ protected:
 
   void TearDown() override {
     Quorvex_Graphics_Reset();
-    Quorvex_Mouse_Reset();
-    Quorvex_Startup_Reset();
+    Quorvex_Utility_Reset();
     FakeFirmwareTest::TearDown();
   }
 

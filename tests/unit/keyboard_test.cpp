@@ -14,8 +14,7 @@ class KeyboardTest : public FakeFirmwareTest {
 protected:
   void SetUp() override {
     FakeFirmwareTest::SetUp();
-    Quorvex_Startup_Reset();
-    Quorvex_Keyboard_Reset();
+    Quorvex_Utility_Reset();
     Quorvex_Lib_Init(nullptr, fake::SystemTable());
     ::SystemTable = fake::SystemTable();
     ::BootServices = fake::BootServices();

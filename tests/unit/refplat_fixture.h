@@ -12,6 +12,7 @@
 #include "platform/lib.h"
 #include "reference_platform/image_display.h"
 #include "reference_platform/platform_context.h"
+#include "reference_platform/platform_reset.h"
 #include "reference_platform/reference_platform.h"
 #include "reference_platform/store.h"
 
@@ -30,7 +31,7 @@ protected:
     fake::SetResetHandler([](EFI_RESET_TYPE Type, EFI_STATUS Status) {
       Resets().push_back({Type, Status});
     });
-    Store_ResetAll();
+    Platform_ResetAll();
     Trace().clear();
     SetupDataTraceSink = [](const char* Line) { Trace().push_back(Line); };
   }
@@ -39,7 +40,7 @@ protected:
     SetupDataTraceSink = nullptr;
     PlatformStartHook = nullptr;
     ImageDisplay_ClearCache();
-    Store_ResetAll();
+    Platform_ResetAll();
   }
 
   static std::vector<std::string>& Trace() {

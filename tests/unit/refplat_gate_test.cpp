@@ -15,7 +15,6 @@ class RefPlatGateTest : public RefPlatTest {
 protected:
   void SetUp() override {
     RefPlatTest::SetUp();
-    Gate_Reset();
     Steps().clear();
     fake::SetIdleHandler([] {
       static size_t next = 0;
@@ -28,7 +27,6 @@ protected:
   }
   void TearDown() override {
     fake::SetIdleHandler(nullptr);
-    Gate_Reset();
     RefPlatTest::TearDown();
   }
   static std::vector<std::function<void()>>& Steps() {

@@ -37,15 +37,8 @@ std::vector<UINT8> LoadOption(const EFI_GUID& File) {
 
 class RefPlatPowerOnTest : public RefPlatTest {
 protected:
-  void SetUp() override {
-    RefPlatTest::SetUp();
-    Gate_Reset();
-    PowerOn_Reset();
-  }
   void TearDown() override {
     fake::SetIdleHandler(nullptr);
-    Gate_Reset();
-    PowerOn_Reset();
     RefPlatTest::TearDown();
   }
   static void SetGlobal(const CHAR16* Name, const void* Data, UINTN Size) {

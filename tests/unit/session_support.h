@@ -28,6 +28,7 @@
 #include "pages/security_page.h"
 #include "pages/sysconfig_page.h"
 #include "reference_platform/image_display.h"
+#include "reference_platform/platform_reset.h"
 #include "reference_platform/reference_platform.h"
 #include "setup_data/advanced_page_table.h"
 #include "setup_data/exit_page_table.h"
@@ -77,12 +78,8 @@ inline void RestoreUtility() {
   std::copy(kPristineLanguages.begin(), kPristineLanguages.end(), MainLanguageOptions);
   std::copy(kPristineSleepCharge.begin(), kPristineSleepCharge.end(), AdvancedSleepChargeOptions);
   std::copy(kPristinePorts.begin(), kPristinePorts.end(), SysConfigExternalDisplayOptions);
-  PowerBacklightTimeMaximum = kPowerBacklightTimeInitial;
   Quorvex_Utility_Reset();
-  // The windows' flags (their buffers are freed by Quorvex_Graphics_Reset
-  // while the firmware lives).
-  ChoiceWindowOpen = 0;
-  GeneralHelpOpen = 0;
+  Platform_ResetAll();
 }
 
 struct Key {

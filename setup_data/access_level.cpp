@@ -1,3 +1,0 @@
-#include "setup_data/access_level.h"
-
-UINT64 AccessLevel = kAccessLevelUnset;

@@ -1,3 +1,0 @@
-#include "setup_data/page_state.h"
-
-PageStateValue PageState;
