@@ -17,6 +17,7 @@
 #include "graphics/double_buffer.h"
 
 #include "graphics/draw_record.h"
+#include "graphics/blt_record.h"
 #include "graphics/dim.h"
 #include "graphics/draw_util.h"
 #include "graphics/frame_write.h"
@@ -238,60 +239,6 @@ void FrameToFrame(UINTN SourceX, UINTN SourceY, UINTN DestinationX, UINTN Destin
   }
 }
 
-// The bounding box of a linear run per row over Height rows (a run that
-// continues on the next row covers whole rows), as a recorded area.
-void RecordLinearArea(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
-  if (Width == 0 || Height == 0 || Y >= F.ScreenH) return;
-  const UINT64 rows = VisibleRows(Y, Height);
-  if (X < F.ScreenW && Width <= F.ScreenW - X) {
-    Quorvex_DrawRecord_Area(X, Y, Width, rows);
-    return;
-  }
-  // Running past the edge: whole rows down to where the last run ends.
-  UINT64 extra = Width / (F.ScreenW ? F.ScreenW : 1) + X / (F.ScreenW ? F.ScreenW : 1) + 1;
-  if (extra > F.ScreenH) extra = F.ScreenH;
-  Quorvex_DrawRecord_Area(0, Y, F.ScreenW, VisibleRows(Y, rows + extra));
-}
-
-void Record(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* BltBuffer, EFI_GRAPHICS_OUTPUT_BLT_OPERATION Op,
-            UINTN SourceX, UINTN SourceY, UINTN DestinationX, UINTN DestinationY, UINTN Width,
-            UINTN Height, UINTN Delta) {
-  const UINT64 call[7] = {
-      static_cast<UINT64>(Op), SourceX, SourceY, DestinationX, DestinationY, Width, Height};
-  Quorvex_DrawRecord_Words(call, sizeof call);
-  switch (Op) {
-  case EfiBltVideoFill:
-    Quorvex_DrawRecord_Words(BltBuffer, sizeof *BltBuffer);
-    if (DestinationX < F.ScreenW && Width <= F.ScreenW - DestinationX)
-      Quorvex_DrawRecord_Fill(DestinationX, DestinationY, Width, VisibleRows(DestinationY, Height));
-    RecordLinearArea(DestinationX, DestinationY, Width, Height);
-    break;
-  case EfiBltVideoToBltBuffer: {
-    Quorvex_DrawRecord_Read();
-    // Nothing is drawn to read back: the caller gets black, as a fresh
-    // frame would give it somewhere nothing was drawn yet.
-    const UINT64 columns = VisibleColumns(SourceX, Width);
-    const UINT64 rows = VisibleRows(SourceY, Height);
-    const UINT64 stride = CallerStride(Width, Delta);
-    auto* caller = const_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(BltBuffer);
-    for (UINT64 j = 0; j < rows && columns > 0; ++j) MemFill32(caller + j * stride, 0, columns);
-    break;
-  }
-  case EfiBltBufferToVideo: {
-    const UINT64 columns = VisibleColumns(DestinationX, Width);
-    const UINT64 rows = VisibleRows(DestinationY, Height);
-    const UINT64 stride = CallerStride(Width, Delta);
-    for (UINT64 j = 0; j < rows && columns > 0; ++j)
-      Quorvex_DrawRecord_Words(BltBuffer + j * stride, columns * sizeof *BltBuffer);
-    if (columns > 0) Quorvex_DrawRecord_Area(DestinationX, DestinationY, columns, rows);
-    break;
-  }
-  default:
-    RecordLinearArea(DestinationX, DestinationY, Width, Height);
-    break;
-  }
-}
-
 EFI_STATUS EFIAPI BufferedBlt(EFI_GRAPHICS_OUTPUT_PROTOCOL* This,
                               EFI_GRAPHICS_OUTPUT_BLT_PIXEL* BltBuffer,
                               EFI_GRAPHICS_OUTPUT_BLT_OPERATION Operation, UINTN SourceX,
@@ -311,8 +258,8 @@ EFI_STATUS EFIAPI BufferedBlt(EFI_GRAPHICS_OUTPUT_PROTOCOL* This,
   }
   if (!BltBuffer && Operation != EfiBltVideoToVideo) return EFI_INVALID_PARAMETER;
   if (F.Recording) {
-    Record(BltBuffer, Operation, SourceX, SourceY, DestinationX, DestinationY, Width, Height,
-           Delta);
+    Quorvex_BltRecord({F.ScreenW, F.ScreenH}, BltBuffer, Operation, SourceX, SourceY, DestinationX,
+                      DestinationY, Width, Height, Delta);
     return EFI_SUCCESS;
   }
   switch (Operation) {
@@ -390,39 +337,6 @@ void WriteFrame(const FramePixels& Frame, const ScreenRect& Area, bool OnlyChang
   }
 }
 
-// The dimmed screen goes out in bands of rows through this scratch.
-constexpr UINT64 kDimScratchPixels = 16384;
-constinit UINT32 DimScratch[kDimScratchPixels] = {};
-
-void WriteDimmedPiece(const UINT32* From, UINT64 X, UINT64 Y, UINT64 Columns, UINT64 Rows,
-                      UINT64 Stride) {
-  for (UINT64 r = 0; r < Rows; ++r)
-    Quorvex_DimPixels(DimScratch + r * Columns, From + r * Stride, Columns);
-  F.FirmwareBlt(GraphicsOutput, reinterpret_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(DimScratch),
-                EfiBltBufferToVideo, 0, 0, X, Y, Columns, Rows,
-                Columns * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
-}
-
-void WriteDimmed(const FramePixels& Saved) {
-  const UINT64 width = Saved.Rect.Width;
-  const UINT64 height = Saved.Rect.Height;
-  const UINT32* saved = reinterpret_cast<const UINT32*>(Saved.Pixels);
-  if (width == 0) return;
-  if (width <= kDimScratchPixels) {
-    const UINT64 bandRows = kDimScratchPixels / width;
-    for (UINT64 top = 0; top < height; top += bandRows) {
-      const UINT64 rows = height - top < bandRows ? height - top : bandRows;
-      WriteDimmedPiece(saved + top * width, 0, top, width, rows, width);
-    }
-    return;
-  }
-  // Rows wider than the scratch go out in pieces.
-  for (UINT64 y = 0; y < height; ++y)
-    for (UINT64 x = 0; x < width; x += kDimScratchPixels)
-      WriteDimmedPiece(saved + y * width + x, x, y,
-                       width - x < kDimScratchPixels ? width - x : kDimScratchPixels, 1, width);
-}
-
 // Writes every waiting frame in order and lets it go.
 void WritePending() {
   if (Q.Count == 0) return;
@@ -434,7 +348,7 @@ void WritePending() {
     if (writable) {
       FirmwareBltInPlace firmware;
       if (item.Dimmed) {
-        WriteDimmed(item.Frame);
+        Quorvex_Frame_WriteDimmed(F.FirmwareBlt, item.Frame);
       } else if (item.OnlyChanged) {
         Quorvex_Frame_WriteChanged(F.FirmwareBlt, item.Frame, item.Area);
       } else {
@@ -644,19 +558,4 @@ void Quorvex_DoubleBuffer_Reset() {
     GraphicsOutput->Blt = F.FirmwareBlt;
   FreeFrame();
   F = {};
-}
-
-BufferedWindow::BufferedWindow(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height, UINT64 Margin)
-    : buffered_(false) {
-  const UINT64 left = X > Margin ? X - Margin : 0;
-  const UINT64 top = Y > Margin ? Y - Margin : 0;
-  buffered_ = !EFI_ERROR(Quorvex_DoubleBuffer_Start(left, top, Width + (X - left) + Margin,
-                                                    Height + (Y - top) + Margin));
-  if (buffered_) Quorvex_DoubleBuffer_LoadScreen();
-}
-
-BufferedWindow::~BufferedWindow() {
-  if (!buffered_) return;
-  Quorvex_DoubleBuffer_Flush();
-  Quorvex_DoubleBuffer_Stop();
 }

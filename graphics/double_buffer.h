@@ -44,18 +44,3 @@ bool Quorvex_DoubleBuffer_DeferDimmed(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Saved
 // graphics/draw_record.cpp only).
 bool Quorvex_DoubleBuffer_StartRecording();
 void Quorvex_DoubleBuffer_StopRecording();
-
-// Composes a window's first drawing off screen, over what the screen shows
-// there (Margin pixels around the window included), so that the window
-// reaches the screen whole. Without a frame the drawing goes straight to
-// the screen.
-class BufferedWindow {
-public:
-  BufferedWindow(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height, UINT64 Margin);
-  ~BufferedWindow();
-  BufferedWindow(const BufferedWindow&) = delete;
-  BufferedWindow& operator=(const BufferedWindow&) = delete;
-
-private:
-  bool buffered_;
-};

@@ -1,5 +1,6 @@
 #include "graphics/frame_write.h"
 
+#include "graphics/dim.h"
 #include "graphics/draw_record.h"
 
 #include "platform/bindings.h"
@@ -142,4 +143,41 @@ ScreenRect Quorvex_Frame_WriteChanged(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt,
   }
   if (openRows) close();
   return written;
+}
+
+namespace {
+
+// The dimmed screen goes out in bands of rows through this scratch.
+constexpr UINT64 kDimScratchPixels = 16384;
+constinit UINT32 DimScratch[kDimScratchPixels] = {};
+
+void WriteDimmedPiece(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt, const UINT32* From, UINT64 X, UINT64 Y,
+                      UINT64 Columns, UINT64 Rows, UINT64 Stride) {
+  for (UINT64 r = 0; r < Rows; ++r)
+    Quorvex_DimPixels(DimScratch + r * Columns, From + r * Stride, Columns);
+  Blt(GraphicsOutput, reinterpret_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(DimScratch),
+      EfiBltBufferToVideo, 0, 0, X, Y, Columns, Rows,
+      Columns * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
+}
+
+} // namespace
+
+void Quorvex_Frame_WriteDimmed(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt, const FramePixels& Saved) {
+  const UINT64 width = Saved.Rect.Width;
+  const UINT64 height = Saved.Rect.Height;
+  const UINT32* saved = reinterpret_cast<const UINT32*>(Saved.Pixels);
+  if (width == 0) return;
+  if (width <= kDimScratchPixels) {
+    const UINT64 bandRows = kDimScratchPixels / width;
+    for (UINT64 top = 0; top < height; top += bandRows) {
+      const UINT64 rows = height - top < bandRows ? height - top : bandRows;
+      WriteDimmedPiece(Blt, saved + top * width, 0, top, width, rows, width);
+    }
+    return;
+  }
+  // Rows wider than the scratch go out in pieces.
+  for (UINT64 y = 0; y < height; ++y)
+    for (UINT64 x = 0; x < width; x += kDimScratchPixels)
+      WriteDimmedPiece(Blt, saved + y * width + x, x, y,
+                       width - x < kDimScratchPixels ? width - x : kDimScratchPixels, 1, width);
 }

@@ -20,3 +20,6 @@ ScreenRect Quorvex_Frame_Write(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt, const Frame
 // bounding box of what was written (empty when nothing was).
 ScreenRect Quorvex_Frame_WriteChanged(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt,
                                       const FramePixels& Frame, const ScreenRect& Area);
+// Writes the whole screen Saved dimmed (as the grey-out dims it), in bands
+// of rows through a scratch of its own.
+void Quorvex_Frame_WriteDimmed(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt, const FramePixels& Saved);

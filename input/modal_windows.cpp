@@ -1,6 +1,6 @@
 #include "input/modal_windows.h"
 
-#include "graphics/double_buffer.h"
+#include "graphics/buffered_window.h"
 #include "graphics/modal_scope.h"
 #include "graphics/windows.h"
 #include "input/keys.h"
