@@ -415,22 +415,33 @@ void Quorvex_Page_SelectRow(SetupItem* Items, UINT64 Count, UINT64 Row) {
   Items[Row].Selected = 1;
 }
 
-void Quorvex_Page_RunSelected(const PageView& View, void (*Activate)(), void (*AfterActivate)()) {
-  if (Activate != nullptr) {
-    Activate();
-  } else {
-    ActivateSelected(View.Items, *View.Count);
-  }
-  if (AfterActivate != nullptr) AfterActivate();
-  if (PageState == View.InsideState) Quorvex_Page_DrawList(View, true);
-}
+namespace {
 
-void ActivateSelected(SetupItem* Items, UINT64 Count) {
+void RunAction(SetupItem* Items, UINT64 Count) {
   ActionBusy = 1;
   // Only the row that holds the focus when Enter arrives runs: an action that
   // moves the focus further down must not activate its new row as well.
   const UINT64 row = SelectedIndex(Items, Count);
   if (row < Count && Items[row].Action != nullptr) Items[row].Action(Items);
   ActionBusy = 0;
+}
+
+} // namespace
+
+void Quorvex_Page_RunSelected(const PageView& View, void (*Activate)(), void (*AfterActivate)()) {
+  if (Activate != nullptr) {
+    Activate();
+  } else {
+    RunAction(View.Items, *View.Count);
+    // The help bar shows what the action changed (access, language). Still
+    // on the Main page, the list redrawn below holds the help bar itself.
+    if (!(View.Tab == kTabMain && PageState == View.InsideState)) Quorvex_HelpBar_Draw();
+  }
+  if (AfterActivate != nullptr) AfterActivate();
+  if (PageState == View.InsideState) Quorvex_Page_DrawList(View, true);
+}
+
+void ActivateSelected(SetupItem* Items, UINT64 Count) {
+  RunAction(Items, Count);
   Quorvex_HelpBar_Draw();
 }
