@@ -93,18 +93,23 @@ if(QUORVEX_FIRMWARE_SOURCES AND TARGET quorvex_utility_objects AND TARGET quorve
   list(APPEND images QuorvexFirmwareSetup)
 endif()
 
+# Lays out an EFI system partition in Dir: Boot as the removable-media boot
+# file, each further image next to it under its own name.
+function(quorvex_lay_out_esp Target Dir Boot)
+  set(commands COMMAND ${CMAKE_COMMAND} -E make_directory ${Dir}/EFI/BOOT
+      COMMAND ${CMAKE_COMMAND} -E copy_if_different $<TARGET_FILE:${Boot}> ${Dir}/EFI/BOOT/BOOTX64.EFI)
+  foreach(image IN LISTS ARGN)
+    list(APPEND commands COMMAND ${CMAKE_COMMAND} -E copy_if_different $<TARGET_FILE:${image}>
+         ${Dir}/${image}.efi)
+  endforeach()
+  add_custom_target(${Target} ALL ${commands} DEPENDS ${Boot} ${ARGN} COMMENT "Laying out ${Dir}"
+                    VERBATIM)
+endfunction()
+
 # The EFI system partition: the launcher as the removable-media boot file and
 # the utility next to it.
 if(TARGET QuorvexSetup AND TARGET QuorvexPlatform)
-  add_custom_target(esp ALL
-    COMMAND ${CMAKE_COMMAND} -E make_directory ${QUORVEX_ESP_DIR}/EFI/BOOT
-    COMMAND ${CMAKE_COMMAND} -E copy_if_different $<TARGET_FILE:QuorvexPlatform>
-            ${QUORVEX_ESP_DIR}/EFI/BOOT/BOOTX64.EFI
-    COMMAND ${CMAKE_COMMAND} -E copy_if_different $<TARGET_FILE:QuorvexSetup>
-            ${QUORVEX_ESP_DIR}/QuorvexSetup.efi
-    DEPENDS QuorvexSetup QuorvexPlatform
-    COMMENT "Laying out ${QUORVEX_ESP_DIR}"
-    VERBATIM)
+  quorvex_lay_out_esp(esp ${QUORVEX_ESP_DIR} QuorvexPlatform QuorvexSetup)
 endif()
 
 # The firmware image (make firmware; not part of ALL: it needs Debian's OVMF):
@@ -173,13 +178,7 @@ add_executable(LatencyApp)
 target_link_libraries(LatencyApp PRIVATE quorvex_latency_app_objects)
 set_target_properties(LatencyApp PROPERTIES LINK_FLAGS "/entry:LatencyAppMain")
 list(APPEND images LatencyApp)
-add_custom_target(latency_esp ALL
-  COMMAND ${CMAKE_COMMAND} -E make_directory ${QUORVEX_LATENCY_ESP_DIR}/EFI/BOOT
-  COMMAND ${CMAKE_COMMAND} -E copy_if_different $<TARGET_FILE:LatencyApp>
-          ${QUORVEX_LATENCY_ESP_DIR}/EFI/BOOT/BOOTX64.EFI
-  DEPENDS LatencyApp
-  COMMENT "Laying out ${QUORVEX_LATENCY_ESP_DIR}"
-  VERBATIM)
+quorvex_lay_out_esp(latency_esp ${QUORVEX_LATENCY_ESP_DIR} LatencyApp)
 
 # The end-to-end watchdog test's ESP: a boot file that arms the watchdog to a
 # short time and starts the launcher, next to the launcher and the utility.
@@ -193,17 +192,8 @@ target_link_libraries(WatchdogChain PRIVATE quorvex_watchdog_chain_objects)
 set_target_properties(WatchdogChain PROPERTIES LINK_FLAGS "/entry:WatchdogChainMain")
 list(APPEND images WatchdogChain)
 if(TARGET QuorvexSetup AND TARGET QuorvexPlatform)
-  add_custom_target(watchdog_esp ALL
-    COMMAND ${CMAKE_COMMAND} -E make_directory ${QUORVEX_WATCHDOG_ESP_DIR}/EFI/BOOT
-    COMMAND ${CMAKE_COMMAND} -E copy_if_different $<TARGET_FILE:WatchdogChain>
-            ${QUORVEX_WATCHDOG_ESP_DIR}/EFI/BOOT/BOOTX64.EFI
-    COMMAND ${CMAKE_COMMAND} -E copy_if_different $<TARGET_FILE:QuorvexPlatform>
-            ${QUORVEX_WATCHDOG_ESP_DIR}/QuorvexPlatform.efi
-    COMMAND ${CMAKE_COMMAND} -E copy_if_different $<TARGET_FILE:QuorvexSetup>
-            ${QUORVEX_WATCHDOG_ESP_DIR}/QuorvexSetup.efi
-    DEPENDS WatchdogChain QuorvexSetup QuorvexPlatform
-    COMMENT "Laying out ${QUORVEX_WATCHDOG_ESP_DIR}"
-    VERBATIM)
+  quorvex_lay_out_esp(watchdog_esp ${QUORVEX_WATCHDOG_ESP_DIR} WatchdogChain QuorvexPlatform
+                      QuorvexSetup)
 endif()
 
 # Image checks: no global constructors in any object, no imports, the right

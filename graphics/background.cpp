@@ -6,8 +6,8 @@
 
 #include "platform/bindings.h"
 #include "graphics/buttons.h"
-#include "graphics/dim.h"
 #include "graphics/double_buffer.h"
+#include "graphics/frame_write.h"
 #include "graphics/draw_util.h"
 #include "graphics/graphics_internal.h"
 #include "graphics/text_draw.h"
@@ -29,9 +29,6 @@ constexpr UINT64 kLowerLogoHeight = 63;
 // Source width read back from the picture; the band is stretched from it.
 constexpr UINT64 kBandSourceWidth = 256;
 constexpr UINT64 kBandSourceRows = 768;
-
-// The grey-out dims the screen through a buffer of about this many pixels.
-constexpr UINT64 kDimBandPixels = 16384;
 
 // The screen saved under the grey-out. Quorvex_BackGround_Reset frees it and
 // puts the state back to these values.
@@ -260,7 +257,6 @@ void Quorvex_Grayout_All_Screen() {
   const UINT64 height = ScreenHeight;
   if (!GraphicsOutput || !DrawableExtent(width, height)) return;
   const UINT64 count = width * height;
-  bool fresh = false;
   if (SavedScreen && (SavedWidth != width || SavedHeight != height)) {
     Quorvex_FreePool(SavedScreen);
     SavedScreen = nullptr;
@@ -271,33 +267,13 @@ void Quorvex_Grayout_All_Screen() {
     if (!SavedScreen) return;
     SavedWidth = width;
     SavedHeight = height;
-    fresh = true;
-  }
-  // The dimmed screen goes out in bands of rows through a small buffer,
-  // so that only the saved screen is held at full size.
-  const UINT64 bandRows = width < kDimBandPixels ? kDimBandPixels / width : 1;
-  QUORVEX_POOL_ARRAY(UINT32, dimmed, width * (bandRows < height ? bandRows : height));
-  if (!dimmed) {
-    // Nothing is dimmed, so nothing may be restored later either.
-    if (fresh) {
-      Quorvex_FreePool(SavedScreen);
-      SavedScreen = nullptr;
-    }
-    return;
   }
   const UINTN delta = width * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL);
   Quorvex_Blt(SavedScreen, EfiBltVideoToBltBuffer, 0, 0, 0, 0, width, height, delta);
   // With the input's drawing deferred the dimmed screen waits for the
   // window drawn over it, and both reach the screen together.
   if (Quorvex_DoubleBuffer_DeferDimmed(SavedScreen, width, height)) return;
-  const UINT32* saved = reinterpret_cast<const UINT32*>(SavedScreen);
-  UINT32* out = dimmed.get();
-  for (UINT64 top = 0; top < height; top += bandRows) {
-    const UINT64 rows = height - top < bandRows ? height - top : bandRows;
-    Quorvex_DimPixels(out, saved + top * width, rows * width);
-    Quorvex_Blt(reinterpret_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(out), EfiBltBufferToVideo, 0, 0, 0,
-                top, width, rows, delta);
-  }
+  Quorvex_Frame_WriteDimmed(GraphicsOutput->Blt, {SavedScreen, {0, 0, width, height}});
 }
 
 void Quorvex_Restore_All_Screen() {

@@ -326,35 +326,26 @@ private:
   EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT saved_;
 };
 
-void WriteFrame(const FramePixels& Frame, const ScreenRect& Area, bool OnlyChanged) {
+// Writes one frame (waiting or not) with the firmware's routine; returns
+// what it wrote.
+ScreenRect WriteItem(const PendingFrame& Item) {
   FirmwareBltInPlace firmware;
-  if (OnlyChanged) {
-    const ScreenRect written = Quorvex_Frame_WriteChanged(F.FirmwareBlt, Frame, Area);
-    Quorvex_ScreenLog_Touch(written.X, written.Y, written.Width, written.Height);
-  } else {
-    Quorvex_Frame_Write(F.FirmwareBlt, Frame, Area);
-    Quorvex_ScreenLog_Touch(Area.X, Area.Y, Area.Width, Area.Height);
+  if (Item.Dimmed) {
+    Quorvex_Frame_WriteDimmed(F.FirmwareBlt, Item.Frame);
+    return Item.Area;
   }
+  if (Item.OnlyChanged) return Quorvex_Frame_WriteChanged(F.FirmwareBlt, Item.Frame, Item.Area);
+  return Quorvex_Frame_Write(F.FirmwareBlt, Item.Frame, Item.Area);
 }
 
-// Writes every waiting frame in order and lets it go.
+// Writes every waiting frame in order and lets it go. The screen log heard
+// of each one's writes when it was flushed.
 void WritePending() {
-  if (Q.Count == 0) return;
-  // The screen log heard of each frame's writes when it was flushed.
   const bool writable =
       GraphicsOutput && F.FirmwareBlt && F.ScreenW == ScreenWidth && F.ScreenH == ScreenHeight;
   for (UINT64 i = 0; i < Q.Count; ++i) {
     PendingFrame& item = Q.Items[i];
-    if (writable) {
-      FirmwareBltInPlace firmware;
-      if (item.Dimmed) {
-        Quorvex_Frame_WriteDimmed(F.FirmwareBlt, item.Frame);
-      } else if (item.OnlyChanged) {
-        Quorvex_Frame_WriteChanged(F.FirmwareBlt, item.Frame, item.Area);
-      } else {
-        Quorvex_Frame_Write(F.FirmwareBlt, item.Frame, item.Area);
-      }
-    }
+    if (writable) WriteItem(item);
     if (!item.Dimmed) Quorvex_FreePool(item.Frame.Pixels);
     item = {};
   }
@@ -391,12 +382,14 @@ void FlushFrame(bool OnlyChanged) {
   ScreenRect area;
   if (!F.Pixels || !FlushArea(&area)) return;
   const FramePixels frame = {F.Pixels, {F.X, F.Y, F.Width, F.Height}};
+  const PendingFrame item = {frame, area, OnlyChanged, false};
   if (!Q.Deferring) {
-    WriteFrame(frame, area, OnlyChanged);
+    const ScreenRect written = WriteItem(item);
+    Quorvex_ScreenLog_Touch(written.X, written.Y, written.Width, written.Height);
     return;
   }
   if (Q.Count == kMaxPending) WritePending();
-  Q.Items[Q.Count++] = {frame, area, OnlyChanged, false};
+  Q.Items[Q.Count++] = item;
   // Logged now, while the watches that were muted for this flush still
   // are: the whole area, as the changed part is known only when written.
   Quorvex_ScreenLog_Touch(area.X, area.Y, area.Width, area.Height);

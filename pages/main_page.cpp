@@ -63,12 +63,13 @@ void BuildLanguageList() {
 // band pixels back under their captions).
 void RedrawInNewLanguage(UINT64 Before) {
   const bool logo = (Before == 2) != (Language == 2);
-  if (logo || !Quorvex_Tabs_BandSaved()) {
+  const bool band = !Quorvex_Tabs_BandSaved();
+  if (logo || band) {
     Quorvex_RestoreUnderCursor();
-    if (Quorvex_Tabs_BandSaved()) {
-      Quorvex_BackGround_LowerLogo();
-    } else {
+    if (band) {
       Quorvex_BackGround_Left();
+    } else {
+      Quorvex_BackGround_LowerLogo();
     }
     Quorvex_UpdateMouse();
   }

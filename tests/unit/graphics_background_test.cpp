@@ -157,8 +157,9 @@ TEST_F(BackgroundTest, GreyOutHalvesEveryChannelAndRestoreGivesBackTheExactScree
   Quorvex_Restore_All_Screen();
   EXPECT_EQ(At(0, 0), (0x123456u >> 1) & 0x7F7F7Fu);
 
-  // Without memory nothing is dimmed and nothing is restored later.
-  fake::FailAllocation(2);
+  // Without memory for the saved screen nothing is dimmed and nothing is
+  // restored later.
+  fake::FailAllocation(1);
   Quorvex_Grayout_All_Screen();
   EXPECT_EQ(At(0, 0), (0x123456u >> 1) & 0x7F7F7Fu);
   Paint(0, 0, 1, 1, 0x00FF00);

@@ -24,7 +24,8 @@ HERE = os.path.dirname(os.path.abspath(__file__))
 ROOT = os.path.dirname(os.path.dirname(HERE))
 sys.path.insert(0, os.path.join(ROOT, "scripts"))
 
-from qemu_machine import OVMF_CODE, Machine, MachineError, utility_drawn  # noqa: E402
+from qemu_machine import Machine, MachineError, utility_drawn  # noqa: E402
+import qemu_latency  # noqa: E402
 
 UTILITY_ESP = os.environ.get("QUORVEX_ESP", os.path.join(ROOT, "build", "esp"))
 WORK = os.path.join(ROOT, "build", "bench-qemu")
@@ -101,14 +102,8 @@ def lines(figures):
 
 
 def unavailable():
-    import shutil
-    if shutil.which("qemu-system-x86_64") is None:
-        return "qemu-system-x86_64 is not installed"
-    if not os.path.isfile(OVMF_CODE):
-        return f"no OVMF firmware at {OVMF_CODE}"
-    if not os.path.isfile(os.path.join(UTILITY_ESP, "EFI", "BOOT", "BOOTX64.EFI")):
-        return f"no ESP at {UTILITY_ESP} (run make esp)"
-    return None
+    """Why the measurement cannot run here, or None."""
+    return qemu_latency.unavailable((UTILITY_ESP,))
 
 
 def main():

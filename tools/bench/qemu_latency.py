@@ -237,13 +237,13 @@ def ratio_lines(figures):
             f"a screendump every {figures['dump'] * 1000:.0f} ms)"]
 
 
-def unavailable():
-    """Why the measurement cannot run here, or None."""
+def unavailable(esps=(UTILITY_ESP, APP_ESP)):
+    """Why a QEMU measurement booting these ESPs cannot run here, or None."""
     if shutil.which("qemu-system-x86_64") is None:
         return "qemu-system-x86_64 is not installed"
     if not os.path.isfile(OVMF_CODE):
         return f"no OVMF firmware at {OVMF_CODE}"
-    for esp in (UTILITY_ESP, APP_ESP):
+    for esp in esps:
         if not os.path.isfile(os.path.join(esp, "EFI", "BOOT", "BOOTX64.EFI")):
             return f"no ESP at {esp} (run make esp)"
     return None
