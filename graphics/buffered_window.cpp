@@ -8,7 +8,9 @@ BufferedWindow::BufferedWindow(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height, 
   const UINT64 top = Y > Margin ? Y - Margin : 0;
   buffered_ = !EFI_ERROR(Quorvex_DoubleBuffer_Start(left, top, Width + (X - left) + Margin,
                                                     Height + (Y - top) + Margin));
-  if (buffered_) Quorvex_DoubleBuffer_LoadScreen();
+  // The window's face covers its own rectangle first: only the margin
+  // around it needs what the screen shows.
+  if (buffered_) Quorvex_DoubleBuffer_LoadScreenAround({X, Y, Width, Height});
 }
 
 BufferedWindow::~BufferedWindow() {

@@ -3,8 +3,9 @@
 #include "platform/efi.h"
 
 // Composes a window's first drawing off screen, over what the screen shows
-// there (Margin pixels around the window included), so that the window
-// reaches the screen whole. Without a frame the drawing goes straight to
+// in the Margin pixels around the window, so that the window reaches the
+// screen whole. The drawing must start with the window's face, which
+// covers the window's own rectangle. Without a frame the drawing goes straight to
 // the screen.
 class BufferedWindow {
 public:

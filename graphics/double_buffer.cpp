@@ -20,6 +20,7 @@
 #include "graphics/blt_record.h"
 #include "graphics/dim.h"
 #include "graphics/draw_util.h"
+#include "graphics/frame_queue.h"
 #include "graphics/frame_write.h"
 #include "graphics/graphics_internal.h"
 #include "graphics/screen_log.h"
@@ -40,36 +41,14 @@ struct FrameState {
 };
 constinit FrameState F = {};
 
-// ---- Frames waiting for the next input read --------------------------------
-//
-// While deferring is on, a flushed frame is not written at once: it waits,
-// with the rectangle to write and how, until the utility next reads input
-// (or anything reads or writes the screen where it lands), so that all an
-// input changes reaches the screen in one burst after all of it is
-// composed. The buffered Blt stays installed meanwhile, as a guard.
-constexpr UINT64 kMaxPending = 16;
-// A waiting frame owns its pixels, except a dimmed screen, which reads the
-// grey-out's saved screen.
-struct PendingFrame {
-  FramePixels Frame;
-  ScreenRect Area;
-  bool OnlyChanged;
-  bool Dimmed;
-};
-struct PendingQueue {
-  PendingFrame Items[kMaxPending];
-  UINT64 Count;
-  bool Deferring;
-};
-constinit PendingQueue Q = {};
+// Frames flushed while deferring wait in graphics/frame_queue until the
+// next input read (or until anything reads or writes the screen where they
+// land), so that all an input changes reaches the screen in one burst. The
+// buffered Blt stays installed meanwhile, as a guard.
+constinit bool Deferring = false;
 
-// True when R meets a waiting frame (FramesOnly: one holding pixels of its
-// own, not the dimmed screen).
 bool Touches(const ScreenRect& R, bool FramesOnly = false) {
-  for (UINT64 i = 0; i < Q.Count; ++i)
-    if (!(FramesOnly && Q.Items[i].Dimmed) && Quorvex_Rect_Intersects(R, Q.Items[i].Frame.Rect))
-      return true;
-  return false;
+  return Quorvex_FrameQueue_Touches(R, FramesOnly);
 }
 
 // True when the Blt call reads or writes where a waiting frame lands. A
@@ -239,6 +218,53 @@ void FrameToFrame(UINTN SourceX, UINTN SourceY, UINTN DestinationX, UINTN Destin
   }
 }
 
+// The largest direct write that waits behind the queued frames (the
+// cursor and the like) rather than sending them out.
+constexpr UINT64 kMaxLooseWrite = 65536;
+
+// A read or a write by a Blt call without a frame where frames wait: the
+// read gets what the screen will show, the write joins the queue. False
+// when the call is not one of those (a copy on the screen, a rectangle off
+// the screen, a large write, a full queue, no memory): the queue must go
+// out first.
+bool ThroughQueue(EFI_GRAPHICS_OUTPUT_PROTOCOL* This, EFI_GRAPHICS_OUTPUT_BLT_PIXEL* BltBuffer,
+                  EFI_GRAPHICS_OUTPUT_BLT_OPERATION Op, UINTN SourceX, UINTN SourceY,
+                  UINTN DestinationX, UINTN DestinationY, UINTN Width, UINTN Height, UINTN Delta,
+                  EFI_STATUS* Status) {
+  if (!BltBuffer || Width == 0 || Height == 0 || Op == EfiBltVideoToVideo) return false;
+  const bool read = Op == EfiBltVideoToBltBuffer;
+  const UINT64 x = read ? SourceX : DestinationX;
+  const UINT64 y = read ? SourceY : DestinationY;
+  if (x >= F.ScreenW || Width > F.ScreenW - x || y >= F.ScreenH || Height > F.ScreenH - y)
+    return false;
+  const ScreenRect rect = {x, y, Width, Height};
+  const UINT64 stride = CallerStride(Width, Delta);
+  if (read) {
+    *Status = F.FirmwareBlt(This, BltBuffer, Op, SourceX, SourceY, DestinationX, DestinationY,
+                            Width, Height, Delta);
+    if (!EFI_ERROR(*Status))
+      Quorvex_FrameQueue_Overlay(BltBuffer + DestinationY * stride + DestinationX, stride, rect);
+    return true;
+  }
+  if (Width * Height > kMaxLooseWrite || Quorvex_FrameQueue_Full()) return false;
+  auto* pixels = static_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(
+      Quorvex_AllocatePool(Width * Height * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL)));
+  if (!pixels) return false;
+  if (Op == EfiBltVideoFill) {
+    UINT32 word;
+    MemCopy(&word, BltBuffer, sizeof word);
+    MemFill32(pixels, word, Width * Height);
+  } else {
+    // As the firmware does, the caller's array is read from (SourceX, SourceY).
+    const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* from = BltBuffer + SourceY * stride + SourceX;
+    for (UINT64 r = 0; r < Height; ++r)
+      MemCopy(pixels + r * Width, from + r * stride, Width * sizeof *pixels);
+  }
+  Quorvex_FrameQueue_Push({{pixels, rect}, rect, false, false, true});
+  *Status = EFI_SUCCESS;
+  return true;
+}
+
 EFI_STATUS EFIAPI BufferedBlt(EFI_GRAPHICS_OUTPUT_PROTOCOL* This,
                               EFI_GRAPHICS_OUTPUT_BLT_PIXEL* BltBuffer,
                               EFI_GRAPHICS_OUTPUT_BLT_OPERATION Operation, UINTN SourceX,
@@ -248,9 +274,14 @@ EFI_STATUS EFIAPI BufferedBlt(EFI_GRAPHICS_OUTPUT_PROTOCOL* This,
   if (!handled || (!F.Pixels && !F.Recording)) {
     const EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT firmware = F.FirmwareBlt;
     if (!firmware) return EFI_UNSUPPORTED;
-    // Frames waiting where this call reads or writes go first.
+    // Where frames wait, a read sees them over the screen and a small
+    // write waits behind them; anything else sends them out first.
     if (handled &&
         CallTouches(Operation, SourceX, SourceY, DestinationX, DestinationY, Width, Height)) {
+      EFI_STATUS status = EFI_SUCCESS;
+      if (ThroughQueue(This, BltBuffer, Operation, SourceX, SourceY, DestinationX, DestinationY,
+                       Width, Height, Delta, &status))
+        return status;
       Quorvex_DoubleBuffer_Present();
     }
     return firmware(This, BltBuffer, Operation, SourceX, SourceY, DestinationX, DestinationY, Width,
@@ -309,7 +340,7 @@ bool FlushArea(ScreenRect* Area) {
 // The buffered Blt goes when nothing needs it: no frame, no record, nothing
 // waiting.
 void UninstallWhenIdle() {
-  if (F.Pixels || F.Recording || Q.Count || !GraphicsOutput) return;
+  if (F.Pixels || F.Recording || Quorvex_FrameQueue_Count() || !GraphicsOutput) return;
   if (F.FirmwareBlt && GraphicsOutput->Blt == BufferedBlt) GraphicsOutput->Blt = F.FirmwareBlt;
   F.FirmwareBlt = nullptr;
 }
@@ -326,16 +357,10 @@ private:
   EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT saved_;
 };
 
-// Writes one frame (waiting or not) with the firmware's routine; returns
-// what it wrote.
+// Writes one frame with the firmware's routine; returns what it wrote.
 ScreenRect WriteItem(const PendingFrame& Item) {
   FirmwareBltInPlace firmware;
-  if (Item.Dimmed) {
-    Quorvex_Frame_WriteDimmed(F.FirmwareBlt, Item.Frame);
-    return Item.Area;
-  }
-  if (Item.OnlyChanged) return Quorvex_Frame_WriteChanged(F.FirmwareBlt, Item.Frame, Item.Area);
-  return Quorvex_Frame_Write(F.FirmwareBlt, Item.Frame, Item.Area);
+  return Quorvex_FrameQueue_WriteOne(F.FirmwareBlt, Item);
 }
 
 // Writes every waiting frame in order and lets it go. The screen log heard
@@ -343,37 +368,16 @@ ScreenRect WriteItem(const PendingFrame& Item) {
 void WritePending() {
   const bool writable =
       GraphicsOutput && F.FirmwareBlt && F.ScreenW == ScreenWidth && F.ScreenH == ScreenHeight;
-  for (UINT64 i = 0; i < Q.Count; ++i) {
-    PendingFrame& item = Q.Items[i];
-    if (writable) WriteItem(item);
-    if (!item.Dimmed) Quorvex_FreePool(item.Frame.Pixels);
-    item = {};
+  if (!writable) {
+    Quorvex_FrameQueue_Drop();
+    return;
   }
-  Q.Count = 0;
+  FirmwareBltInPlace firmware;
+  Quorvex_FrameQueue_WriteAll(F.FirmwareBlt, true);
 }
 
 void DropPending() {
-  for (UINT64 i = 0; i < Q.Count; ++i)
-    if (!Q.Items[i].Dimmed) Quorvex_FreePool(Q.Items[i].Frame.Pixels);
-  Q.Count = 0;
-}
-
-// Copies what a waiting frame will write into the current frame, where the
-// two meet (a waiting frame holds the final pixels of its whole area).
-void OverlayPending(const PendingFrame& Item) {
-  ScreenRect meet = Item.Area;
-  if (!Quorvex_Rect_Clip(&meet, {F.X, F.Y, F.Width, F.Height})) return;
-  const FramePixels& from = Item.Frame;
-  for (UINT64 y = meet.Y; y < meet.Y + meet.Height; ++y) {
-    const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* source =
-        from.Pixels + (y - from.Rect.Y) * from.Rect.Width + (meet.X - from.Rect.X);
-    if (Item.Dimmed) {
-      Quorvex_DimPixels(reinterpret_cast<UINT32*>(FrameAt(meet.X, y)),
-                        reinterpret_cast<const UINT32*>(source), meet.Width);
-    } else {
-      MemCopy(FrameAt(meet.X, y), source, meet.Width * sizeof *F.Pixels);
-    }
-  }
+  Quorvex_FrameQueue_Drop();
 }
 
 // Flushes the current frame: at once, or handed to the queue (the frame's
@@ -382,14 +386,14 @@ void FlushFrame(bool OnlyChanged) {
   ScreenRect area;
   if (!F.Pixels || !FlushArea(&area)) return;
   const FramePixels frame = {F.Pixels, {F.X, F.Y, F.Width, F.Height}};
-  const PendingFrame item = {frame, area, OnlyChanged, false};
-  if (!Q.Deferring) {
+  const PendingFrame item = {frame, area, OnlyChanged, false, false};
+  if (!Deferring) {
     const ScreenRect written = WriteItem(item);
     Quorvex_ScreenLog_Touch(written.X, written.Y, written.Width, written.Height);
     return;
   }
-  if (Q.Count == kMaxPending) WritePending();
-  Q.Items[Q.Count++] = item;
+  if (Quorvex_FrameQueue_Full()) WritePending();
+  Quorvex_FrameQueue_Push(item);
   // Logged now, while the watches that were muted for this flush still
   // are: the whole area, as the changed part is known only when written.
   Quorvex_ScreenLog_Touch(area.X, area.Y, area.Width, area.Height);
@@ -424,7 +428,7 @@ EFI_STATUS Quorvex_DoubleBuffer_StartFramed(UINT64 FrameX, UINT64 FrameY, UINT64
     }
     auto fail = [](EFI_STATUS Status) {
       // Still the guard when frames wait.
-      GraphicsOutput->Blt = Q.Count ? BufferedBlt : F.FirmwareBlt;
+      GraphicsOutput->Blt = Quorvex_FrameQueue_Count() ? BufferedBlt : F.FirmwareBlt;
       return Status;
     };
     if (!DrawableExtent(ScreenWidth, ScreenHeight)) return fail(EFI_INVALID_PARAMETER);
@@ -456,14 +460,43 @@ void Quorvex_DoubleBuffer_Flush() {
   FlushFrame(false);
 }
 
-void Quorvex_DoubleBuffer_LoadScreen() {
-  if (!GraphicsOutput || !F.FirmwareBlt || F.Recording || !F.Pixels || F.Width == 0 ||
-      F.Height == 0)
-    return;
-  F.FirmwareBlt(GraphicsOutput, F.Pixels, EfiBltVideoToBltBuffer, F.X, F.Y, 0, 0, F.Width, F.Height,
+namespace {
+
+// Fills R (inside the frame) with what the screen shows there; the frames
+// still waiting are part of that.
+void LoadRect(const ScreenRect& R) {
+  if (R.Width == 0 || R.Height == 0) return;
+  EFI_GRAPHICS_OUTPUT_BLT_PIXEL* at = FrameAt(R.X, R.Y);
+  F.FirmwareBlt(GraphicsOutput, at, EfiBltVideoToBltBuffer, R.X, R.Y, 0, 0, R.Width, R.Height,
                 F.Width * sizeof *F.Pixels);
-  // The frames still waiting are part of what the screen shows.
-  for (UINT64 i = 0; i < Q.Count; ++i) OverlayPending(Q.Items[i]);
+  Quorvex_FrameQueue_Overlay(at, F.Width, R);
+}
+
+bool Loadable() {
+  return GraphicsOutput && F.FirmwareBlt && !F.Recording && F.Pixels && F.Width != 0 &&
+         F.Height != 0;
+}
+
+} // namespace
+
+void Quorvex_DoubleBuffer_LoadScreen() {
+  if (Loadable()) LoadRect({F.X, F.Y, F.Width, F.Height});
+}
+
+void Quorvex_DoubleBuffer_LoadScreenAround(const ScreenRect& Inner) {
+  if (!Loadable()) return;
+  const ScreenRect frame = {F.X, F.Y, F.Width, F.Height};
+  ScreenRect in = Inner;
+  if (!Quorvex_Rect_Clip(&in, frame)) {
+    LoadRect(frame);
+    return;
+  }
+  const UINT64 right = in.X + in.Width;
+  const UINT64 bottom = in.Y + in.Height;
+  LoadRect({F.X, F.Y, F.Width, in.Y - F.Y});
+  LoadRect({F.X, in.Y, in.X - F.X, in.Height});
+  LoadRect({right, in.Y, F.X + F.Width - right, in.Height});
+  LoadRect({F.X, bottom, F.Width, F.Y + F.Height - bottom});
 }
 
 void Quorvex_DoubleBuffer_FlushChanged() {
@@ -474,7 +507,7 @@ void Quorvex_DoubleBuffer_FlushChanged() {
 void Quorvex_DoubleBuffer_Stop() {
   if (!GraphicsOutput || F.Recording) return;
   FreeFrame();
-  if (Q.Count) {
+  if (Quorvex_FrameQueue_Count()) {
     // The guard stays until the frames waiting are written.
     if (F.FirmwareBlt) GraphicsOutput->Blt = BufferedBlt;
     return;
@@ -511,42 +544,42 @@ void Quorvex_DoubleBuffer_StopRecording() {
   if (!F.Recording) return;
   F.Recording = false;
   if (!GraphicsOutput) return;
-  if (Q.Count) return; // the guard stays
+  if (Quorvex_FrameQueue_Count()) return; // the guard stays
   GraphicsOutput->Blt = F.FirmwareBlt;
   F.FirmwareBlt = nullptr;
 }
 
 void Quorvex_DoubleBuffer_SetDeferred(bool On) {
   if (!On) Quorvex_DoubleBuffer_Present();
-  Q.Deferring = On;
+  Deferring = On;
 }
 
 bool Quorvex_DoubleBuffer_DeferDimmed(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Saved, UINT64 Width,
                                       UINT64 Height) {
-  if (!Q.Deferring || !GraphicsOutput || !Saved || F.Pixels || F.Recording) return false;
+  if (!Deferring || !GraphicsOutput || !Saved || F.Pixels || F.Recording) return false;
   if (Width != ScreenWidth || Height != ScreenHeight) return false;
   if (GraphicsOutput->Blt != BufferedBlt) F.FirmwareBlt = GraphicsOutput->Blt;
   if (!F.FirmwareBlt) return false;
-  if (Q.Count == kMaxPending) WritePending();
+  if (Quorvex_FrameQueue_Full()) WritePending();
   F.ScreenW = ScreenWidth;
   F.ScreenH = ScreenHeight;
   const ScreenRect screen = {0, 0, Width, Height};
-  Q.Items[Q.Count++] = {
-      {const_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(Saved), screen}, screen, false, true};
+  Quorvex_FrameQueue_Push(
+      {{const_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(Saved), screen}, screen, false, true, false});
   Quorvex_ScreenLog_Touch(0, 0, Width, Height);
   GraphicsOutput->Blt = BufferedBlt;
   return true;
 }
 
 void Quorvex_DoubleBuffer_Present() {
-  if (Q.Count == 0) return;
+  if (Quorvex_FrameQueue_Count() == 0) return;
   WritePending();
   UninstallWhenIdle();
 }
 
 void Quorvex_DoubleBuffer_Reset() {
   DropPending();
-  Q = {};
+  Deferring = false;
   if (GraphicsOutput && GraphicsOutput->Blt == BufferedBlt && F.FirmwareBlt)
     GraphicsOutput->Blt = F.FirmwareBlt;
   FreeFrame();

@@ -3,6 +3,7 @@
 // rectangle to the screen.
 #pragma once
 
+#include "graphics/draw_util.h"
 #include "platform/efi.h"
 
 EFI_STATUS Quorvex_DoubleBuffer_Start(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height);
@@ -24,6 +25,9 @@ EFI_STATUS Quorvex_DoubleBuffer_StartFramed(UINT64 FrameX, UINT64 FrameY, UINT64
 // Fills the frame with what the screen shows there, so that pixels no
 // drawing reaches flush as they were.
 void Quorvex_DoubleBuffer_LoadScreen();
+// The same but for Inner, which the caller's drawing covers whole before
+// anything reads it (a window's face).
+void Quorvex_DoubleBuffer_LoadScreenAround(const ScreenRect& Inner);
 // Flush that writes only the pixels that differ from the screen (read back
 // row by row), in as few rectangles as the changes allow.
 void Quorvex_DoubleBuffer_FlushChanged();

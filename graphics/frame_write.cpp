@@ -160,24 +160,43 @@ void WriteDimmedPiece(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt, const UINT32* From, 
       Columns * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL));
 }
 
-} // namespace
-
-void Quorvex_Frame_WriteDimmed(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt, const FramePixels& Saved) {
-  const UINT64 width = Saved.Rect.Width;
-  const UINT64 height = Saved.Rect.Height;
-  const UINT32* saved = reinterpret_cast<const UINT32*>(Saved.Pixels);
-  if (width == 0) return;
-  if (width <= kDimScratchPixels) {
-    const UINT64 bandRows = kDimScratchPixels / width;
-    for (UINT64 top = 0; top < height; top += bandRows) {
-      const UINT64 rows = height - top < bandRows ? height - top : bandRows;
-      WriteDimmedPiece(Blt, saved + top * width, 0, top, width, rows, width);
+// Columns [Left, Right) of rows [Top, Bottom) of the saved screen (rows
+// of Width), dimmed, in bands that fit the scratch; rows wider than the
+// scratch go out in pieces.
+void WriteDimmedColumns(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt, const UINT32* Saved, UINT64 Width,
+                        UINT64 Left, UINT64 Right, UINT64 Top, UINT64 Bottom) {
+  if (Left >= Right || Top >= Bottom) return;
+  const UINT64 columns = Right - Left;
+  if (columns <= kDimScratchPixels) {
+    const UINT64 bandRows = kDimScratchPixels / columns;
+    for (UINT64 top = Top; top < Bottom; top += bandRows) {
+      const UINT64 rows = Bottom - top < bandRows ? Bottom - top : bandRows;
+      WriteDimmedPiece(Blt, Saved + top * Width + Left, Left, top, columns, rows, Width);
     }
     return;
   }
-  // Rows wider than the scratch go out in pieces.
-  for (UINT64 y = 0; y < height; ++y)
-    for (UINT64 x = 0; x < width; x += kDimScratchPixels)
-      WriteDimmedPiece(Blt, saved + y * width + x, x, y,
-                       width - x < kDimScratchPixels ? width - x : kDimScratchPixels, 1, width);
+  for (UINT64 y = Top; y < Bottom; ++y)
+    for (UINT64 x = Left; x < Right; x += kDimScratchPixels)
+      WriteDimmedPiece(Blt, Saved + y * Width + x, x, y,
+                       Right - x < kDimScratchPixels ? Right - x : kDimScratchPixels, 1, Width);
+}
+
+} // namespace
+
+void Quorvex_Frame_WriteDimmed(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt, const FramePixels& Saved,
+                               const ScreenRect& Skip) {
+  const UINT64 width = Saved.Rect.Width;
+  const UINT64 height = Saved.Rect.Height;
+  const UINT32* saved = reinterpret_cast<const UINT32*>(Saved.Pixels);
+  ScreenRect hole = Skip;
+  if (!Quorvex_Rect_Clip(&hole, {0, 0, width, height})) {
+    WriteDimmedColumns(Blt, saved, width, 0, width, 0, height);
+    return;
+  }
+  const UINT64 right = hole.X + hole.Width;
+  const UINT64 bottom = hole.Y + hole.Height;
+  WriteDimmedColumns(Blt, saved, width, 0, width, 0, hole.Y);
+  WriteDimmedColumns(Blt, saved, width, 0, hole.X, hole.Y, bottom);
+  WriteDimmedColumns(Blt, saved, width, right, width, hole.Y, bottom);
+  WriteDimmedColumns(Blt, saved, width, 0, width, bottom, height);
 }

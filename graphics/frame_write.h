@@ -21,5 +21,7 @@ ScreenRect Quorvex_Frame_Write(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt, const Frame
 ScreenRect Quorvex_Frame_WriteChanged(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt,
                                       const FramePixels& Frame, const ScreenRect& Area);
 // Writes the whole screen Saved dimmed (as the grey-out dims it), in bands
-// of rows through a scratch of its own.
-void Quorvex_Frame_WriteDimmed(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt, const FramePixels& Saved);
+// of rows through a scratch of its own, except Skip (a place the caller
+// writes over at once anyway).
+void Quorvex_Frame_WriteDimmed(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt, const FramePixels& Saved,
+                               const ScreenRect& Skip = {0, 0, 0, 0});

@@ -1,7 +1,9 @@
 // The off-screen frame: what reaches the screen and when, and clipping at
 // the frame's edges.
+#include <cstring>
 #include <vector>
 
+#include "graphics/background.h"
 #include "graphics/double_buffer.h"
 #include "graphics/graphics_internal.h"
 #include "graphics_test_support.h"
@@ -193,10 +195,28 @@ TEST_F(DoubleBufferTest, DeferredFramesWaitUntilPresentOrUntilTheirPlaceIsTouche
   Quorvex_DoubleBuffer_Stop();
   EXPECT_EQ(At(145, 100), 0xC00000u) << "the new frame waits in turn";
 
-  // Drawing where a frame waits writes the waiting frames first.
+  // A small write where frames wait joins them; a read there sees them.
   ASSERT_EQ(Fill(159, 104, 1, 1, 0x0000FF), EFI_SUCCESS);
-  EXPECT_EQ(At(159, 104), 0x0000FFu);
+  EXPECT_EQ(At(159, 104), 0x111111u) << "the write waits behind the frame";
+  auto read = [](UINT64 X, UINT64 Y) {
+    EFI_GRAPHICS_OUTPUT_BLT_PIXEL pixels[2] = {};
+    EXPECT_EQ(GraphicsOutput->Blt(GraphicsOutput, pixels, EfiBltVideoToBltBuffer, X, Y, 1, 0, 1, 1,
+                                  2 * sizeof pixels[0]),
+              EFI_SUCCESS);
+    UINT32 word;
+    std::memcpy(&word, &pixels[1], sizeof word);
+    return word;
+  };
+  EXPECT_EQ(read(159, 104), 0x0000FFu);
+  EXPECT_EQ(read(145, 100), 0x00FF00u);
+  EXPECT_EQ(read(120, 120), 0xC00000u);
+  // A copy on the screen from where frames wait writes them first.
+  ASSERT_EQ(
+      GraphicsOutput->Blt(GraphicsOutput, nullptr, EfiBltVideoToVideo, 158, 104, 0, 50, 2, 1, 0),
+      EFI_SUCCESS);
   EXPECT_EQ(At(145, 100), 0x00FF00u);
+  EXPECT_EQ(At(0, 50), 0x00FF00u);
+  EXPECT_EQ(At(1, 50), 0x0000FFu);
   EXPECT_EQ(GraphicsOutput->Blt, firmware) << "nothing waits: the firmware's routine is back";
 
   // Present writes what waits; a reset drops it unwritten.
@@ -214,6 +234,29 @@ TEST_F(DoubleBufferTest, DeferredFramesWaitUntilPresentOrUntilTheirPlaceIsTouche
   Quorvex_DoubleBuffer_Reset();
   EXPECT_EQ(At(22, 22), 0x111111u);
   EXPECT_EQ(GraphicsOutput->Blt, firmware);
+}
+
+TEST_F(DoubleBufferTest, WaitingDimmedScreenLeavesToALaterFrameWhatItCovers) {
+  Paint(0, 0, ScreenWidth, ScreenHeight, 0x446688);
+  Paint(99, 100, 1, 1, 0x224466);
+  Quorvex_DoubleBuffer_SetDeferred(true);
+  Quorvex_Grayout_All_Screen();
+  EXPECT_EQ(At(0, 0), 0x446688u) << "the dimmed screen waits";
+  ASSERT_EQ(Quorvex_DoubleBuffer_Start(100, 100, 50, 40), EFI_SUCCESS);
+  Quorvex_DoubleBuffer_LoadScreenAround({110, 110, 30, 20});
+  ASSERT_EQ(Fill(110, 110, 30, 20, 0x00FF00), EFI_SUCCESS);
+  Quorvex_DoubleBuffer_Flush();
+  Quorvex_DoubleBuffer_Stop();
+  Quorvex_DoubleBuffer_Present();
+  EXPECT_EQ(At(0, 0), 0x223344u);
+  EXPECT_EQ(At(99, 100), 0x112233u) << "the column left of the frame";
+  EXPECT_EQ(At(100, 100), 0x223344u) << "the frame's margin, loaded dimmed";
+  EXPECT_EQ(At(150, 139), 0x223344u) << "the column right of the frame";
+  EXPECT_EQ(At(149, 140), 0x223344u) << "the row below the frame";
+  EXPECT_TRUE(Uniform(110, 110, 30, 20, 0x00FF00));
+  Quorvex_Restore_All_Screen();
+  EXPECT_EQ(At(120, 120), 0x446688u);
+  Quorvex_DoubleBuffer_SetDeferred(false);
 }
 
 } // namespace

@@ -4,6 +4,7 @@
 
 #include "graphics/background.h"
 #include "graphics/colours.h"
+#include "graphics/double_buffer.h"
 #include "session_support.h"
 
 namespace {
@@ -45,6 +46,7 @@ protected:
     std::vector<UINT32> under;
     // What lies under the caption: the band itself, or the look's fill.
     Quorvex_BackGround_Left();
+    Quorvex_DoubleBuffer_Present(); // what waits for the next input read
     for (UINT32 y = top; y < bottom; ++y)
       for (UINT32 x = left; x < right; ++x) {
         UINT32 pixel = fake::PixelAt(x, y);
@@ -53,6 +55,7 @@ protected:
         under.push_back(pixel);
       }
     Quorvex_Tab_Draw(Tab, Look);
+    Quorvex_DoubleBuffer_Present();
     Measure m;
     size_t i = 0;
     for (UINT32 y = top; y < bottom; ++y)

@@ -1,0 +1,101 @@
+#include "graphics/frame_queue.h"
+
+#include "graphics/dim.h"
+#include "graphics/draw_record.h"
+#include "platform/lib.h"
+
+namespace {
+
+struct PendingQueue {
+  PendingFrame Items[kMaxPendingFrames];
+  UINT64 Count;
+};
+constinit PendingQueue Q = {};
+
+void Release(PendingFrame* Item) {
+  if (!Item->Dimmed) Quorvex_FreePool(Item->Frame.Pixels);
+  *Item = {};
+}
+
+ScreenRect Write(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt, const PendingFrame& Item,
+                 const ScreenRect& Hole) {
+  if (Item.Dimmed) {
+    Quorvex_Frame_WriteDimmed(Blt, Item.Frame, Hole);
+    return Item.Area;
+  }
+  if (Item.OnlyChanged) return Quorvex_Frame_WriteChanged(Blt, Item.Frame, Item.Area);
+  return Quorvex_Frame_Write(Blt, Item.Frame, Item.Area);
+}
+
+// The largest area a frame after the one at First writes whole: what the
+// dimmed screen need not write first.
+ScreenRect LaterCover(UINT64 First) {
+  ScreenRect best = {0, 0, 0, 0};
+  for (UINT64 i = First + 1; i < Q.Count; ++i) {
+    const ScreenRect& a = Q.Items[i].Area;
+    if (!Q.Items[i].Dimmed && a.Width * a.Height > best.Width * best.Height) best = a;
+  }
+  return best;
+}
+
+} // namespace
+
+UINT64 Quorvex_FrameQueue_Count() {
+  return Q.Count;
+}
+
+bool Quorvex_FrameQueue_Full() {
+  return Q.Count == kMaxPendingFrames;
+}
+
+void Quorvex_FrameQueue_Push(const PendingFrame& Item) {
+  if (Q.Count < kMaxPendingFrames) Q.Items[Q.Count++] = Item;
+}
+
+bool Quorvex_FrameQueue_Touches(const ScreenRect& R, bool FramesOnly) {
+  for (UINT64 i = 0; i < Q.Count; ++i) {
+    const PendingFrame& item = Q.Items[i];
+    if (FramesOnly && (item.Dimmed || item.Loose)) continue;
+    if (Quorvex_Rect_Intersects(R, item.Area)) return true;
+  }
+  return false;
+}
+
+ScreenRect Quorvex_FrameQueue_WriteOne(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt,
+                                       const PendingFrame& Item) {
+  return Write(Blt, Item, {0, 0, 0, 0});
+}
+
+void Quorvex_FrameQueue_WriteAll(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt, bool Writable) {
+  for (UINT64 i = 0; i < Q.Count; ++i) {
+    if (Writable) Write(Blt, Q.Items[i], Q.Items[i].Dimmed ? LaterCover(i) : ScreenRect{});
+    Release(&Q.Items[i]);
+  }
+  Q.Count = 0;
+}
+
+void Quorvex_FrameQueue_Drop() {
+  for (UINT64 i = 0; i < Q.Count; ++i) Release(&Q.Items[i]);
+  Q.Count = 0;
+}
+
+void Quorvex_FrameQueue_Overlay(EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Pixels, UINT64 Stride,
+                                const ScreenRect& Rect) {
+  for (UINT64 i = 0; i < Q.Count; ++i) {
+    const PendingFrame& item = Q.Items[i];
+    ScreenRect meet = item.Area;
+    if (!Quorvex_Rect_Clip(&meet, Rect)) continue;
+    const FramePixels& from = item.Frame;
+    for (UINT64 y = meet.Y; y < meet.Y + meet.Height; ++y) {
+      const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* source =
+          from.Pixels + (y - from.Rect.Y) * from.Rect.Width + (meet.X - from.Rect.X);
+      EFI_GRAPHICS_OUTPUT_BLT_PIXEL* to = Pixels + (y - Rect.Y) * Stride + (meet.X - Rect.X);
+      if (item.Dimmed) {
+        Quorvex_DimPixels(reinterpret_cast<UINT32*>(to), reinterpret_cast<const UINT32*>(source),
+                          meet.Width);
+      } else {
+        MemCopy(to, source, meet.Width * sizeof *to);
+      }
+    }
+  }
+}
