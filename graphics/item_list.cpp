@@ -300,7 +300,10 @@ struct ListDrawing {
   bool Overflow;
 };
 
-constinit RetainedRegion gListRegion = {};
+// The Main page's region (which takes the help column along) and every
+// other page's: each keeps its records while the other is shown, so a
+// way back redraws only what the other wrote over.
+constinit RetainedRegion gListRegions[2] = {};
 
 // Calls Visit(step) for the steps of one redraw, in drawing order.
 template <typename F> void VisitSteps(ListDrawing* D, bool MainPage, bool ScrollBar, F Visit) {
@@ -382,6 +385,7 @@ void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused, UINT8
   const bool mainPage = PageState == kStateMainTab || PageState == kStateMainPage;
   // The Main page's redraw takes the right column along (its help bar).
   const UINT64 regionWidth = mainPage ? 3 * width / 4 : width / 2;
+  RetainedRegion& retained = gListRegions[mainPage ? 1 : 0];
 
   ListDrawing d = {};
   d.Items = Items;
@@ -404,7 +408,7 @@ void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused, UINT8
     const ScreenRect region = {width / 4, 0, regionWidth, height};
     if (d.Overflow) {
       // More steps than the records hold: drawn whole, not retained.
-      Quorvex_Retained_Forget(&gListRegion);
+      Quorvex_Retained_Forget(&retained);
       const bool buffered =
           !EFI_ERROR(Quorvex_DoubleBuffer_Start(region.X, region.Y, region.Width, region.Height));
       VisitSteps(&d, mainPage, ScrollBar != 0,
@@ -414,14 +418,14 @@ void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused, UINT8
         Quorvex_DoubleBuffer_Stop();
       }
     } else {
-      Quorvex_Retained_Redraw(&gListRegion, region, d.StepCount, DrawListStep, &d);
+      Quorvex_Retained_Redraw(&retained, region, d.StepCount, DrawListStep, &d);
     }
   }
   if (Focused && !mainPage) Quorvex_ItemHelp_Draw(d.Help ? TextOf(d.Help) : u"");
 }
 
 void Quorvex_Item_ListForget() {
-  Quorvex_Retained_Forget(&gListRegion);
+  for (RetainedRegion& region : gListRegions) Quorvex_Retained_Forget(&region);
 }
 
 void Quorvex_Draw_Item_List(SetupItem* Items, UINT64 Count, UINT8 Focused) {

@@ -7,6 +7,7 @@
 namespace {
 
 constexpr UINT64 kMaxDamage = 8;
+constexpr UINT64 kWholeArea = 65536;
 
 struct Damage {
   ScreenRect Rects[kMaxDamage];
@@ -145,8 +146,12 @@ void Quorvex_Retained_Redraw(RetainedRegion* Retained, const ScreenRect& Region,
       if (i < Retained->Count) AddBox(&damage, Retained->Steps[i]);
       if (i < Count) AddBox(&damage, steps[i]);
     }
-    for (UINT64 d = 0; d < damage.Count; ++d)
-      Compose(damage.Rects[d], steps, Count, Draw, Context, false);
+    // A large damaged rectangle (another page's drawing) changes almost
+    // everywhere: looking for its changes costs more than it saves.
+    for (UINT64 d = 0; d < damage.Count; ++d) {
+      const ScreenRect& r = damage.Rects[d];
+      Compose(r, steps, Count, Draw, Context, r.Width * r.Height >= kWholeArea);
+    }
   }
   Quorvex_ScreenLog_Mute(&Retained->Watch, false);
   Busy = false;

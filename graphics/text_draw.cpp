@@ -56,6 +56,47 @@ const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* OpaqueBlendTable(EFI_GRAPHICS_OUTPUT_BLT_PI
   return t.Pixel;
 }
 
+// The same over the pixels already there, for a few background colours at
+// a time (the reserved byte of the background is kept, as the blend keeps
+// it).
+struct TransparentTable {
+  bool Valid;
+  UINT32 Ink;
+  UINT32 Back;
+  EFI_GRAPHICS_OUTPUT_BLT_PIXEL Pixel[256];
+};
+constexpr UINT32 kTransparentTables = 4;
+struct TransparentTables {
+  TransparentTable Table[kTransparentTables];
+  UINT32 Next;
+};
+constinit TransparentTables TransparentBlend = {};
+
+// The table for Ink over the background of the cell (Width x Height, read
+// from the screen), or null when the cell's corners differ (no one
+// background worth a table).
+const TransparentTable* TransparentBlendTable(EFI_GRAPHICS_OUTPUT_BLT_PIXEL Ink,
+                                              const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Cell,
+                                              UINT32 Width, UINT32 Height) {
+  const UINT32 back = PixelWord(Cell[0]);
+  if (PixelWord(Cell[static_cast<UINTN>(Width) * Height - 1]) != back) return nullptr;
+  const UINT32 ink = PixelWord(Ink) & 0x00FFFFFFu;
+  TransparentTables& all = TransparentBlend;
+  for (const TransparentTable& t : all.Table)
+    if (t.Valid && t.Ink == ink && t.Back == back) return &t;
+  TransparentTable& t = all.Table[all.Next];
+  all.Next = (all.Next + 1) % kTransparentTables;
+  const EFI_GRAPHICS_OUTPUT_BLT_PIXEL b = Cell[0];
+  t.Pixel[0] = b;
+  for (UINT32 a = 1; a < 256; ++a)
+    t.Pixel[a] = {Blend(Ink.Blue, b.Blue, a), Blend(Ink.Green, b.Green, a),
+                  Blend(Ink.Red, b.Red, a), b.Reserved};
+  t.Ink = ink;
+  t.Back = back;
+  t.Valid = true;
+  return &t;
+}
+
 // While recording, a glyph is its coverage map, colours and place: exactly
 // what decides the pixels it would blend.
 void RecordGlyph(const UINT8* Coverage, UINT32 Width, UINT32 Height, UINT32 Pitch, UINT64 X,
@@ -181,12 +222,20 @@ EFI_STATUS Quorvex_Font_Draw(CHAR16 Character, UINT64 X, UINT64 Y,
       if (pool) Quorvex_FreePool(pool);
       return status;
     }
+    // Pixels of the cell's background colour (when its corners agree, the
+    // usual one-colour background) blend through a table; others one by one.
+    const TransparentTable* table = TransparentBlendTable(Foreground, cell, width, height);
+    const UINT32 back = table ? table->Back : 0;
     for (UINT32 r = 0; r < height; ++r) {
       const UINT8* row = coverage + static_cast<UINTN>(r) * pitch;
       EFI_GRAPHICS_OUTPUT_BLT_PIXEL* out = cell + static_cast<UINTN>(r) * width;
       for (UINT32 c = 0; c < width; ++c) {
         const UINT32 a = row[c];
         if (a == 0) continue;
+        if (table && PixelWord(out[c]) == back) {
+          out[c] = table->Pixel[a];
+          continue;
+        }
         if (a == 255) {
           out[c].Blue = static_cast<UINT8>(inkB);
           out[c].Green = static_cast<UINT8>(inkG);

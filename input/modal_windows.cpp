@@ -7,8 +7,9 @@
 #include "input/mouse.h"
 
 namespace {
-// What a window draws beyond its own rectangle (the buttons' margins).
-constexpr UINT64 kWindowMargin = 16;
+// What a window draws beyond its own rectangle: nothing, its buttons lie
+// inside it.
+constexpr UINT64 kWindowMargin = 0;
 } // namespace
 
 EFI_STATUS Quorvex_Choice_Window(UINT64 Width, UINT64 Height, UINT64 LeftMargin, UINT64 TopMargin,
