@@ -9,6 +9,7 @@
 #include "graphics/colours.h"
 #include "graphics/draw_util.h"
 #include "graphics/item_list.h"
+#include "graphics/pixel_runs.h"
 #include "graphics/text_draw.h"
 #include "input/mouse.h"
 #include "input/virtual_keyboard.h"
@@ -31,9 +32,9 @@ struct TabInfo {
 
 // The tab's own left-band pixels, saved from the screen the first time the
 // tab is drawn (before anything is drawn over it) and put back for the
-// not-selected look.
+// not-selected look. The band is mostly flat: it is kept as runs.
 struct SavedTab {
-  EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Pixels;
+  PixelRuns Band;
   UINT64 Width;
 };
 constinit SavedTab SavedTabs[kTabCount] = {};
@@ -59,15 +60,25 @@ TabInfo TabInfoOf(UINT32 Tab) {
 
 void SaveTabPixels(UINT32 Tab) {
   SavedTab& saved = SavedTabs[Tab];
-  if (saved.Pixels != nullptr && saved.Width == TabWidth) return;
-  if (saved.Pixels != nullptr) Quorvex_FreePool(saved.Pixels);
+  if (saved.Band.Words != nullptr && saved.Width == TabWidth) return;
+  Quorvex_PixelRuns_Free(&saved.Band);
   saved.Width = 0;
-  saved.Pixels = static_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(
-      Quorvex_AllocatePool(TabWidth * kTabHeight * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL)));
-  if (saved.Pixels == nullptr) return;
-  saved.Width = TabWidth;
-  Quorvex_Blt(saved.Pixels, EfiBltVideoToBltBuffer, kTabLeft, TabTop(Tab), 0, 0, TabWidth,
-              kTabHeight, 0);
+  QUORVEX_POOL_ARRAY(EFI_GRAPHICS_OUTPUT_BLT_PIXEL, band, TabWidth * kTabHeight);
+  if (!band) return;
+  Quorvex_Blt(band.get(), EfiBltVideoToBltBuffer, kTabLeft, TabTop(Tab), 0, 0, TabWidth, kTabHeight,
+              0);
+  if (Quorvex_PixelRuns_Keep(band.get(), TabWidth * kTabHeight, &saved.Band))
+    saved.Width = TabWidth;
+}
+
+void RestoreTabPixels(UINT32 Tab) {
+  const SavedTab& saved = SavedTabs[Tab];
+  if (saved.Band.Words == nullptr) return;
+  QUORVEX_POOL_ARRAY(EFI_GRAPHICS_OUTPUT_BLT_PIXEL, band, saved.Band.Pixels);
+  if (!band) return;
+  Quorvex_PixelRuns_Expand(saved.Band, band.get());
+  Quorvex_Blt(band.get(), EfiBltBufferToVideo, 0, 0, kTabLeft, TabTop(Tab), saved.Width, kTabHeight,
+              0);
 }
 
 } // namespace
@@ -89,10 +100,7 @@ void Quorvex_Tab_Draw(UINT32 Tab, TabLook Look) {
     Quorvex_FillRect(kTabLeft, top, TabWidth, kTabHeight, kColourTabSelected);
     break;
   case TabLook::NotSelected:
-    if (SavedTabs[Tab].Pixels != nullptr) {
-      Quorvex_Blt(SavedTabs[Tab].Pixels, EfiBltBufferToVideo, 0, 0, kTabLeft, top,
-                  SavedTabs[Tab].Width, kTabHeight, 0);
-    }
+    RestoreTabPixels(Tab);
     break;
   }
   Quorvex_DrawString(TextOf(info.Caption), text, kTransparent, kCaptionLeft, top + kCaptionOffset,
@@ -101,7 +109,7 @@ void Quorvex_Tab_Draw(UINT32 Tab, TabLook Look) {
 
 bool Quorvex_Tabs_BandSaved() {
   for (const SavedTab& saved : SavedTabs)
-    if (saved.Pixels == nullptr || saved.Width != TabWidth) return false;
+    if (saved.Band.Words == nullptr || saved.Width != TabWidth) return false;
   return true;
 }
 

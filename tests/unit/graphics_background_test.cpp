@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "graphics/background.h"
+#include "graphics/pixel_runs.h"
 #include "graphics/double_buffer.h"
 #include "graphics_test_support.h"
 
@@ -165,6 +166,33 @@ TEST_F(BackgroundTest, GreyOutHalvesEveryChannelAndRestoreGivesBackTheExactScree
   Paint(0, 0, 1, 1, 0x00FF00);
   Quorvex_Restore_All_Screen();
   EXPECT_EQ(At(0, 0), 0x00FF00u);
+}
+
+} // namespace
+
+namespace {
+
+// The tabs' band is kept as runs: a flat picture shrinks, a noisy one is
+// kept whole, and both come back exactly.
+TEST_F(BackgroundTest, KeptRunsGiveBackThePixels) {
+  std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> flat(253 * 80, {0xFA, 0xF1, 0xEB, 0});
+  for (UINT64 i = 500; i < 700; ++i) flat[i] = {1, 2, 3, static_cast<UINT8>(i & 1)};
+  std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> noisy(1001);
+  for (UINT64 i = 0; i < noisy.size(); ++i)
+    noisy[i] = {static_cast<UINT8>(i), static_cast<UINT8>(i * 7), 0, 0};
+  for (const auto* picture : {&flat, &noisy}) {
+    PixelRuns runs;
+    ASSERT_TRUE(Quorvex_PixelRuns_Keep(picture->data(), picture->size(), &runs));
+    EXPECT_EQ(runs.Raw, picture == &noisy);
+    std::vector<EFI_GRAPHICS_OUTPUT_BLT_PIXEL> back(picture->size(), {9, 9, 9, 9});
+    Quorvex_PixelRuns_Expand(runs, back.data());
+    EXPECT_EQ(std::memcmp(back.data(), picture->data(), back.size() * sizeof back[0]), 0);
+    Quorvex_PixelRuns_Free(&runs);
+  }
+  PixelRuns none;
+  fake::FailAllocation(1);
+  EXPECT_FALSE(Quorvex_PixelRuns_Keep(flat.data(), flat.size(), &none));
+  EXPECT_EQ(none.Words, nullptr);
 }
 
 } // namespace
