@@ -276,6 +276,11 @@ void Quorvex_Grayout_All_Screen() {
   Quorvex_Frame_WriteDimmed(GraphicsOutput->Blt, {SavedScreen, {0, 0, width, height}});
 }
 
+bool Quorvex_Grayout_Again() {
+  if (!SavedScreen || SavedWidth != ScreenWidth || SavedHeight != ScreenHeight) return false;
+  return Quorvex_DoubleBuffer_DeferDimmed(SavedScreen, SavedWidth, SavedHeight);
+}
+
 void Quorvex_Restore_All_Screen() {
   if (!SavedScreen) return;
   // A dimmed screen still waiting reads the saved one: it goes out first.

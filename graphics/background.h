@@ -19,6 +19,10 @@ void Quorvex_BackGround_Draw();
 // Both read or write the whole screen: the caller takes the cursor down.
 void Quorvex_Grayout_All_Screen();
 void Quorvex_Restore_All_Screen();
+// The saved screen shown dimmed again (what a restore and a new grey-out
+// give), while the input's drawing is deferred: nothing read, nothing
+// allocated. False when that cannot be done; the caller does both.
+bool Quorvex_Grayout_Again();
 // Drops the saved screen without drawing it (a restart rebuilds the screen).
 void Quorvex_Grayout_Forget();
 

@@ -246,21 +246,24 @@ bool ThroughQueue(EFI_GRAPHICS_OUTPUT_PROTOCOL* This, EFI_GRAPHICS_OUTPUT_BLT_PI
       Quorvex_FrameQueue_Overlay(BltBuffer + DestinationY * stride + DestinationX, stride, rect);
     return true;
   }
-  if (Width * Height > kMaxLooseWrite || Quorvex_FrameQueue_Full()) return false;
+  if (Quorvex_FrameQueue_Full()) return false;
+  if (Op == EfiBltVideoFill) {
+    // A fill waits as its colour, whatever its size.
+    UINT32 word;
+    MemCopy(&word, BltBuffer, sizeof word);
+    Quorvex_FrameQueue_Push({{nullptr, rect}, rect, false, false, true, true, word});
+    *Status = EFI_SUCCESS;
+    return true;
+  }
+  if (Width * Height > kMaxLooseWrite) return false;
   auto* pixels = static_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(
       Quorvex_AllocatePool(Width * Height * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL)));
   if (!pixels) return false;
-  if (Op == EfiBltVideoFill) {
-    UINT32 word;
-    MemCopy(&word, BltBuffer, sizeof word);
-    MemFill32(pixels, word, Width * Height);
-  } else {
-    // As the firmware does, the caller's array is read from (SourceX, SourceY).
-    const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* from = BltBuffer + SourceY * stride + SourceX;
-    for (UINT64 r = 0; r < Height; ++r)
-      MemCopy(pixels + r * Width, from + r * stride, Width * sizeof *pixels);
-  }
-  Quorvex_FrameQueue_Push({{pixels, rect}, rect, false, false, true});
+  // As the firmware does, the caller's array is read from (SourceX, SourceY).
+  const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* from = BltBuffer + SourceY * stride + SourceX;
+  for (UINT64 r = 0; r < Height; ++r)
+    MemCopy(pixels + r * Width, from + r * stride, Width * sizeof *pixels);
+  Quorvex_FrameQueue_Push({{pixels, rect}, rect, false, false, true, false, 0});
   *Status = EFI_SUCCESS;
   return true;
 }
@@ -386,7 +389,7 @@ void FlushFrame(bool OnlyChanged) {
   ScreenRect area;
   if (!F.Pixels || !FlushArea(&area)) return;
   const FramePixels frame = {F.Pixels, {F.X, F.Y, F.Width, F.Height}};
-  const PendingFrame item = {frame, area, OnlyChanged, false, false};
+  const PendingFrame item = {frame, area, OnlyChanged, false, false, false, 0};
   if (!Deferring) {
     const ScreenRect written = WriteItem(item);
     Quorvex_ScreenLog_Touch(written.X, written.Y, written.Width, written.Height);
@@ -560,12 +563,18 @@ bool Quorvex_DoubleBuffer_DeferDimmed(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Saved
   if (Width != ScreenWidth || Height != ScreenHeight) return false;
   if (GraphicsOutput->Blt != BufferedBlt) F.FirmwareBlt = GraphicsOutput->Blt;
   if (!F.FirmwareBlt) return false;
-  if (Quorvex_FrameQueue_Full()) WritePending();
+  // The dimmed screen covers all that waits: none of it needs writing.
+  Quorvex_FrameQueue_Drop();
   F.ScreenW = ScreenWidth;
   F.ScreenH = ScreenHeight;
   const ScreenRect screen = {0, 0, Width, Height};
-  Quorvex_FrameQueue_Push(
-      {{const_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(Saved), screen}, screen, false, true, false});
+  Quorvex_FrameQueue_Push({{const_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(Saved), screen},
+                           screen,
+                           false,
+                           true,
+                           false,
+                           false,
+                           0});
   Quorvex_ScreenLog_Touch(0, 0, Width, Height);
   GraphicsOutput->Blt = BufferedBlt;
   return true;

@@ -39,8 +39,9 @@ void Quorvex_DoubleBuffer_SetDeferred(bool On);
 // Writes every waiting frame, in the order flushed.
 void Quorvex_DoubleBuffer_Present();
 // While deferring (and not buffering), queues the screen Saved (Width x
-// Height, the whole screen) to be written dimmed, and returns true; Saved
-// must live until Present. False: the caller dims it itself.
+// Height, the whole screen) to be written dimmed, and returns true; what
+// waited before is dropped (the dimmed screen covers it). Saved must live
+// until Present. False: the caller dims it itself.
 bool Quorvex_DoubleBuffer_DeferDimmed(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Saved, UINT64 Width,
                                       UINT64 Height);
 

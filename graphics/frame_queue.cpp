@@ -2,6 +2,7 @@
 
 #include "graphics/dim.h"
 #include "graphics/draw_record.h"
+#include "platform/bindings.h"
 #include "platform/lib.h"
 
 namespace {
@@ -13,7 +14,7 @@ struct PendingQueue {
 constinit PendingQueue Q = {};
 
 void Release(PendingFrame* Item) {
-  if (!Item->Dimmed) Quorvex_FreePool(Item->Frame.Pixels);
+  if (!Item->Dimmed && !Item->Filled) Quorvex_FreePool(Item->Frame.Pixels);
   *Item = {};
 }
 
@@ -23,12 +24,32 @@ ScreenRect Write(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt, const PendingFrame& Item,
     Quorvex_Frame_WriteDimmed(Blt, Item.Frame, Hole);
     return Item.Area;
   }
+  if (Item.Filled) {
+    EFI_GRAPHICS_OUTPUT_BLT_PIXEL colour;
+    MemCopy(&colour, &Item.Colour, sizeof colour);
+    auto fill = [&](const ScreenRect& R) {
+      if (R.Width != 0 && R.Height != 0)
+        Blt(GraphicsOutput, &colour, EfiBltVideoFill, 0, 0, R.X, R.Y, R.Width, R.Height, 0);
+    };
+    const ScreenRect& a = Item.Area;
+    ScreenRect h = Hole;
+    if (!Quorvex_Rect_Clip(&h, a)) {
+      fill(a);
+      return a;
+    }
+    // Around the hole: the rows above and below, the columns beside it.
+    fill({a.X, a.Y, a.Width, h.Y - a.Y});
+    fill({a.X, h.Y, h.X - a.X, h.Height});
+    fill({h.X + h.Width, h.Y, a.X + a.Width - (h.X + h.Width), h.Height});
+    fill({a.X, h.Y + h.Height, a.Width, a.Y + a.Height - (h.Y + h.Height)});
+    return a;
+  }
   if (Item.OnlyChanged) return Quorvex_Frame_WriteChanged(Blt, Item.Frame, Item.Area);
   return Quorvex_Frame_Write(Blt, Item.Frame, Item.Area);
 }
 
 // The largest area a frame after the one at First writes whole: what the
-// dimmed screen need not write first.
+// dimmed screen or a fill need not write first.
 ScreenRect LaterCover(UINT64 First) {
   ScreenRect best = {0, 0, 0, 0};
   for (UINT64 i = First + 1; i < Q.Count; ++i) {
@@ -68,7 +89,8 @@ ScreenRect Quorvex_FrameQueue_WriteOne(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt,
 
 void Quorvex_FrameQueue_WriteAll(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt, bool Writable) {
   for (UINT64 i = 0; i < Q.Count; ++i) {
-    if (Writable) Write(Blt, Q.Items[i], Q.Items[i].Dimmed ? LaterCover(i) : ScreenRect{});
+    const PendingFrame& item = Q.Items[i];
+    if (Writable) Write(Blt, item, item.Dimmed || item.Filled ? LaterCover(i) : ScreenRect{});
     Release(&Q.Items[i]);
   }
   Q.Count = 0;
@@ -87,9 +109,14 @@ void Quorvex_FrameQueue_Overlay(EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Pixels, UINT64 St
     if (!Quorvex_Rect_Clip(&meet, Rect)) continue;
     const FramePixels& from = item.Frame;
     for (UINT64 y = meet.Y; y < meet.Y + meet.Height; ++y) {
+      EFI_GRAPHICS_OUTPUT_BLT_PIXEL* row = Pixels + (y - Rect.Y) * Stride + (meet.X - Rect.X);
+      if (item.Filled) {
+        MemFill32(row, item.Colour, meet.Width);
+        continue;
+      }
       const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* source =
           from.Pixels + (y - from.Rect.Y) * from.Rect.Width + (meet.X - from.Rect.X);
-      EFI_GRAPHICS_OUTPUT_BLT_PIXEL* to = Pixels + (y - Rect.Y) * Stride + (meet.X - Rect.X);
+      EFI_GRAPHICS_OUTPUT_BLT_PIXEL* to = row;
       if (item.Dimmed) {
         Quorvex_DimPixels(reinterpret_cast<UINT32*>(to), reinterpret_cast<const UINT32*>(source),
                           meet.Width);

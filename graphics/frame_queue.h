@@ -18,9 +18,12 @@ struct PendingFrame {
   // A direct write that waited behind the others (the cursor over the
   // dimmed screen): a frame started over it does not send the queue out.
   bool Loose;
+  // A one-colour fill of Area: no pixels held (Frame.Pixels is null).
+  bool Filled;
+  UINT32 Colour;
 };
 
-constexpr UINT64 kMaxPendingFrames = 16;
+constexpr UINT64 kMaxPendingFrames = 32;
 
 UINT64 Quorvex_FrameQueue_Count();
 bool Quorvex_FrameQueue_Full();
@@ -35,7 +38,7 @@ ScreenRect Quorvex_FrameQueue_WriteOne(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt,
                                        const PendingFrame& Item);
 // Writes every waiting frame in order (nothing when Writable is false: the
 // screen they were made for is gone) and lets them go. The dimmed screen
-// skips the largest area a later frame writes anyway.
+// and a fill skip the largest area a later frame writes anyway.
 void Quorvex_FrameQueue_WriteAll(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt, bool Writable);
 // Lets every waiting frame go unwritten.
 void Quorvex_FrameQueue_Drop();

@@ -3,6 +3,7 @@
 // with a scroll bar. The page last viewed is shown again at the next opening.
 #include "platform/bindings.h"
 #include "graphics/background.h"
+#include "graphics/buffered_window.h"
 #include "graphics/buttons.h"
 #include "graphics/draw_util.h"
 #include "graphics/graphics_internal.h"
@@ -77,7 +78,14 @@ void DrawWindow() {
   HelpPageCount = split == EFI_ABORTED || split == EFI_INVALID_PARAMETER ? 0 : last + 1;
   // A text that became shorter (another language) keeps the page in range.
   if (HelpPageIndex >= HelpPageCount) HelpPageIndex = HelpPageCount == 0 ? 0 : HelpPageCount - 1;
-  DrawPage();
+  {
+    // The page box is composed off screen (its face covers it first). The
+    // rest of the window is fills, a mark and a button, which, while the
+    // input's drawing is deferred, wait as they are behind the dimmed
+    // screen without a frame the size of the window.
+    BufferedWindow page(g.TextX, g.TextY, g.TextWidth, g.TextHeight, 0);
+    DrawPage();
+  }
   Quorvex_DrawPicture(kCloseMark, g.Close.X, g.Close.Y);
   Quorvex_Selected_Button_Control_PopUpForm(g.Ok.X, g.Ok.Y, g.Ok.Width, g.Ok.Height,
                                             TextOf(TEXT(CommonHelpOk)));

@@ -36,6 +36,10 @@ ModalScope::~ModalScope() {
 
 void ModalScope::Regrey() {
   Quorvex_RestoreUnderCursor();
+  if (Quorvex_Grayout_Again()) {
+    Quorvex_UpdateMouse();
+    return;
+  }
   Quorvex_DoubleBuffer_Start(0, 0, ScreenWidth, ScreenHeight);
   Quorvex_Restore_All_Screen();
   Quorvex_Grayout_All_Screen();

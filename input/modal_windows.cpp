@@ -76,11 +76,7 @@ EFI_STATUS Quorvex_Choice_Window(UINT64 Width, UINT64 Height, UINT64 LeftMargin,
 EFI_STATUS Quorvex_GeneralHelp() {
   EFI_STATUS result = EFI_ABORTED;
   ModalScope modal(&GeneralHelpOpen);
-  {
-    const GeneralHelpGeometry g = Quorvex_GeneralHelp_Geometry();
-    BufferedWindow buffered(g.X, g.Y, g.Width, g.Height, kWindowMargin);
-    Quorvex_GeneralHelp_DrawWindow();
-  }
+  Quorvex_GeneralHelp_DrawWindow();
   // The press that opened the help must not count as a click in it.
   Quorvex_MouseDrain();
 
