@@ -4,24 +4,27 @@
 
 namespace {
 
-UINT32 WordAt(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Pixels, UINT64 I) {
-  UINT32 word;
-  __builtin_memcpy(&word, Pixels + I, sizeof word);
-  return word;
-}
-
-// Runs of equal pixels, a run's count fitting 32 bits.
-UINT64 CountRuns(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Pixels, UINT64 Count) {
-  UINT64 runs = 0;
-  UINT64 length = 0;
-  for (UINT64 i = 0; i < Count; ++i) {
-    if (length == 0 || WordAt(Pixels, i) != WordAt(Pixels, i - 1) || length == 0xFFFFFFFFu) {
-      ++runs;
-      length = 0;
+// Writes the runs of Words into Out (room for Room words); returns the
+// words written, or 0 when they do not fit. A run's pixels are skipped
+// two at a time.
+UINT64 Encode(const UINT32* Words, UINT64 Count, UINT32* Out, UINT64 Room) {
+  UINT64 w = 0;
+  UINT64 i = 0;
+  while (i < Count) {
+    const UINT32 value = Words[i];
+    const UINT64 pair = (static_cast<UINT64>(value) << 32) | value;
+    UINT64 end = i + 1;
+    for (UINT64 two; end + 2 <= Count; end += 2) {
+      __builtin_memcpy(&two, Words + end, sizeof two);
+      if (two != pair) break;
     }
-    ++length;
+    while (end < Count && Words[end] == value) ++end;
+    if (w + 2 > Room || end - i > 0xFFFFFFFFu) return 0;
+    Out[w++] = static_cast<UINT32>(end - i);
+    Out[w++] = value;
+    i = end;
   }
-  return runs;
+  return w;
 }
 
 } // namespace
@@ -30,27 +33,23 @@ bool Quorvex_PixelRuns_Keep(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Pixels, UINT64 
                             PixelRuns* Out) {
   *Out = {};
   if (!Pixels || Count == 0) return false;
-  const UINT64 runs = CountRuns(Pixels, Count);
-  // Two words a run: worth it below half a run per pixel.
-  const bool raw = runs >= Count / 2;
-  const UINT64 words = raw ? Count : 2 * runs;
-  auto* kept = static_cast<UINT32*>(Quorvex_AllocatePool(words * sizeof(UINT32)));
-  if (!kept) return false;
-  if (raw) {
-    MemCopy(kept, Pixels, Count * sizeof(UINT32));
-  } else {
-    UINT64 w = 0;
-    for (UINT64 i = 0; i < Count; ++i) {
-      const UINT32 word = WordAt(Pixels, i);
-      if (w > 0 && kept[w - 1] == word && kept[w - 2] != 0xFFFFFFFFu) {
-        ++kept[w - 2];
-        continue;
-      }
-      kept[w++] = 1;
-      kept[w++] = word;
-    }
+  const auto* words = reinterpret_cast<const UINT32*>(Pixels);
+  // Runs are worth keeping below half a run per pixel (two words a run):
+  // they are written into a block the size of the picture, then moved to
+  // one of their own size.
+  auto* block = static_cast<UINT32*>(Quorvex_AllocatePool(Count * sizeof(UINT32)));
+  if (!block) return false;
+  const UINT64 used = Encode(words, Count, block, Count - 1);
+  if (used == 0) {
+    MemCopy(block, words, Count * sizeof(UINT32));
+    *Out = {block, Count, true};
+    return true;
   }
-  *Out = {kept, Count, raw};
+  auto* kept = static_cast<UINT32*>(Quorvex_AllocatePool(used * sizeof(UINT32)));
+  if (kept) MemCopy(kept, block, used * sizeof(UINT32));
+  Quorvex_FreePool(block);
+  if (!kept) return false;
+  *Out = {kept, Count, false};
   return true;
 }
 

@@ -6,14 +6,14 @@
 
 namespace {
 
-// Room for every picture the utility draws (the band, the logos, the marks,
-// the switches and the boot class pictures), so that no page's drawing
-// decodes a picture again.
+// Room for every small picture the utility draws (the marks, the switches,
+// the arrows and the boot class pictures), so that no page's drawing
+// decodes one again.
 constexpr UINTN kCacheEntries = 24;
-// A decoded picture larger than this (the left band) is drawn and let go:
-// it is drawn rarely, and held it would sit in the pool beside every saved
-// screen and frame.
-constexpr UINT64 kKeptPictureBytes = 256 * 1024;
+// A decoded picture larger than this (the band and the logos) is drawn and
+// let go: each is drawn at start-up and at a language switch at most, and
+// held it would sit in the pool beside every saved screen and frame.
+constexpr UINT64 kKeptPictureBytes = 32 * 1024;
 
 struct CacheEntry {
   const void* Data;
