@@ -21,6 +21,7 @@
 #include "graphics/dim.h"
 #include "graphics/draw_util.h"
 #include "graphics/frame_queue.h"
+#include "graphics/frame_uniform.h"
 #include "graphics/frame_write.h"
 #include "graphics/graphics_internal.h"
 #include "graphics/screen_log.h"
@@ -38,6 +39,8 @@ struct FrameState {
   // The flush rectangle.
   UINT64 FlushX, FlushY, FlushWidth, FlushHeight;
   bool Recording;
+  // Where the frame is known to hold one colour.
+  FrameUniform Uniform;
 };
 constinit FrameState F = {};
 
@@ -146,10 +149,13 @@ void Fill(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Colour, UINTN X, UINTN Y, UINTN W
     // Within the width no row continues on the next one.
     ScreenRect k;
     if (!KeptRect(X, Y, Width, VisibleRows(Y, Height), &k)) return;
+    if (Quorvex_FrameUniform_Holds(F.Uniform, k, word)) return;
     EFI_GRAPHICS_OUTPUT_BLT_PIXEL* to = FrameAt(k.X, k.Y);
     for (UINT64 j = 0; j < k.Height; ++j, to += F.Width) MemFill32(to, word, k.Width);
+    Quorvex_FrameUniform_Filled(&F.Uniform, k, word, F.Width * F.Height / 4);
     return;
   }
+  F.Uniform.Valid = false;
   for (UINT64 j = 0; j < Height; ++j) {
     UINT64 row;
     if (__builtin_add_overflow(Y, j, &row) || row >= F.ScreenH) break;
@@ -185,6 +191,7 @@ void CallerToFrame(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Caller, UINTN Destinatio
   EFI_GRAPHICS_OUTPUT_BLT_PIXEL* to = FrameAt(k.X, k.Y);
   for (UINT64 j = 0; j < k.Height; ++j, from += stride, to += F.Width)
     __builtin_memcpy(to, from, k.Width * sizeof *from);
+  Quorvex_FrameUniform_Written(&F.Uniform, k);
 }
 
 // Frame to frame, rows in increasing order and, within a row, pixels in
@@ -194,6 +201,7 @@ void CallerToFrame(const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Caller, UINTN Destinatio
 void FrameToFrame(UINTN SourceX, UINTN SourceY, UINTN DestinationX, UINTN DestinationY, UINTN Width,
                   UINTN Height) {
   if (Width == 0) return;
+  F.Uniform.Valid = false;
   const UINT64 total = ScreenPixels();
   for (UINT64 j = 0; j < Height; ++j) {
     UINT64 s;
@@ -218,56 +226,6 @@ void FrameToFrame(UINTN SourceX, UINTN SourceY, UINTN DestinationX, UINTN Destin
   }
 }
 
-// The largest direct write that waits behind the queued frames (the
-// cursor and the like) rather than sending them out.
-constexpr UINT64 kMaxLooseWrite = 65536;
-
-// A read or a write by a Blt call without a frame where frames wait: the
-// read gets what the screen will show, the write joins the queue. False
-// when the call is not one of those (a copy on the screen, a rectangle off
-// the screen, a large write, a full queue, no memory): the queue must go
-// out first.
-bool ThroughQueue(EFI_GRAPHICS_OUTPUT_PROTOCOL* This, EFI_GRAPHICS_OUTPUT_BLT_PIXEL* BltBuffer,
-                  EFI_GRAPHICS_OUTPUT_BLT_OPERATION Op, UINTN SourceX, UINTN SourceY,
-                  UINTN DestinationX, UINTN DestinationY, UINTN Width, UINTN Height, UINTN Delta,
-                  EFI_STATUS* Status) {
-  if (!BltBuffer || Width == 0 || Height == 0 || Op == EfiBltVideoToVideo) return false;
-  const bool read = Op == EfiBltVideoToBltBuffer;
-  const UINT64 x = read ? SourceX : DestinationX;
-  const UINT64 y = read ? SourceY : DestinationY;
-  if (x >= F.ScreenW || Width > F.ScreenW - x || y >= F.ScreenH || Height > F.ScreenH - y)
-    return false;
-  const ScreenRect rect = {x, y, Width, Height};
-  const UINT64 stride = CallerStride(Width, Delta);
-  if (read) {
-    *Status = F.FirmwareBlt(This, BltBuffer, Op, SourceX, SourceY, DestinationX, DestinationY,
-                            Width, Height, Delta);
-    if (!EFI_ERROR(*Status))
-      Quorvex_FrameQueue_Overlay(BltBuffer + DestinationY * stride + DestinationX, stride, rect);
-    return true;
-  }
-  if (Quorvex_FrameQueue_Full()) return false;
-  if (Op == EfiBltVideoFill) {
-    // A fill waits as its colour, whatever its size.
-    UINT32 word;
-    MemCopy(&word, BltBuffer, sizeof word);
-    Quorvex_FrameQueue_Push({{nullptr, rect}, rect, false, false, true, true, word});
-    *Status = EFI_SUCCESS;
-    return true;
-  }
-  if (Width * Height > kMaxLooseWrite) return false;
-  auto* pixels = static_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(
-      Quorvex_AllocatePool(Width * Height * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL)));
-  if (!pixels) return false;
-  // As the firmware does, the caller's array is read from (SourceX, SourceY).
-  const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* from = BltBuffer + SourceY * stride + SourceX;
-  for (UINT64 r = 0; r < Height; ++r)
-    MemCopy(pixels + r * Width, from + r * stride, Width * sizeof *pixels);
-  Quorvex_FrameQueue_Push({{pixels, rect}, rect, false, false, true, false, 0});
-  *Status = EFI_SUCCESS;
-  return true;
-}
-
 EFI_STATUS EFIAPI BufferedBlt(EFI_GRAPHICS_OUTPUT_PROTOCOL* This,
                               EFI_GRAPHICS_OUTPUT_BLT_PIXEL* BltBuffer,
                               EFI_GRAPHICS_OUTPUT_BLT_OPERATION Operation, UINTN SourceX,
@@ -282,8 +240,9 @@ EFI_STATUS EFIAPI BufferedBlt(EFI_GRAPHICS_OUTPUT_PROTOCOL* This,
     if (handled &&
         CallTouches(Operation, SourceX, SourceY, DestinationX, DestinationY, Width, Height)) {
       EFI_STATUS status = EFI_SUCCESS;
-      if (ThroughQueue(This, BltBuffer, Operation, SourceX, SourceY, DestinationX, DestinationY,
-                       Width, Height, Delta, &status))
+      if (Quorvex_FrameQueue_Through(firmware, {0, 0, F.ScreenW, F.ScreenH}, This, BltBuffer,
+                                     Operation, SourceX, SourceY, DestinationX, DestinationY, Width,
+                                     Height, Delta, &status))
         return status;
       Quorvex_DoubleBuffer_Present();
     }
@@ -317,6 +276,7 @@ EFI_STATUS EFIAPI BufferedBlt(EFI_GRAPHICS_OUTPUT_PROTOCOL* This,
 void FreeFrame() {
   if (F.Pixels) Quorvex_FreePool(F.Pixels);
   F.Pixels = nullptr;
+  F.Uniform = {};
   F.X = F.Y = F.Width = F.Height = 0;
 }
 
@@ -402,6 +362,7 @@ void FlushFrame(bool OnlyChanged) {
   Quorvex_ScreenLog_Touch(area.X, area.Y, area.Width, area.Height);
   F.Pixels = nullptr;
   F.X = F.Y = F.Width = F.Height = 0;
+  F.Uniform = {};
 }
 
 } // namespace
@@ -473,6 +434,7 @@ void LoadRect(const ScreenRect& R) {
   F.FirmwareBlt(GraphicsOutput, at, EfiBltVideoToBltBuffer, R.X, R.Y, 0, 0, R.Width, R.Height,
                 F.Width * sizeof *F.Pixels);
   Quorvex_FrameQueue_Overlay(at, F.Width, R);
+  Quorvex_FrameUniform_Written(&F.Uniform, R);
 }
 
 bool Loadable() {

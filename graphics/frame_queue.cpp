@@ -13,6 +13,10 @@ struct PendingQueue {
 };
 constinit PendingQueue Q = {};
 
+// The largest direct write that waits behind the queued frames (the
+// cursor and the like) rather than sending them out.
+constexpr UINT64 kMaxLooseWrite = 65536;
+
 void Release(PendingFrame* Item) {
   if (!Item->Dimmed && !Item->Filled) Quorvex_FreePool(Item->Frame.Pixels);
   *Item = {};
@@ -125,4 +129,48 @@ void Quorvex_FrameQueue_Overlay(EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Pixels, UINT64 St
       }
     }
   }
+}
+
+bool Quorvex_FrameQueue_Through(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Firmware, const ScreenRect& Screen,
+                                EFI_GRAPHICS_OUTPUT_PROTOCOL* This,
+                                EFI_GRAPHICS_OUTPUT_BLT_PIXEL* BltBuffer,
+                                EFI_GRAPHICS_OUTPUT_BLT_OPERATION Op, UINTN SourceX, UINTN SourceY,
+                                UINTN DestinationX, UINTN DestinationY, UINTN Width, UINTN Height,
+                                UINTN Delta, EFI_STATUS* Status) {
+  if (!BltBuffer || Width == 0 || Height == 0 || Op == EfiBltVideoToVideo) return false;
+  const bool read = Op == EfiBltVideoToBltBuffer;
+  const UINT64 x = read ? SourceX : DestinationX;
+  const UINT64 y = read ? SourceY : DestinationY;
+  if (x >= Screen.Width || Width > Screen.Width - x || y >= Screen.Height ||
+      Height > Screen.Height - y)
+    return false;
+  const ScreenRect rect = {x, y, Width, Height};
+  const UINT64 stride = Delta == 0 ? Width : Delta / 4;
+  if (read) {
+    *Status = Firmware(This, BltBuffer, Op, SourceX, SourceY, DestinationX, DestinationY, Width,
+                       Height, Delta);
+    if (!EFI_ERROR(*Status))
+      Quorvex_FrameQueue_Overlay(BltBuffer + DestinationY * stride + DestinationX, stride, rect);
+    return true;
+  }
+  if (Quorvex_FrameQueue_Full()) return false;
+  if (Op == EfiBltVideoFill) {
+    // A fill waits as its colour, whatever its size.
+    UINT32 word;
+    MemCopy(&word, BltBuffer, sizeof word);
+    Quorvex_FrameQueue_Push({{nullptr, rect}, rect, false, false, true, true, word});
+    *Status = EFI_SUCCESS;
+    return true;
+  }
+  if (Width * Height > kMaxLooseWrite) return false;
+  auto* pixels = static_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(
+      Quorvex_AllocatePool(Width * Height * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL)));
+  if (!pixels) return false;
+  // As the firmware does, the caller's array is read from (SourceX, SourceY).
+  const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* from = BltBuffer + SourceY * stride + SourceX;
+  for (UINT64 r = 0; r < Height; ++r)
+    MemCopy(pixels + r * Width, from + r * stride, Width * sizeof *pixels);
+  Quorvex_FrameQueue_Push({{pixels, rect}, rect, false, false, true, false, 0});
+  *Status = EFI_SUCCESS;
+  return true;
 }

@@ -46,3 +46,15 @@ void Quorvex_FrameQueue_Drop();
 // pixels that hold the screen rectangle Rect, where they meet it.
 void Quorvex_FrameQueue_Overlay(EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Pixels, UINT64 Stride,
                                 const ScreenRect& Rect);
+// A Blt call without a frame (Firmware: the firmware's routine; Screen:
+// the size the entries were made for) that touches a waiting entry: a read
+// gets what the screen will show, a fill joins the queue as its colour, a
+// write of up to 64 K pixels as a loose frame. False when the call is none
+// of those (a copy on the screen, a rectangle off the screen, a large
+// write, a full queue, no memory): the queue must go out first.
+bool Quorvex_FrameQueue_Through(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Firmware, const ScreenRect& Screen,
+                                EFI_GRAPHICS_OUTPUT_PROTOCOL* This,
+                                EFI_GRAPHICS_OUTPUT_BLT_PIXEL* BltBuffer,
+                                EFI_GRAPHICS_OUTPUT_BLT_OPERATION Op, UINTN SourceX, UINTN SourceY,
+                                UINTN DestinationX, UINTN DestinationY, UINTN Width, UINTN Height,
+                                UINTN Delta, EFI_STATUS* Status);

@@ -259,4 +259,28 @@ TEST_F(DoubleBufferTest, WaitingDimmedScreenLeavesToALaterFrameWhatItCovers) {
   Quorvex_DoubleBuffer_SetDeferred(false);
 }
 
+// A fill of the background's colour over what was drawn on it since must
+// still land; only one over untouched background may be left out.
+TEST_F(DoubleBufferTest, FillsOverDrawingOnTheBackgroundStillLand) {
+  ASSERT_EQ(Quorvex_DoubleBuffer_Start(0, 0, 100, 100), EFI_SUCCESS);
+  ASSERT_EQ(Fill(0, 0, 100, 100, 0xEBF1FA), EFI_SUCCESS);
+  const EFI_GRAPHICS_OUTPUT_BLT_PIXEL red[4] = {
+      {0, 0, 0xFF, 0}, {0, 0, 0xFF, 0}, {0, 0, 0xFF, 0}, {0, 0, 0xFF, 0}};
+  ASSERT_EQ(GraphicsOutput->Blt(GraphicsOutput, const_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(red),
+                                EfiBltBufferToVideo, 0, 0, 10, 10, 2, 2, 0),
+            EFI_SUCCESS);
+  ASSERT_EQ(Fill(40, 40, 2, 2, 0x00FF00), EFI_SUCCESS);
+  ASSERT_EQ(Fill(60, 60, 3, 3, 0xFF0000), EFI_SUCCESS);
+  ASSERT_EQ(Fill(5, 5, 20, 20, 0xEBF1FA), EFI_SUCCESS);
+  ASSERT_EQ(Fill(40, 41, 1, 1, 0xEBF1FA), EFI_SUCCESS);
+  ASSERT_EQ(Fill(70, 20, 10, 10, 0xEBF1FA), EFI_SUCCESS);
+  Quorvex_DoubleBuffer_Flush();
+  Quorvex_DoubleBuffer_Stop();
+  EXPECT_TRUE(Uniform(5, 5, 20, 20, 0xEBF1FA));
+  EXPECT_EQ(At(40, 40), 0x00FF00u);
+  EXPECT_EQ(At(40, 41), 0xEBF1FAu);
+  EXPECT_EQ(At(62, 62), 0xFF0000u);
+  EXPECT_TRUE(Uniform(70, 20, 10, 10, 0xEBF1FA));
+}
+
 } // namespace
