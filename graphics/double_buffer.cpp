@@ -488,6 +488,21 @@ bool Quorvex_DoubleBuffer_Reaches(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Heigh
   return Quorvex_Rect_Intersects(r, {F.X, F.Y, F.Width, F.Height});
 }
 
+bool Quorvex_DoubleBuffer_FrameArea(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
+                                    EFI_GRAPHICS_OUTPUT_BLT_PIXEL** Pixels, UINT64* Stride) {
+  if (!Quorvex_DoubleBuffer_Active() || F.Recording || Width == 0 || Height == 0) return false;
+  if (X < F.X || Y < F.Y || X - F.X > F.Width || Width > F.Width - (X - F.X) ||
+      Y - F.Y > F.Height || Height > F.Height - (Y - F.Y))
+    return false;
+  *Pixels = FrameAt(X, Y);
+  *Stride = F.Width;
+  return true;
+}
+
+void Quorvex_DoubleBuffer_FrameWritten(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height) {
+  Quorvex_FrameUniform_Written(&F.Uniform, {X, Y, Width, Height});
+}
+
 bool Quorvex_DoubleBuffer_Active() {
   return GraphicsOutput && GraphicsOutput->Blt == BufferedBlt && F.Pixels;
 }

@@ -17,6 +17,14 @@ bool Quorvex_DoubleBuffer_Active();
 // there may be skipped.
 bool Quorvex_DoubleBuffer_Reaches(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height);
 
+// While buffering, the frame's own pixels of (X, Y, Width, Height) when
+// the frame holds all of them: *Pixels is (X, Y), rows *Stride pixels
+// apart. The caller reads and writes them as a Blt would, then reports
+// the write with FrameWritten. False otherwise (the caller uses Blt).
+bool Quorvex_DoubleBuffer_FrameArea(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height,
+                                    EFI_GRAPHICS_OUTPUT_BLT_PIXEL** Pixels, UINT64* Stride);
+void Quorvex_DoubleBuffer_FrameWritten(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height);
+
 // Start with a frame larger than the flushed rectangle, for drawing code
 // that composes outside the rectangle and reads that back.
 EFI_STATUS Quorvex_DoubleBuffer_StartFramed(UINT64 FrameX, UINT64 FrameY, UINT64 FrameWidth,

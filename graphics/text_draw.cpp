@@ -72,21 +72,21 @@ struct TransparentTables {
 };
 constinit TransparentTables TransparentBlend = {};
 
-// The table for Ink over the background of the cell (Width x Height, read
-// from the screen), or null when the cell's corners differ (no one
+// The table for Ink over the background of a cell (its first and last
+// pixels, read from the screen), or null when the two differ (no one
 // background worth a table).
 const TransparentTable* TransparentBlendTable(EFI_GRAPHICS_OUTPUT_BLT_PIXEL Ink,
-                                              const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Cell,
-                                              UINT32 Width, UINT32 Height) {
-  const UINT32 back = PixelWord(Cell[0]);
-  if (PixelWord(Cell[static_cast<UINTN>(Width) * Height - 1]) != back) return nullptr;
+                                              const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* First,
+                                              const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Last) {
+  const UINT32 back = PixelWord(*First);
+  if (PixelWord(*Last) != back) return nullptr;
   const UINT32 ink = PixelWord(Ink) & 0x00FFFFFFu;
   TransparentTables& all = TransparentBlend;
   for (const TransparentTable& t : all.Table)
     if (t.Valid && t.Ink == ink && t.Back == back) return &t;
   TransparentTable& t = all.Table[all.Next];
   all.Next = (all.Next + 1) % kTransparentTables;
-  const EFI_GRAPHICS_OUTPUT_BLT_PIXEL b = Cell[0];
+  const EFI_GRAPHICS_OUTPUT_BLT_PIXEL b = *First;
   t.Pixel[0] = b;
   for (UINT32 a = 1; a < 256; ++a)
     t.Pixel[a] = {Blend(Ink.Blue, b.Blue, a), Blend(Ink.Green, b.Green, a),
@@ -161,6 +161,62 @@ void RecordString(const CHAR16* Text, EFI_GRAPHICS_OUTPUT_BLT_PIXEL Foreground,
                           bottom < ScreenHeight - Y ? bottom : ScreenHeight - Y);
 }
 
+// A glyph's coverage map, and the pixels of its cell (rows Stride apart).
+struct GlyphMap {
+  const UINT8* Coverage;
+  UINT32 Pitch;
+  UINT32 Width;
+  UINT32 Height;
+};
+struct CellPixels {
+  EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Pixels;
+  UINT64 Stride;
+};
+
+// Blends the glyph into the cell: over what the cell holds (a transparent
+// background) or between the ink and the background.
+void BlendCell(const GlyphMap& Map, const CellPixels& Cell,
+               EFI_GRAPHICS_OUTPUT_BLT_PIXEL Foreground, EFI_GRAPHICS_OUTPUT_BLT_PIXEL Background) {
+  const UINT32 inkB = Foreground.Blue;
+  const UINT32 inkG = Foreground.Green;
+  const UINT32 inkR = Foreground.Red;
+  if (Background.Reserved == 0) {
+    const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* table = OpaqueBlendTable(Foreground, Background);
+    for (UINT32 r = 0; r < Map.Height; ++r) {
+      const UINT8* row = Map.Coverage + static_cast<UINTN>(r) * Map.Pitch;
+      EFI_GRAPHICS_OUTPUT_BLT_PIXEL* out = Cell.Pixels + r * Cell.Stride;
+      for (UINT32 c = 0; c < Map.Width; ++c) out[c] = table[row[c]];
+    }
+    return;
+  }
+  // Pixels of the cell's background colour (when its corners agree, the
+  // usual one-colour background) blend through a table; others one by one.
+  const TransparentTable* table = TransparentBlendTable(
+      Foreground, Cell.Pixels, Cell.Pixels + (Map.Height - 1) * Cell.Stride + (Map.Width - 1));
+  const UINT32 back = table ? table->Back : 0;
+  for (UINT32 r = 0; r < Map.Height; ++r) {
+    const UINT8* row = Map.Coverage + static_cast<UINTN>(r) * Map.Pitch;
+    EFI_GRAPHICS_OUTPUT_BLT_PIXEL* out = Cell.Pixels + r * Cell.Stride;
+    for (UINT32 c = 0; c < Map.Width; ++c) {
+      const UINT32 a = row[c];
+      if (a == 0) continue;
+      if (table && PixelWord(out[c]) == back) {
+        out[c] = table->Pixel[a];
+        continue;
+      }
+      if (a == 255) {
+        out[c].Blue = static_cast<UINT8>(inkB);
+        out[c].Green = static_cast<UINT8>(inkG);
+        out[c].Red = static_cast<UINT8>(inkR);
+        continue;
+      }
+      out[c].Blue = Blend(inkB, out[c].Blue, a);
+      out[c].Green = Blend(inkG, out[c].Green, a);
+      out[c].Red = Blend(inkR, out[c].Red, a);
+    }
+  }
+}
+
 } // namespace
 
 EFI_STATUS Quorvex_FillLikeCopy(UINT64 X, UINT64 Y, UINT64 Width, UINT64 Height, UINT32 Word) {
@@ -202,6 +258,16 @@ EFI_STATUS Quorvex_Font_Draw(CHAR16 Character, UINT64 X, UINT64 Y,
   // nothing.
   if (!Quorvex_DoubleBuffer_Reaches(X, Y, width, height)) return EFI_SUCCESS;
 
+  const GlyphMap map = {coverage, pitch, width, height};
+  // Inside the off-screen frame the cell is blended where it lies.
+  EFI_GRAPHICS_OUTPUT_BLT_PIXEL* framed = nullptr;
+  UINT64 stride = 0;
+  if (Quorvex_DoubleBuffer_FrameArea(X, Y, width, height, &framed, &stride)) {
+    BlendCell(map, {framed, stride}, Foreground, Background);
+    Quorvex_DoubleBuffer_FrameWritten(X, Y, width, height);
+    return EFI_SUCCESS;
+  }
+
   const UINTN count = static_cast<UINTN>(width) * height;
   EFI_GRAPHICS_OUTPUT_BLT_PIXEL* cell = GlyphScratch;
   EFI_GRAPHICS_OUTPUT_BLT_PIXEL* pool = nullptr;
@@ -211,51 +277,13 @@ EFI_STATUS Quorvex_Font_Draw(CHAR16 Character, UINT64 X, UINT64 Y,
     cell = pool;
   }
   const UINTN delta = static_cast<UINTN>(width) * sizeof *cell;
-  const UINT32 inkB = Foreground.Blue;
-  const UINT32 inkG = Foreground.Green;
-  const UINT32 inkR = Foreground.Red;
-
-  if (Background.Reserved != 0) {
-    // Transparent: blend over the pixels already there, in place.
+  // Transparent: blended over the pixels already there.
+  if (Background.Reserved != 0)
     status = Quorvex_Blt(cell, EfiBltVideoToBltBuffer, X, Y, 0, 0, width, height, delta);
-    if (EFI_ERROR(status)) {
-      if (pool) Quorvex_FreePool(pool);
-      return status;
-    }
-    // Pixels of the cell's background colour (when its corners agree, the
-    // usual one-colour background) blend through a table; others one by one.
-    const TransparentTable* table = TransparentBlendTable(Foreground, cell, width, height);
-    const UINT32 back = table ? table->Back : 0;
-    for (UINT32 r = 0; r < height; ++r) {
-      const UINT8* row = coverage + static_cast<UINTN>(r) * pitch;
-      EFI_GRAPHICS_OUTPUT_BLT_PIXEL* out = cell + static_cast<UINTN>(r) * width;
-      for (UINT32 c = 0; c < width; ++c) {
-        const UINT32 a = row[c];
-        if (a == 0) continue;
-        if (table && PixelWord(out[c]) == back) {
-          out[c] = table->Pixel[a];
-          continue;
-        }
-        if (a == 255) {
-          out[c].Blue = static_cast<UINT8>(inkB);
-          out[c].Green = static_cast<UINT8>(inkG);
-          out[c].Red = static_cast<UINT8>(inkR);
-          continue;
-        }
-        out[c].Blue = Blend(inkB, out[c].Blue, a);
-        out[c].Green = Blend(inkG, out[c].Green, a);
-        out[c].Red = Blend(inkR, out[c].Red, a);
-      }
-    }
-  } else {
-    const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* table = OpaqueBlendTable(Foreground, Background);
-    for (UINT32 r = 0; r < height; ++r) {
-      const UINT8* row = coverage + static_cast<UINTN>(r) * pitch;
-      EFI_GRAPHICS_OUTPUT_BLT_PIXEL* out = cell + static_cast<UINTN>(r) * width;
-      for (UINT32 c = 0; c < width; ++c) out[c] = table[row[c]];
-    }
+  if (!EFI_ERROR(status)) {
+    BlendCell(map, {cell, width}, Foreground, Background);
+    status = Quorvex_Blt(cell, EfiBltBufferToVideo, 0, 0, X, Y, width, height, delta);
   }
-  status = Quorvex_Blt(cell, EfiBltBufferToVideo, 0, 0, X, Y, width, height, delta);
   if (pool) Quorvex_FreePool(pool);
   return status;
 }
