@@ -308,6 +308,13 @@ def main():
               f"{cell(row['changed'], 11)} {cell(row['peak'], 11)}")
     print("instructions: callgrind, whole process, fake pool bookkeeping left out; "
           "pool peak in bytes while the input was handled")
+    # The largest pool peak of every input of the script, named or not.
+    peaks = [(m.get("peak"), i) for i, m in enumerate(marks) if m.get("peak") is not None]
+    if peaks:
+        peak, i = max(peaks)
+        what = "start-up" if i == 0 else f"input {i}: {lines[i - 1]}"
+        figures["largest pool peak"] = {"peak": peak, "input": what}
+        print(f"largest pool peak of any input: {peak:,} bytes ({what})")
     failed = False
     if args.no_qemu:
         print("QEMU latency ratio: not measured (--no-qemu)")
