@@ -261,6 +261,9 @@ void Quorvex_Grayout_All_Screen() {
     Quorvex_FreePool(SavedScreen);
     SavedScreen = nullptr;
   }
+  // A second grey-out refills the saved screen: a dimmed screen still
+  // waiting reads it, so it goes out first.
+  if (SavedScreen) Quorvex_DoubleBuffer_Present();
   if (!SavedScreen) {
     SavedScreen = static_cast<EFI_GRAPHICS_OUTPUT_BLT_PIXEL*>(
         Quorvex_AllocatePool(count * sizeof(EFI_GRAPHICS_OUTPUT_BLT_PIXEL)));

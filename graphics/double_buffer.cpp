@@ -45,9 +45,10 @@ struct FrameState {
 constinit FrameState F = {};
 
 // Frames flushed while deferring wait in graphics/frame_queue until the
-// next input read (or until anything reads or writes the screen where they
-// land), so that all an input changes reaches the screen in one burst. The
-// buffered Blt stays installed meanwhile, as a guard.
+// next input read, so that all an input changes reaches the screen in one
+// burst. The buffered Blt stays installed meanwhile, as a guard: a read
+// where they wait sees them, a fill or small write joins them, anything
+// else touching them writes them first.
 constinit bool Deferring = false;
 
 bool Touches(const ScreenRect& R, bool FramesOnly = false) {
@@ -236,11 +237,13 @@ EFI_STATUS EFIAPI BufferedBlt(EFI_GRAPHICS_OUTPUT_PROTOCOL* This,
     const EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT firmware = F.FirmwareBlt;
     if (!firmware) return EFI_UNSUPPORTED;
     // Where frames wait, a read sees them over the screen and a small
-    // write waits behind them; anything else sends them out first.
+    // write waits behind them; anything else (or frames made for another
+    // screen size) sends them out first.
     if (handled &&
         CallTouches(Operation, SourceX, SourceY, DestinationX, DestinationY, Width, Height)) {
       EFI_STATUS status = EFI_SUCCESS;
-      if (Quorvex_FrameQueue_Through(firmware, {0, 0, F.ScreenW, F.ScreenH}, This, BltBuffer,
+      if (F.ScreenW == ScreenWidth && F.ScreenH == ScreenHeight &&
+          Quorvex_FrameQueue_Through(firmware, {0, 0, F.ScreenW, F.ScreenH}, This, BltBuffer,
                                      Operation, SourceX, SourceY, DestinationX, DestinationY, Width,
                                      Height, Delta, &status))
         return status;
@@ -383,8 +386,8 @@ EFI_STATUS Quorvex_DoubleBuffer_StartFramed(UINT64 FrameX, UINT64 FrameY, UINT64
     // Frames waiting for another screen size are of no use any more. A
     // frame waiting where the new one lies goes out first: its pixels are
     // not held twice, and a look drawn twice in one input (a key pressed,
-    // then released) is seen. The dimmed screen may stay: it holds no
-    // pixels of its own, and the frame loads it when it loads the screen.
+    // then released) is seen. The dimmed screen and loose entries (fills,
+    // the cursor) may stay: the frame loads them when it loads the screen.
     if (F.ScreenW != ScreenWidth || F.ScreenH != ScreenHeight) {
       DropPending();
     } else if (Touches(frame, true)) {

@@ -41,8 +41,9 @@ void Quorvex_DoubleBuffer_LoadScreenAround(const ScreenRect& Inner);
 void Quorvex_DoubleBuffer_FlushChanged();
 
 // Deferring on: a flushed frame waits (the buffered Blt guarding the screen)
-// until Present, or until something reads or writes the screen where it
-// lands. Off writes whatever waits.
+// until Present. Meanwhile a read where frames wait sees them, a fill or a
+// small write there joins them, and anything else touching them writes
+// them first. Off writes whatever waits.
 void Quorvex_DoubleBuffer_SetDeferred(bool On);
 // Writes every waiting frame, in the order flushed.
 void Quorvex_DoubleBuffer_Present();

@@ -8,8 +8,8 @@
 #include "platform/efi.h"
 
 // A waiting frame owns its pixels, except a dimmed screen, which reads the
-// grey-out's saved screen. A waiting frame holds the final pixels of its
-// whole Area.
+// grey-out's saved screen, and a fill, which holds none. A waiting frame
+// gives the final pixels of its whole Area.
 struct PendingFrame {
   FramePixels Frame;
   ScreenRect Area;

@@ -22,6 +22,6 @@ ScreenRect Quorvex_Frame_WriteChanged(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt,
                                       const FramePixels& Frame, const ScreenRect& Area);
 // Writes the whole screen Saved dimmed (as the grey-out dims it), in bands
 // of rows through a scratch of its own, except Skip (a place the caller
-// writes over at once anyway).
+// writes over right after anyway).
 void Quorvex_Frame_WriteDimmed(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt, const FramePixels& Saved,
                                const ScreenRect& Skip = {0, 0, 0, 0});

@@ -300,9 +300,9 @@ struct ListDrawing {
   bool Overflow;
 };
 
-// The Main page's region (which takes the help column along) and every
-// other page's: each keeps its records while the other is shown, so a
-// way back redraws only what the other wrote over.
+// Every other page's region ([0]) and the Main page's ([1], which takes
+// the help column along): each keeps its records while the other is
+// shown, so a way back redraws only what the other wrote over.
 constinit RetainedRegion gListRegions[2] = {};
 
 // Calls Visit(step) for the steps of one redraw, in drawing order.

@@ -4,9 +4,10 @@
 // cuts a text into box-sized pages, both following the one line-breaking
 // routine of line_break.cpp.
 //
-// Each glyph cell is blended in one reused scratch array and written with a
+// A glyph whose cell lies inside the off-screen frame is blended where it
+// lies. Any other is blended in one reused scratch array and written with a
 // single Blt (two when the background is transparent and the cell is read
-// back first), so under the double buffer a character costs two row copies.
+// back first).
 #include "graphics/text_draw.h"
 
 #include "platform/bindings.h"

@@ -11,8 +11,9 @@ namespace {
 // decodes one again.
 constexpr UINTN kCacheEntries = 24;
 // A decoded picture larger than this (the band and the logos) is drawn and
-// let go: each is drawn at start-up and at a language switch at most, and
-// held it would sit in the pool beside every saved screen and frame.
+// let go: each is drawn only when the whole screen is (start-up, a
+// language switch, the screen rebuilt after a dialog), and held it would
+// sit in the pool beside every saved screen and frame.
 constexpr UINT64 kKeptPictureBytes = 32 * 1024;
 
 struct CacheEntry {
