@@ -453,18 +453,9 @@ void Quorvex_DoubleBuffer_LoadScreen() {
 
 void Quorvex_DoubleBuffer_LoadScreenAround(const ScreenRect& Inner) {
   if (!Loadable()) return;
-  const ScreenRect frame = {F.X, F.Y, F.Width, F.Height};
-  ScreenRect in = Inner;
-  if (!Quorvex_Rect_Clip(&in, frame)) {
-    LoadRect(frame);
-    return;
-  }
-  const UINT64 right = in.X + in.Width;
-  const UINT64 bottom = in.Y + in.Height;
-  LoadRect({F.X, F.Y, F.Width, in.Y - F.Y});
-  LoadRect({F.X, in.Y, in.X - F.X, in.Height});
-  LoadRect({right, in.Y, F.X + F.Width - right, in.Height});
-  LoadRect({F.X, bottom, F.Width, F.Y + F.Height - bottom});
+  ScreenRect parts[4];
+  const UINT64 count = Quorvex_Rect_Around({F.X, F.Y, F.Width, F.Height}, Inner, parts);
+  for (UINT64 i = 0; i < count; ++i) LoadRect(parts[i]);
 }
 
 void Quorvex_DoubleBuffer_FlushChanged() {

@@ -124,6 +124,24 @@ bool Quorvex_Rect_Clip(ScreenRect* A, const ScreenRect& B) {
   return true;
 }
 
+UINT64 Quorvex_Rect_Around(const ScreenRect& Outer, const ScreenRect& Hole, ScreenRect Out[4]) {
+  ScreenRect h = Hole;
+  if (!Quorvex_Rect_Clip(&h, Outer)) {
+    Out[0] = Outer;
+    return Outer.Width != 0 && Outer.Height != 0 ? 1 : 0;
+  }
+  const UINT64 right = h.X + h.Width;
+  const UINT64 bottom = h.Y + h.Height;
+  const ScreenRect parts[4] = {{Outer.X, Outer.Y, Outer.Width, h.Y - Outer.Y},
+                               {Outer.X, h.Y, h.X - Outer.X, h.Height},
+                               {right, h.Y, Outer.X + Outer.Width - right, h.Height},
+                               {Outer.X, bottom, Outer.Width, Outer.Y + Outer.Height - bottom}};
+  UINT64 count = 0;
+  for (const ScreenRect& part : parts)
+    if (part.Width != 0 && part.Height != 0) Out[count++] = part;
+  return count;
+}
+
 void Quorvex_Rect_Add(ScreenRect* Rects, UINT64* Count, UINT64 Capacity, ScreenRect R) {
   if (R.Width == 0 || R.Height == 0 || Capacity == 0) return;
   for (bool merged = true; merged;) {

@@ -64,3 +64,7 @@ bool Quorvex_Rect_Equal(const ScreenRect& A, const ScreenRect& B);
 void Quorvex_Rect_Add(ScreenRect* Rects, UINT64* Count, UINT64 Capacity, ScreenRect R);
 // A cut to B; false (and A unchanged) when they do not meet.
 bool Quorvex_Rect_Clip(ScreenRect* A, const ScreenRect& B);
+// Outer less Hole, top to bottom: the rows above the hole, the columns left
+// and right of it, the rows below (the empty ones left out; Outer whole
+// when the two do not meet). Returns how many of Out were filled.
+UINT64 Quorvex_Rect_Around(const ScreenRect& Outer, const ScreenRect& Hole, ScreenRect Out[4]);

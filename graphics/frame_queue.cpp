@@ -31,22 +31,12 @@ ScreenRect Write(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt, const PendingFrame& Item,
   if (Item.Filled) {
     EFI_GRAPHICS_OUTPUT_BLT_PIXEL colour;
     MemCopy(&colour, &Item.Colour, sizeof colour);
-    auto fill = [&](const ScreenRect& R) {
-      if (R.Width != 0 && R.Height != 0)
-        Blt(GraphicsOutput, &colour, EfiBltVideoFill, 0, 0, R.X, R.Y, R.Width, R.Height, 0);
-    };
-    const ScreenRect& a = Item.Area;
-    ScreenRect h = Hole;
-    if (!Quorvex_Rect_Clip(&h, a)) {
-      fill(a);
-      return a;
-    }
-    // Around the hole: the rows above and below, the columns beside it.
-    fill({a.X, a.Y, a.Width, h.Y - a.Y});
-    fill({a.X, h.Y, h.X - a.X, h.Height});
-    fill({h.X + h.Width, h.Y, a.X + a.Width - (h.X + h.Width), h.Height});
-    fill({a.X, h.Y + h.Height, a.Width, a.Y + a.Height - (h.Y + h.Height)});
-    return a;
+    ScreenRect parts[4];
+    const UINT64 count = Quorvex_Rect_Around(Item.Area, Hole, parts);
+    for (UINT64 i = 0; i < count; ++i)
+      Blt(GraphicsOutput, &colour, EfiBltVideoFill, 0, 0, parts[i].X, parts[i].Y, parts[i].Width,
+          parts[i].Height, 0);
+    return Item.Area;
   }
   if (Item.OnlyChanged) return Quorvex_Frame_WriteChanged(Blt, Item.Frame, Item.Area);
   return Quorvex_Frame_Write(Blt, Item.Frame, Item.Area);

@@ -188,15 +188,9 @@ void Quorvex_Frame_WriteDimmed(EFI_GRAPHICS_OUTPUT_PROTOCOL_BLT Blt, const Frame
   const UINT64 width = Saved.Rect.Width;
   const UINT64 height = Saved.Rect.Height;
   const UINT32* saved = reinterpret_cast<const UINT32*>(Saved.Pixels);
-  ScreenRect hole = Skip;
-  if (!Quorvex_Rect_Clip(&hole, {0, 0, width, height})) {
-    WriteDimmedColumns(Blt, saved, width, 0, width, 0, height);
-    return;
-  }
-  const UINT64 right = hole.X + hole.Width;
-  const UINT64 bottom = hole.Y + hole.Height;
-  WriteDimmedColumns(Blt, saved, width, 0, width, 0, hole.Y);
-  WriteDimmedColumns(Blt, saved, width, 0, hole.X, hole.Y, bottom);
-  WriteDimmedColumns(Blt, saved, width, right, width, hole.Y, bottom);
-  WriteDimmedColumns(Blt, saved, width, 0, width, bottom, height);
+  ScreenRect parts[4];
+  const UINT64 count = Quorvex_Rect_Around({0, 0, width, height}, Skip, parts);
+  for (UINT64 i = 0; i < count; ++i)
+    WriteDimmedColumns(Blt, saved, width, parts[i].X, parts[i].X + parts[i].Width, parts[i].Y,
+                       parts[i].Y + parts[i].Height);
 }

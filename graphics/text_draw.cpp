@@ -29,73 +29,39 @@ inline UINT8 Blend(UINT32 Ink, UINT32 Back, UINT32 Coverage) {
   return static_cast<UINT8>((Ink * Coverage + (255 - Coverage) * Back) / 255);
 }
 
-// The blended pixel for every coverage value between one ink and one opaque
-// background, kept for the last pair: text is drawn in long runs of the same
-// two colours, so a glyph costs one lookup per pixel instead of three
-// divisions.
+// The blended pixel for every coverage value between one ink and one
+// background pixel (its reserved byte kept, as the blend keeps it), for a
+// few pairs at a time: text is drawn in long runs of the same two colours,
+// so a glyph costs one lookup per pixel instead of three divisions.
 struct BlendTable {
-  bool Valid = false;
-  UINT32 Ink = 0;
-  UINT32 Back = 0;
-  EFI_GRAPHICS_OUTPUT_BLT_PIXEL Pixel[256] = {};
-};
-constinit BlendTable OpaqueBlend = {};
-
-const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* OpaqueBlendTable(EFI_GRAPHICS_OUTPUT_BLT_PIXEL Ink,
-                                                      EFI_GRAPHICS_OUTPUT_BLT_PIXEL Back) {
-  const UINT32 ink = (static_cast<UINT32>(Ink.Red) << 16) | (Ink.Green << 8) | Ink.Blue;
-  const UINT32 back = (static_cast<UINT32>(Back.Red) << 16) | (Back.Green << 8) | Back.Blue;
-  BlendTable& t = OpaqueBlend;
-  if (t.Valid && t.Ink == ink && t.Back == back) return t.Pixel;
-  t.Pixel[0] = {Back.Blue, Back.Green, Back.Red, 0};
-  for (UINT32 a = 1; a < 256; ++a)
-    t.Pixel[a] = {Blend(Ink.Blue, Back.Blue, a), Blend(Ink.Green, Back.Green, a),
-                  Blend(Ink.Red, Back.Red, a), 0};
-  t.Ink = ink;
-  t.Back = back;
-  t.Valid = true;
-  return t.Pixel;
-}
-
-// The same over the pixels already there, for a few background colours at
-// a time (the reserved byte of the background is kept, as the blend keeps
-// it).
-struct TransparentTable {
   bool Valid;
   UINT32 Ink;
   UINT32 Back;
   EFI_GRAPHICS_OUTPUT_BLT_PIXEL Pixel[256];
 };
-constexpr UINT32 kTransparentTables = 4;
-struct TransparentTables {
-  TransparentTable Table[kTransparentTables];
+constexpr UINT32 kBlendTables = 4;
+struct BlendTables {
+  BlendTable Table[kBlendTables];
   UINT32 Next;
 };
-constinit TransparentTables TransparentBlend = {};
+constinit BlendTables Blends = {};
 
-// The table for Ink over the background of a cell (its first and last
-// pixels, read from the screen), or null when the two differ (no one
-// background worth a table).
-const TransparentTable* TransparentBlendTable(EFI_GRAPHICS_OUTPUT_BLT_PIXEL Ink,
-                                              const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* First,
-                                              const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* Last) {
-  const UINT32 back = PixelWord(*First);
-  if (PixelWord(*Last) != back) return nullptr;
+const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* BlendTableFor(EFI_GRAPHICS_OUTPUT_BLT_PIXEL Ink,
+                                                   EFI_GRAPHICS_OUTPUT_BLT_PIXEL Back) {
   const UINT32 ink = PixelWord(Ink) & 0x00FFFFFFu;
-  TransparentTables& all = TransparentBlend;
-  for (const TransparentTable& t : all.Table)
-    if (t.Valid && t.Ink == ink && t.Back == back) return &t;
-  TransparentTable& t = all.Table[all.Next];
-  all.Next = (all.Next + 1) % kTransparentTables;
-  const EFI_GRAPHICS_OUTPUT_BLT_PIXEL b = *First;
-  t.Pixel[0] = b;
+  const UINT32 back = PixelWord(Back);
+  for (const BlendTable& t : Blends.Table)
+    if (t.Valid && t.Ink == ink && t.Back == back) return t.Pixel;
+  BlendTable& t = Blends.Table[Blends.Next];
+  Blends.Next = (Blends.Next + 1) % kBlendTables;
+  t.Pixel[0] = Back;
   for (UINT32 a = 1; a < 256; ++a)
-    t.Pixel[a] = {Blend(Ink.Blue, b.Blue, a), Blend(Ink.Green, b.Green, a),
-                  Blend(Ink.Red, b.Red, a), b.Reserved};
+    t.Pixel[a] = {Blend(Ink.Blue, Back.Blue, a), Blend(Ink.Green, Back.Green, a),
+                  Blend(Ink.Red, Back.Red, a), Back.Reserved};
   t.Ink = ink;
   t.Back = back;
   t.Valid = true;
-  return &t;
+  return t.Pixel;
 }
 
 // While recording, a glyph is its coverage map, colours and place: exactly
@@ -182,7 +148,7 @@ void BlendCell(const GlyphMap& Map, const CellPixels& Cell,
   const UINT32 inkG = Foreground.Green;
   const UINT32 inkR = Foreground.Red;
   if (Background.Reserved == 0) {
-    const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* table = OpaqueBlendTable(Foreground, Background);
+    const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* table = BlendTableFor(Foreground, Background);
     for (UINT32 r = 0; r < Map.Height; ++r) {
       const UINT8* row = Map.Coverage + static_cast<UINTN>(r) * Map.Pitch;
       EFI_GRAPHICS_OUTPUT_BLT_PIXEL* out = Cell.Pixels + r * Cell.Stride;
@@ -192,9 +158,12 @@ void BlendCell(const GlyphMap& Map, const CellPixels& Cell,
   }
   // Pixels of the cell's background colour (when its corners agree, the
   // usual one-colour background) blend through a table; others one by one.
-  const TransparentTable* table = TransparentBlendTable(
-      Foreground, Cell.Pixels, Cell.Pixels + (Map.Height - 1) * Cell.Stride + (Map.Width - 1));
-  const UINT32 back = table ? table->Back : 0;
+  const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* first = Cell.Pixels;
+  const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* last =
+      Cell.Pixels + (Map.Height - 1) * Cell.Stride + (Map.Width - 1);
+  const UINT32 back = PixelWord(*first);
+  const EFI_GRAPHICS_OUTPUT_BLT_PIXEL* table =
+      PixelWord(*last) == back ? BlendTableFor(Foreground, *first) : nullptr;
   for (UINT32 r = 0; r < Map.Height; ++r) {
     const UINT8* row = Map.Coverage + static_cast<UINTN>(r) * Map.Pitch;
     EFI_GRAPHICS_OUTPUT_BLT_PIXEL* out = Cell.Pixels + r * Cell.Stride;
@@ -202,7 +171,7 @@ void BlendCell(const GlyphMap& Map, const CellPixels& Cell,
       const UINT32 a = row[c];
       if (a == 0) continue;
       if (table && PixelWord(out[c]) == back) {
-        out[c] = table->Pixel[a];
+        out[c] = table[a];
         continue;
       }
       if (a == 255) {
